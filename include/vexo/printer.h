@@ -1,0 +1,168 @@
+/**
+ * @file printer.h
+ * The records that a host and the library share: the printer handle, the port object and its timeouts.
+ *
+ * The layouts are fixed (natural alignment of the platform's C compiler): hosts in other languages and the printer
+ * SDK's main library declare the same records. C99, and usable from C++.
+ */
+#ifndef VEXO_PRINTER_H_
+#define VEXO_PRINTER_H_
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/** First field of every valid printer handle record. */
+#define VEXO_PRINTER_MAGIC 560u
+/** First field of every valid port object. */
+#define VEXO_PORT_MAGIC 120u
+
+/** Kind of a port, chosen by the TYPE of its device URI. */
+enum VexoPortKind {
+  VEXO_PORT_SERIAL = 0,    /**< "COM" and "BSP" (a serial line over Bluetooth). */
+  VEXO_PORT_PARALLEL = 1,  /**< "LPT". */
+  VEXO_PORT_USB = 2,       /**< "USB", the USB printer class. */
+  VEXO_PORT_NET = 3,       /**< "NET", TCP. */
+  VEXO_PORT_FILE = 4,      /**< "FILE"; the library has no driver for it. */
+  VEXO_PORT_BLUETOOTH = 5, /**< "BT" and "Bluetooth", RFCOMM. */
+  VEXO_PORT_BUFFER = 6     /**< "BUF", memory. */
+};
+
+/** Codes of VexoPort.Control. Every other code gives -7 (buffer ports: 0, no effect). */
+enum VexoPortControl {
+  VEXO_CONTROL_PARALLEL_SET_STATUS = 1,  /**< Parallel: status flag := input[0]. */
+  VEXO_CONTROL_PARALLEL_GET_STATUS = 2,  /**< Parallel: output[0] := status flag. */
+  VEXO_CONTROL_USB_GET_READ_GATED = 5,   /**< USB: output[0] := 1 when reads obey the read switch. */
+  VEXO_CONTROL_USB_SET_READ_ENABLED = 6, /**< USB: read switch := input[0]. */
+  VEXO_CONTROL_USB_GET_READ_ENABLED = 7  /**< USB: output[0] := read switch. */
+};
+
+/**
+ * Time limits of a port, in milliseconds. The first five mean what the members of the Windows COMMTIMEOUTS structure
+ * in the same positions mean.
+ *
+ * Budget of a Write of n bytes: writeMultiplier * n + writeConstant; of a Read: readMultiplier * n + readConstant.
+ * On a TCP port a budget of 0 means no limit.
+ *
+ * Defaults: file ports (serial, parallel, USB) 10, 5, 2000, 10, 2000, 1000; TCP 10, 0, 2000, 0, 2000, 3000.
+ */
+typedef struct VexoPortTimeouts {
+  uint32_t readInterval;    /**< Longest gap between pieces once data flows. */
+  uint32_t readMultiplier;  /**< Read budget per byte asked for. */
+  uint32_t readConstant;    /**< Read budget per call. */
+  uint32_t writeMultiplier; /**< Write budget per byte. */
+  uint32_t writeConstant;   /**< Write budget per call. */
+  uint32_t connect;         /**< TCP: limit of one connect attempt (two are made). File ports: kept, not used. */
+} VexoPortTimeouts;
+
+typedef struct VexoPort VexoPort;
+
+/**
+ * A port object: one connection to a printer, driven through its twelve operations.
+ *
+ * The library makes one when a port-open export (extend.h) is called; the SDK's main library, a host or a test may
+ * make one of its own with the same layout, and every export works on it through these entries. The driver field
+ * belongs to the maker of the object.
+ *
+ * Every operation takes the port object itself first and returns 0, a negative code of error.h or a positive code of
+ * the operating system. A null object or one whose magic is not 120 gives -6; an object whose driver is gone, -308.
+ * A port object is used by one thread at a time; only Abort may come from any thread.
+ *
+ * Write, Read, ReadAvailable and Control set their count to 0 first and report it also on failure; the count pointer
+ * may be null. A null buffer with a length above 0 gives -1.
+ */
+struct VexoPort {
+  uint32_t magic; /**< 120. */
+  void* driver;   /**< Private to the maker of the object. */
+
+  /** Configures the port from a device URI and stores the URI's canonical form. -301 or -1: malformed URI. */
+  int32_t (*Configure)(VexoPort* port, const char* uri);
+
+  /**
+   * Gives the canonical device URI. The buffer must hold at least 255 bytes, better 256; a smaller one is zeroed and
+   * left empty. *length receives the length of the URI in either case. A port that is not configured, and a buffer
+   * port, give an empty text and length 0.
+   */
+  int32_t (*GetUri)(VexoPort* port, char* buffer, uint32_t size, uint32_t* length);
+
+  /**
+   * Opens the device or connects. -301: not configured. -310: open already, left as it was. -311: no connection
+   * within the connect timeout, twice; a printer that refuses the connection is reported so too. -372: no such USB
+   * printer. Positive: the system's error.
+   */
+  int32_t (*Open)(VexoPort* port);
+
+  /** Closes the device. Always 0 for a valid object. */
+  int32_t (*Close)(VexoPort* port);
+
+  /**
+   * Makes the transfer that is under way on another thread stop between two pieces (it then returns 0 with the count
+   * so far), and every later transfer at once: a new port object is needed afterwards. File ports: -309 when not open.
+   */
+  int32_t (*Abort)(VexoPort* port);
+
+  /**
+   * 0 when open. File ports: -301 not configured, -309 not open. TCP: always 0, as a dropped connection is restored
+   * by the next transfer. A buffer port is emptied by this call.
+   */
+  int32_t (*CheckOpen)(VexoPort* port);
+
+  /** Sets the time limits (all six). */
+  int32_t (*SetTimeouts)(VexoPort* port, VexoPortTimeouts timeouts);
+
+  /** Gives the time limits. A buffer port has none: all 0. -1: null pointer. */
+  int32_t (*GetTimeouts)(VexoPort* port, VexoPortTimeouts* timeouts);
+
+  /**
+   * Writes length bytes from buffer + offset. -309: not open. -322: the write budget ran out. Positive: the system's
+   * error. *written receives the bytes written. 0 with fewer bytes than asked for: the port was aborted, or a TCP
+   * budget ended between two pieces.
+   */
+  int32_t (*Write)(VexoPort* port, const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written);
+
+  /**
+   * Reads length bytes into buffer + offset. -332: fewer arrived within the budget, or the gap between two pieces was
+   * longer than the read interval. -7: a gated USB port whose read switch is off. -309: not open. *read receives the
+   * bytes that arrived. A USB port that is asked for at most 254 bytes takes whole packets: when more came than was
+   * asked for, the buffer receives the last length bytes and *read counts all of them, so it may exceed length (64
+   * for a 64-byte packet read as 10 bytes). A TCP port whose printer closed the connection reconnects and returns
+   * the result of that, with the bytes read so far. A buffer port copies all its content without consuming it; the
+   * room it sees is length - offset, and content that is longer gives -2.
+   */
+  int32_t (*Read)(VexoPort* port, uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read);
+
+  /**
+   * One short read of at most to - from bytes into buffer + from: what is there now (TCP) or comes within 100 ms
+   * (file ports). Nothing there gives 0 with *read 0. from > to gives -1 (a buffer port: as Read). USB ports asked
+   * for at most 63 bytes count as in Read.
+   */
+  int32_t (*ReadAvailable)(VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read);
+
+  /**
+   * Small settings of one kind of port (VexoPortControl). A "set" without input gives -1, a "get" without output -2;
+   * a "get" sets *returned to 1. The reserved argument is not used: pass NULL.
+   */
+  int32_t (*Control)(VexoPort* port, int32_t code, void* reserved, const uint8_t* input, uint32_t inputLength,
+                     uint8_t* output, uint32_t outputLength, uint32_t* returned);
+
+  uint32_t kind; /**< VexoPortKind. */
+};
+
+/**
+ * A printer handle: made and owned by the host (or the SDK's main library) for its whole life. Zero it, set magic,
+ * and hand it to a port-open export, or put a port object of your own into it.
+ */
+typedef struct VexoPrinterHandle {
+  uint32_t magic;   /**< 560. */
+  void* host;       /**< Not used by this library. */
+  VexoPort* port;   /**< The current port object, or NULL. */
+  uint8_t portOpen; /**< 1 when the device of port is open; at 0 every printer function gives -309. */
+} VexoPrinterHandle;
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* VEXO_PRINTER_H_ */
