@@ -1,0 +1,24 @@
+// The lock that the port layer shares between threads.
+#ifndef VEXO_PLATFORM_CRITICAL_SECTION_H_
+#define VEXO_PLATFORM_CRITICAL_SECTION_H_
+
+#include <cstdint>
+#include <memory>
+
+namespace vexo::platform {
+
+// May be entered again by the thread that holds it.
+class CriticalSection {
+ public:
+  // Null on failure, with the system's error code in *error. `spin_count` is how often a busy lock is tried before the
+  // thread waits; systems without such a setting ignore it.
+  static std::unique_ptr<CriticalSection> Create(uint32_t spin_count, int32_t* error);
+
+  virtual ~CriticalSection() = default;
+  virtual void Enter() = 0;
+  virtual void Leave() = 0;
+};
+
+}  // namespace vexo::platform
+
+#endif  // VEXO_PLATFORM_CRITICAL_SECTION_H_

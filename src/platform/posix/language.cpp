@@ -1,0 +1,19 @@
+#include "platform/language.h"
+
+#include <cstdlib>
+#include <cstring>
+
+namespace vexo::platform {
+
+// The locale as the environment names it, in the order in which the C library looks.
+int32_t UserPrimaryLanguage() {
+  for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+    const char* const locale = std::getenv(variable);
+    if (locale != nullptr && *locale != '\0') {
+      return std::strncmp(locale, "zh", 2) == 0 ? kLanguageChinese : kLanguageEnglish;
+    }
+  }
+  return kLanguageEnglish;
+}
+
+}  // namespace vexo::platform

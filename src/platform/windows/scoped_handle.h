@@ -1,0 +1,44 @@
+// Owning type for the kernel handles of the drivers.
+#ifndef VEXO_PLATFORM_WINDOWS_SCOPED_HANDLE_H_
+#define VEXO_PLATFORM_WINDOWS_SCOPED_HANDLE_H_
+
+#include <windows.h>
+
+#include <utility>
+
+namespace vexo::platform {
+
+// Closes the handle it owns. CreateFile reports failure with INVALID_HANDLE_VALUE, most others with null: neither is
+// owned.
+class ScopedHandle {
+ public:
+  ScopedHandle() = default;
+  explicit ScopedHandle(HANDLE handle) : handle_(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
+  ScopedHandle(ScopedHandle&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+  ScopedHandle& operator=(ScopedHandle&& other) noexcept {
+    if (this != &other) {
+      Reset();
+      handle_ = std::exchange(other.handle_, nullptr);
+    }
+    return *this;
+  }
+  ScopedHandle(const ScopedHandle&) = delete;
+  ScopedHandle& operator=(const ScopedHandle&) = delete;
+  ~ScopedHandle() { Reset(); }
+
+  bool valid() const { return handle_ != nullptr; }
+  HANDLE get() const { return handle_; }
+
+  void Reset() {
+    if (handle_ != nullptr) {
+      CloseHandle(std::exchange(handle_, nullptr));
+    }
+  }
+
+ private:
+  HANDLE handle_ = nullptr;
+};
+
+}  // namespace vexo::platform
+
+#endif  // VEXO_PLATFORM_WINDOWS_SCOPED_HANDLE_H_

@@ -1,0 +1,82 @@
+// Owning types for Winsock: the library's use of it, and its sockets.
+#ifndef VEXO_PLATFORM_WINDOWS_WINSOCK_H_
+#define VEXO_PLATFORM_WINDOWS_WINSOCK_H_
+
+// winsock2.h must come before windows.h.
+#include <winsock2.h>
+
+#include <utility>
+
+namespace vexo::platform {
+
+// One WSAStartup with its WSACleanup.
+class WinsockUse {
+ public:
+  WinsockUse() = default;
+  WinsockUse(const WinsockUse&) = delete;
+  WinsockUse& operator=(const WinsockUse&) = delete;
+  ~WinsockUse() { Stop(); }
+
+  // 0, or the Winsock error code. Starting twice changes nothing.
+  int Start() {
+    if (started_) {
+      return 0;
+    }
+    WSADATA data = {};
+    if (WSAStartup(MAKEWORD(2, 2), &data) != 0) {
+      return WSAGetLastError();
+    }
+    started_ = true;
+    return 0;
+  }
+
+  void Stop() {
+    if (std::exchange(started_, false)) {
+      WSACleanup();
+    }
+  }
+
+ private:
+  bool started_ = false;
+};
+
+class ScopedSocket {
+ public:
+  ScopedSocket() = default;
+  explicit ScopedSocket(SOCKET handle) : handle_(handle) {}
+  ScopedSocket(ScopedSocket&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_SOCKET)) {}
+  ScopedSocket& operator=(ScopedSocket&& other) noexcept {
+    if (this != &other) {
+      Reset();
+      handle_ = std::exchange(other.handle_, INVALID_SOCKET);
+    }
+    return *this;
+  }
+  ScopedSocket(const ScopedSocket&) = delete;
+  ScopedSocket& operator=(const ScopedSocket&) = delete;
+  ~ScopedSocket() { Reset(); }
+
+  bool valid() const { return handle_ != INVALID_SOCKET; }
+  SOCKET get() const { return handle_; }
+
+  void Reset() {
+    if (valid()) {
+      closesocket(std::exchange(handle_, INVALID_SOCKET));
+    }
+  }
+
+  // `how`: SD_RECEIVE or SD_BOTH, which directions are ended before the socket is closed.
+  void ShutDown(int how) {
+    if (valid()) {
+      shutdown(handle_, how);
+      Reset();
+    }
+  }
+
+ private:
+  SOCKET handle_ = INVALID_SOCKET;
+};
+
+}  // namespace vexo::platform
+
+#endif  // VEXO_PLATFORM_WINDOWS_WINSOCK_H_
