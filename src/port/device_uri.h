@@ -1,0 +1,54 @@
+// Device URIs: the normal form of every port name, "vexo:/dev/bus/TYPE/DEVICE?key=value+key=value".
+#ifndef VEXO_PORT_DEVICE_URI_H_
+#define VEXO_PORT_DEVICE_URI_H_
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vexo {
+
+inline constexpr char kUriScheme[] = "vexo:/dev/bus/";
+inline constexpr size_t kUriSchemeLength = sizeof(kUriScheme) - 1;
+inline constexpr size_t kMaxUriLength = 255;
+inline constexpr size_t kUriBufferSize = kMaxUriLength + 1;
+inline constexpr int32_t kMaxUriParameters = 8;
+
+// A parsed URI. The pointers lead into `text`, so the record is neither copied nor moved.
+struct DeviceUri {
+  struct Parameter {
+    const char* key;
+    const char* value;
+  };
+
+  DeviceUri() = default;
+  DeviceUri(const DeviceUri&) = delete;
+  DeviceUri& operator=(const DeviceUri&) = delete;
+
+  char text[kUriBufferSize] = {};
+  const char* device = nullptr;
+  const char* type = nullptr;
+  Parameter params[kMaxUriParameters] = {};
+  int32_t count = 0;
+};
+
+// Splits `text` into `uri`. -301: null or longer than 255 characters; -1: any syntax error. On failure the record holds
+// nothing to rely on.
+int32_t ParseDeviceUri(DeviceUri* uri, const char* text);
+
+// Writes the URI back as text with its terminating zero. -2: it does not fit into `size` bytes; `out` then holds the
+// pieces that did fit (nothing is written when size is below 1).
+int32_t FormatDeviceUri(const DeviceUri& uri, char* out, int32_t size);
+
+// The value of the first parameter whose key equals `key` exactly, or null.
+const char* FindUriParameter(const DeviceUri& uri, const char* key);
+
+// Appends "?key=value" (or "+key=value" when there is a "?" already) to a text in a buffer of 256 bytes, cut at the
+// buffer's end. Always 0.
+int32_t AppendUriParameter(char* uri, const char* key, const char* value);
+
+// VexoPortKind of a TYPE, or -4.
+int32_t SelectPortKind(const char* type);
+
+}  // namespace vexo
+
+#endif  // VEXO_PORT_DEVICE_URI_H_

@@ -1,0 +1,66 @@
+#include "port/overlapped_transfer.h"
+
+#include "platform/windows/wait.h"
+
+namespace vexo {
+namespace {
+
+TransferResult Failure(DWORD error) {
+  TransferResult result;
+  result.error = error;
+  return result;
+}
+
+}  // namespace
+
+bool OverlappedTransfer::Prepare(OVERLAPPED* overlapped) {
+  if (!event_.valid()) {
+    event_ = platform::ScopedHandle(CreateEventA(nullptr, /*bManualReset=*/TRUE, /*bInitialState=*/FALSE, nullptr));
+  }
+  overlapped->hEvent = event_.get();
+  return event_.valid() && ResetEvent(event_.get()) != 0;
+}
+
+TransferResult OverlappedTransfer::Write(const uint8_t* bytes, DWORD length, DWORD wait_ms) {
+  OVERLAPPED overlapped = {};
+  if (!Prepare(&overlapped)) {
+    return Failure(GetLastError());
+  }
+  return Finish(WriteFile(device_, bytes, length, nullptr, &overlapped), wait_ms, &overlapped);
+}
+
+TransferResult OverlappedTransfer::Read(uint8_t* bytes, DWORD length, DWORD wait_ms) {
+  OVERLAPPED overlapped = {};
+  if (!Prepare(&overlapped)) {
+    return Failure(GetLastError());
+  }
+  return Finish(ReadFile(device_, bytes, length, nullptr, &overlapped), wait_ms, &overlapped);
+}
+
+TransferResult OverlappedTransfer::Finish(BOOL started, DWORD wait_ms, OVERLAPPED* overlapped) {
+  TransferResult result;
+  if (started == FALSE) {
+    const DWORD start_error = GetLastError();
+    if (start_error != ERROR_IO_PENDING) {
+      return Failure(start_error);
+    }
+    const DWORD waited = platform::WaitForHandle(event_.get(), wait_ms);
+    if (waited != WAIT_OBJECT_0) {
+      const DWORD wait_error = waited == WAIT_TIMEOUT ? ERROR_SUCCESS : GetLastError();
+      CancelIo(device_);
+      platform::WaitForHandle(event_.get(), INFINITE);
+      result.timed_out = waited == WAIT_TIMEOUT;
+      result.error = wait_error;
+    }
+  }
+  if (GetOverlappedResult(device_, overlapped, &result.bytes, FALSE) == 0) {
+    const DWORD error = GetLastError();
+    const bool cancelled_by_us = result.timed_out && error == ERROR_OPERATION_ABORTED;
+    if (!cancelled_by_us && result.error == ERROR_SUCCESS) {
+      result.error = error;
+    }
+  }
+  return result;
+}
+
+}  // namespace vexo

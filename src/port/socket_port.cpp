@@ -1,0 +1,371 @@
+#include "port/socket_port.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "platform/clock.h"
+#include "port/transfer_pacing.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+constexpr int kConnectAttempts = 2;
+constexpr uint32_t kDefaultPiece = 4096;
+constexpr timeval kNoWait = {0, 0};
+
+timeval ToTimeval(uint32_t milliseconds) {
+  return {static_cast<long>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000};
+}
+
+// A set of one socket for select.
+struct SocketSet {
+  explicit SocketSet(SOCKET socket) { FD_SET(socket, &set); }
+
+  fd_set set = {};
+};
+
+// select on one socket. A null limit waits without end.
+int Await(fd_set* readable, fd_set* writable, fd_set* exceptional, const timeval* limit) {
+  timeval copy = limit != nullptr ? *limit : timeval{};  // Some systems' select takes the limit as its own.
+  return select(0, readable, writable, exceptional, limit != nullptr ? &copy : nullptr);
+}
+
+int AwaitReadable(SOCKET socket, const timeval* limit) {
+  SocketSet readable(socket);
+  return Await(&readable.set, nullptr, nullptr, limit);
+}
+
+int AwaitReadableOrException(SOCKET socket, const timeval* limit) {
+  SocketSet readable(socket);
+  SocketSet exceptional(socket);
+  return Await(&readable.set, nullptr, &exceptional.set, limit);
+}
+
+int AwaitWritable(SOCKET socket, const timeval* limit) {
+  SocketSet writable(socket);
+  return Await(nullptr, &writable.set, nullptr, limit);
+}
+
+int TestException(SOCKET socket) {
+  SocketSet exceptional(socket);
+  return Await(nullptr, nullptr, &exceptional.set, &kNoWait);
+}
+
+// The error that the system has noted for the socket, 0 for none.
+int PendingError(SOCKET socket) {
+  int error = 0;
+  int size = sizeof(error);
+  if (getsockopt(socket, SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &size) == SOCKET_ERROR) {
+    return WSAGetLastError();
+  }
+  return error;
+}
+
+int SetBlocking(SOCKET socket, bool blocking) {
+  u_long non_blocking = blocking ? 0 : 1;
+  return ioctlsocket(socket, static_cast<long>(FIONBIO), &non_blocking);
+}
+
+int ToInt(uint32_t length) { return static_cast<int>(std::min<uint32_t>(length, std::numeric_limits<int>::max())); }
+
+int Receive(SOCKET socket, uint8_t* bytes, uint32_t length) {
+  return recv(socket, reinterpret_cast<char*>(bytes), ToInt(length), 0);
+}
+
+// The time left to a Write; a budget of 0 means no limit.
+class WriteBudget {
+ public:
+  explicit WriteBudget(uint32_t milliseconds)
+      : limited_(milliseconds != 0), left_(milliseconds), last_step_(platform::TickCount()) {}
+
+  // Charges the time since the last step. False: nothing is left.
+  bool Step() {
+    if (!limited_) {
+      return true;
+    }
+    const uint32_t now = platform::TickCount();
+    const uint32_t elapsed = now - last_step_;
+    last_step_ = now;
+    left_ -= std::min(elapsed, left_);
+    limit_ = ToTimeval(left_);
+    return left_ > 0;
+  }
+
+  const timeval* limit() const { return limited_ ? &limit_ : nullptr; }
+
+ private:
+  const bool limited_;
+  uint32_t left_;
+  uint32_t last_step_;
+  timeval limit_ = {};
+};
+
+}  // namespace
+
+void SocketPort::SetConfigured(const DeviceUri& uri) {
+  FormatDeviceUri(uri, uri_, sizeof(uri_));
+  configured_ = true;
+}
+
+int32_t SocketPort::GetUri(char* buffer, uint32_t size, uint32_t* length) {
+  return CopyUri(configured_ ? uri_ : "", buffer, size, length);
+}
+
+int32_t SocketPort::Open() {
+  if (!configured_) {
+    return VEXO_ERROR_IO_SETTING;
+  }
+  if (is_open_) {
+    return VEXO_ERROR_IO_ALREADY_OPEN;
+  }
+  Close();  // An Open that failed half-way may have left its socket made.
+  const int start_error = winsock_.Start();
+  if (start_error != 0) {
+    return start_error;
+  }
+  int32_t result = MakeSocket();
+  if (result == VEXO_OK) {
+    result = Connect();
+  }
+  is_open_ = result == VEXO_OK;
+  if (!socket_.valid()) {
+    winsock_.Stop();
+  }
+  return result;
+}
+
+int32_t SocketPort::Close() {
+  is_open_ = false;
+  has_socket_ = false;
+  socket_.ShutDown(SD_RECEIVE);
+  winsock_.Stop();
+  return VEXO_OK;
+}
+
+int32_t SocketPort::Abort() {
+  if (has_socket_) {
+    abort_.Set();
+  }
+  return VEXO_OK;
+}
+
+int32_t SocketPort::SetTimeouts(const VexoPortTimeouts& timeouts) {
+  timeouts_ = timeouts;
+  if (socket_.valid()) {
+    SetTransferTimeouts(socket_.get());
+  }
+  return VEXO_OK;
+}
+
+int32_t SocketPort::GetTimeouts(VexoPortTimeouts* timeouts) {
+  *timeouts = timeouts_;
+  return VEXO_OK;
+}
+
+int32_t SocketPort::Control(int32_t /*code*/, const uint8_t* /*input*/, uint32_t /*input_length*/, uint8_t* /*output*/,
+                            uint32_t /*output_length*/, uint32_t* /*returned*/) {
+  return VEXO_ERROR_NOT_IMPLEMENTED;
+}
+
+// The transfers do not depend on these options, so their failure does not matter.
+void SocketPort::SetTransferTimeouts(SOCKET socket) const {
+  const DWORD receive_ms = timeouts_.readConstant;
+  const DWORD send_ms = timeouts_.writeConstant;
+  setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&receive_ms), sizeof(receive_ms));
+  setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, reinterpret_cast<const char*>(&send_ms), sizeof(send_ms));
+}
+
+// Options that failed leave the socket made.
+int32_t SocketPort::MakeSocket() {
+  socket_ = platform::ScopedSocket(CreateSocket());
+  if (!socket_.valid()) {
+    const int error = WSAGetLastError();
+    has_socket_ = false;
+    return error;
+  }
+  has_socket_ = true;
+  return SetOptions(socket_.get());
+}
+
+// A failed attempt spoils its socket, so the second one starts with a fresh one. After the last, none is left: what
+// looks like a connection must be one.
+int32_t SocketPort::Connect() {
+  for (int attempt = 1;; ++attempt) {
+    int32_t result = ConnectOnce();
+    if (result == VEXO_OK) {
+      return VEXO_OK;
+    }
+    socket_.ShutDown(SD_BOTH);
+    if (attempt < kConnectAttempts) {
+      result = MakeSocket();
+      if (result == VEXO_OK) {
+        continue;
+      }
+      socket_.ShutDown(SD_BOTH);
+    }
+    has_socket_ = false;
+    return result;
+  }
+}
+
+int32_t SocketPort::ConnectOnce() {
+  if (SetBlocking(socket_.get(), false) == SOCKET_ERROR) {
+    return WSAGetLastError();
+  }
+  const int32_t result = AwaitConnection();
+  SetBlocking(socket_.get(), true);
+  return result;
+}
+
+// Only "writable" is waited for: a printer that refuses the connection, perhaps because it serves another host just
+// now, gets the whole time and is reported as not answering.
+int32_t SocketPort::AwaitConnection() {
+  if (StartConnect(socket_.get()) == 0) {
+    return VEXO_OK;
+  }
+  const int error = WSAGetLastError();
+  if (error != WSAEWOULDBLOCK) {
+    return error;  // Nothing is under way that a wait could see the end of.
+  }
+  const timeval limit = ToTimeval(timeouts_.connect);
+  switch (AwaitWritable(socket_.get(), &limit)) {
+    case SOCKET_ERROR:
+      return WSAGetLastError();
+    case 0:
+      return VEXO_ERROR_IO_OPEN_FAILED;
+    default:
+      return PendingError(socket_.get());
+  }
+}
+
+// Connecting the old socket again would report success and lose the job, so the first attempt needs a fresh one, too.
+int32_t SocketPort::Reconnect() {
+  socket_.ShutDown(SD_BOTH);
+  const int32_t result = MakeSocket();
+  if (result != VEXO_OK) {
+    socket_.ShutDown(SD_BOTH);
+    return result;
+  }
+  return Connect();
+}
+
+// Looks without waiting. Printers drop idle connections; the drop shows as an error, or as an end of the data.
+bool SocketPort::IsDropped() const {
+  if (!socket_.valid()) {
+    return true;
+  }
+  const SOCKET socket = socket_.get();
+  const int exception = TestException(socket);
+  if (exception != 0) {
+    return exception == SOCKET_ERROR || PendingError(socket) != 0;
+  }
+  const int readable = AwaitReadable(socket, &kNoWait);
+  if (readable == 0) {
+    return false;
+  }
+  char byte = 0;
+  return readable == SOCKET_ERROR || recv(socket, &byte, 1, MSG_PEEK) <= 0;
+}
+
+int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
+  if (!is_open_) {
+    return VEXO_ERROR_IO_NOT_OPEN;
+  }
+  if (length == 0 || abort_.IsSet()) {
+    return VEXO_OK;
+  }
+  WSASetLastError(0);
+  if (IsDropped()) {
+    const int32_t result = Reconnect();
+    if (result != VEXO_OK) {
+      return result;
+    }
+  }
+  const uint32_t largest_piece = buffer_size_ != 0 ? buffer_size_ : kDefaultPiece;
+  WriteBudget budget(TransferBudget(timeouts_.writeMultiplier, length, timeouts_.writeConstant));
+  bool reconnected = false;
+  int32_t retried_error = VEXO_OK;
+  while (*written < length && !abort_.IsSet()) {
+    if (!budget.Step()) {
+      return retried_error;
+    }
+    const int writable = AwaitWritable(socket_.get(), budget.limit());
+    if (writable <= 0) {
+      return writable == 0 ? VEXO_ERROR_IO_WRITE_TIMEOUT : WSAGetLastError();
+    }
+    const uint32_t piece = std::min(largest_piece, length - *written);
+    const int sent = send(socket_.get(), reinterpret_cast<const char*>(buffer + offset + *written), ToInt(piece), 0);
+    if (sent >= 0) {
+      *written += static_cast<uint32_t>(sent);
+      continue;
+    }
+    const int error = WSAGetLastError();
+    if (error == 0 || error == WSAETIMEDOUT) {
+      retried_error = error;
+      continue;
+    }
+    if (error != WSAECONNRESET || reconnected) {
+      return error;
+    }
+    reconnected = true;
+    const int32_t result = Reconnect();
+    if (result != VEXO_OK) {
+      return result;
+    }
+  }
+  return VEXO_OK;
+}
+
+int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
+  if (!is_open_) {
+    return VEXO_ERROR_IO_NOT_OPEN;
+  }
+  if (!socket_.valid() && !abort_.IsSet()) {
+    const int32_t result = Reconnect();
+    if (result != VEXO_OK) {
+      return result;
+    }
+  }
+  const uint32_t budget = TransferBudget(timeouts_.readMultiplier, length, timeouts_.readConstant);
+  timeval wait = ToTimeval(budget);
+  const timeval* const limit = budget != 0 ? &wait : nullptr;
+  while (*read < length && !abort_.IsSet()) {
+    const int readable = AwaitReadableOrException(socket_.get(), limit);
+    if (readable <= 0) {
+      return readable == 0 ? VEXO_ERROR_IO_READ_TIMEOUT : WSAGetLastError();
+    }
+    const int received = Receive(socket_.get(), buffer + offset + *read, length - *read);
+    if (received == SOCKET_ERROR) {
+      return WSAGetLastError();
+    }
+    if (received == 0) {
+      return Reconnect();
+    }
+    *read += static_cast<uint32_t>(received);
+    wait = ToTimeval(timeouts_.readInterval);
+  }
+  return VEXO_OK;
+}
+
+int32_t SocketPort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
+  if (!is_open_) {
+    return VEXO_ERROR_IO_NOT_OPEN;
+  }
+  if (from > to) {
+    return VEXO_ERROR_PARAMETER;
+  }
+  WSASetLastError(0);
+  const int readable = AwaitReadable(socket_.get(), &kNoWait);
+  if (readable <= 0) {
+    return readable == 0 ? VEXO_OK : WSAGetLastError();
+  }
+  const int received = Receive(socket_.get(), buffer + from, to - from);
+  if (received == SOCKET_ERROR) {
+    return WSAGetLastError();
+  }
+  *read = static_cast<uint32_t>(received);
+  return VEXO_OK;
+}
+
+}  // namespace vexo

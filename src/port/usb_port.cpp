@@ -1,0 +1,96 @@
+#include "port/usb_port.h"
+
+#include <cstring>
+#include <initializer_list>
+
+#include "port/bounded_text.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+// A printer may answer a short request with a full packet, and the system fails a read that a packet does not fit into.
+constexpr uint32_t kReadPacketSize = 255;
+constexpr uint32_t kReadAvailablePacketSize = 64;
+
+bool HasText(const char* value) { return value != nullptr && *value != '\0'; }
+
+}  // namespace
+
+// No value can be too long for its text: the whole URI is not longer.
+int32_t UsbPort::Configure(const char* uri) {
+  DeviceUri parsed;
+  const int32_t result = ParseDeviceUri(&parsed, uri);
+  if (result != VEXO_OK) {
+    return result;
+  }
+  match_by_name_ = true;
+  for (char* text : {device_name_, location_, portnum_, vid_, pid_}) {
+    std::memset(text, 0, kUriBufferSize);
+  }
+  const char* const location = FindUriParameter(parsed, "location");
+  const char* const portnum = FindUriParameter(parsed, "portnum");
+  if (HasText(location)) {
+    CopyText(location_, sizeof(location_), location);
+    match_by_name_ = false;
+  } else if (HasText(portnum)) {
+    CopyText(portnum_, sizeof(portnum_), portnum);
+    match_by_name_ = false;
+  }
+  const char* const vid = FindUriParameter(parsed, "vid");
+  const char* const pid = FindUriParameter(parsed, "pid");
+  if (HasText(vid) && HasText(pid)) {
+    CopyText(vid_, sizeof(vid_), vid);
+    CopyText(pid_, sizeof(pid_), pid);
+    match_by_name_ = false;
+  }
+  if (std::strcmp(parsed.device, "DEVICE") != 0) {
+    CopyText(device_name_, sizeof(device_name_), parsed.device);
+    match_by_name_ = false;
+  }
+  SetConfigured(parsed);
+  return VEXO_OK;
+}
+
+int32_t UsbPort::Open() {
+  if (configured()) {
+    const int32_t result = ResolveDevicePath();
+    if (result != VEXO_OK) {
+      return result;
+    }
+  }
+  return FilePort::Open();
+}
+
+// This version does not search the system's USB devices yet, so it honestly finds none.
+int32_t UsbPort::ResolveDevicePath() { return VEXO_ERROR_USB_NOT_FOUND; }
+
+int32_t UsbPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
+  return ReadIsRefused() ? VEXO_ERROR_NOT_IMPLEMENTED : FilePort::Read(buffer, offset, length, read);
+}
+
+int32_t UsbPort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
+  return ReadIsRefused() ? VEXO_ERROR_NOT_IMPLEMENTED : FilePort::ReadAvailable(buffer, from, to, read);
+}
+
+int32_t UsbPort::Control(int32_t code, const uint8_t* input, uint32_t input_length, uint8_t* output,
+                         uint32_t output_length, uint32_t* returned) {
+  switch (code) {
+    case VEXO_CONTROL_USB_GET_READ_GATED:
+      return GetFlag(read_gated_, output, output_length, returned);
+    case VEXO_CONTROL_USB_SET_READ_ENABLED:
+      return SetFlag(input, input_length, &read_enabled_);
+    case VEXO_CONTROL_USB_GET_READ_ENABLED:
+      return GetFlag(read_enabled_, output, output_length, returned);
+    default:
+      return VEXO_ERROR_NOT_IMPLEMENTED;
+  }
+}
+
+uint32_t UsbPort::ReadPacketSize(uint32_t length) const { return length < kReadPacketSize ? kReadPacketSize : 0; }
+
+uint32_t UsbPort::ReadAvailablePacketSize(uint32_t length) const {
+  return length < kReadAvailablePacketSize ? kReadAvailablePacketSize : 0;
+}
+
+}  // namespace vexo

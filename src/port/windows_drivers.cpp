@@ -1,0 +1,36 @@
+// The drivers of the Windows build.
+#include <new>
+
+#include "port/buffer_port.h"
+#include "port/parallel_port.h"
+#include "port/tcp_port.h"
+#include "port/usb_port.h"
+
+namespace vexo {
+namespace {
+
+template <typename Driver>
+std::unique_ptr<PortDriver> Make() {
+  return std::unique_ptr<PortDriver>(new (std::nothrow) Driver);
+}
+
+}  // namespace
+
+std::unique_ptr<PortDriver> MakePortDriver(int32_t kind, bool* known) {
+  *known = true;
+  switch (kind) {
+    case VEXO_PORT_PARALLEL:
+      return Make<ParallelPort>();
+    case VEXO_PORT_USB:
+      return Make<UsbPort>();
+    case VEXO_PORT_NET:
+      return Make<TcpPort>();
+    case VEXO_PORT_BUFFER:
+      return Make<BufferPort>();
+    default:
+      *known = false;
+      return nullptr;
+  }
+}
+
+}  // namespace vexo
