@@ -1,0 +1,27 @@
+// Byte strings, and the little-endian fields inside them.
+#ifndef VEXO_PROTOCOL_BYTES_H_
+#define VEXO_PROTOCOL_BYTES_H_
+
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace vexo {
+
+using Bytes = std::vector<uint8_t>;
+
+inline void Append(Bytes* bytes, std::string_view text) { bytes->insert(bytes->end(), text.begin(), text.end()); }
+
+inline void Append(Bytes* bytes, const Bytes& more) { bytes->insert(bytes->end(), more.begin(), more.end()); }
+
+constexpr uint8_t LowByte(uint32_t value) { return static_cast<uint8_t>(value & 0xFF); }
+
+constexpr uint8_t HighByte(uint32_t value) { return static_cast<uint8_t>((value >> 8) & 0xFF); }
+
+constexpr uint16_t ReadLittleEndian16(const uint8_t* bytes) {
+  return static_cast<uint16_t>(bytes[0] | (bytes[1] << 8));
+}
+
+}  // namespace vexo
+
+#endif  // VEXO_PROTOCOL_BYTES_H_

@@ -1,0 +1,73 @@
+#include "protocol/print_width.h"
+
+#include "protocol/bytes.h"
+#include "protocol/printer_connection.h"
+#include "protocol/v1_command.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+constexpr uint8_t kPrintWidthKeyLow = 0xCC;
+constexpr uint8_t kPrintWidthKeyHigh = 0x00;
+constexpr uint8_t kSaved = 0;
+
+// The printer's acknowledgement of a setkey, and later its answer to save_param_zone in the first byte.
+struct Reply {
+  uint8_t bytes[3] = {};
+  uint32_t count = 0;
+};
+
+// Printers differ in what they answer to setkey, or answer nothing, so the bytes are not judged; only an answer that
+// was not counted although it reached the last byte counts as a failed read.
+bool ReadAcknowledgement(const PrinterConnection& printer, Reply* reply) {
+  printer.Read(reply->bytes, sizeof(reply->bytes), &reply->count);
+  return !(reply->count == 0 && reply->bytes[2] != 0);
+}
+
+// What counts is the printer's confirmation: exactly one zero byte.
+bool ReadSaved(const PrinterConnection& printer, Reply* reply) {
+  if (printer.Check() == VEXO_OK) {
+    reply->count = 0;
+    printer.Read(reply->bytes, 1, &reply->count);
+  }
+  return reply->count == 1 && reply->bytes[0] == kSaved;
+}
+
+}  // namespace
+
+int32_t ChangePrintWidth(VexoPrinterHandle* handle, uint32_t width) {
+  const PrinterConnection printer(handle);
+  const Bytes command = BuildSetKeyCommand(kPrintWidthKeyLow, kPrintWidthKeyHigh, {LowByte(width), HighByte(width)});
+  const int32_t set = printer.Write(command);
+  if (set != VEXO_OK) {
+    return set;
+  }
+  Reply reply;
+  if (!ReadAcknowledgement(printer, &reply)) {
+    return VEXO_ERROR_IO_READ;
+  }
+  const int32_t save = printer.Write(kSaveParamZoneCommand);
+  if (save != VEXO_OK) {
+    return save;
+  }
+  return ReadSaved(printer, &reply) ? VEXO_OK : VEXO_ERROR_IO_READ;
+}
+
+int32_t QueryPrintWidth(VexoPrinterHandle* handle, uint32_t* width) {
+  const PrinterConnection printer(handle);
+  const int32_t asked = printer.Write(BuildGetKeyCommand());
+  if (asked != VEXO_OK) {
+    return asked;
+  }
+  uint8_t reply[2] = {};
+  uint32_t count = 0;
+  const int32_t result = printer.Read(reply, sizeof(reply), &count);
+  if (count != sizeof(reply)) {
+    return result;  // Possibly 0: a read that ended without error, but short.
+  }
+  *width = ReadLittleEndian16(reply);
+  return VEXO_OK;
+}
+
+}  // namespace vexo

@@ -1,0 +1,72 @@
+#include "protocol/printer_connection.h"
+
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+// Hosts change the record without a lock, so each field is read exactly once and in one piece.
+template <typename T>
+T ReadOnce(const T& field) {
+#if defined(__GNUC__)
+  return __atomic_load_n(&field, __ATOMIC_ACQUIRE);
+#else
+  return *static_cast<const volatile T*>(&field);
+#endif
+}
+
+// The open port of a handle, or null with the reason in *error.
+VexoPort* FindOpenPort(const VexoPrinterHandle* handle, int32_t* error) {
+  *error = VEXO_ERROR_HANDLE;
+  if (handle == nullptr || handle->magic != VEXO_PRINTER_MAGIC) {
+    return nullptr;
+  }
+  VexoPort* const port = ReadOnce(handle->port);
+  if (port == nullptr || ReadOnce(handle->portOpen) == 0) {
+    *error = VEXO_ERROR_IO_NOT_OPEN;
+    return nullptr;
+  }
+  if (port->magic != VEXO_PORT_MAGIC) {
+    return nullptr;
+  }
+  *error = VEXO_OK;
+  return port;
+}
+
+}  // namespace
+
+int32_t PrinterConnection::Check() const {
+  int32_t error = VEXO_OK;
+  FindOpenPort(handle_, &error);
+  return error;
+}
+
+// A host's own port object may lack an operation.
+template <typename Entry, typename... Arguments>
+int32_t PrinterConnection::Call(Entry VexoPort::*entry, Arguments... arguments) const {
+  int32_t error = VEXO_OK;
+  VexoPort* const port = FindOpenPort(handle_, &error);
+  if (port == nullptr) {
+    return error;
+  }
+  return port->*entry != nullptr ? (port->*entry)(port, arguments...) : VEXO_ERROR_NOT_IMPLEMENTED;
+}
+
+int32_t PrinterConnection::Write(const Bytes& command) const {
+  uint32_t written = 0;
+  return Call(&VexoPort::Write, command.data(), 0U, static_cast<uint32_t>(command.size()), &written);
+}
+
+int32_t PrinterConnection::Write(std::string_view command) const {
+  return Write(Bytes(command.begin(), command.end()));
+}
+
+int32_t PrinterConnection::Read(uint8_t* buffer, uint32_t length, uint32_t* read) const {
+  return Call(&VexoPort::Read, buffer, 0U, length, read);
+}
+
+int32_t PrinterConnection::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) const {
+  return Call(&VexoPort::ReadAvailable, buffer, from, to, read);
+}
+
+}  // namespace vexo

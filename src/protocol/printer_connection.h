@@ -1,0 +1,39 @@
+// The printer behind a printer handle, as everything above the ports uses it.
+#ifndef VEXO_PROTOCOL_PRINTER_CONNECTION_H_
+#define VEXO_PROTOCOL_PRINTER_CONNECTION_H_
+
+#include <cstdint>
+#include <string_view>
+
+#include "protocol/bytes.h"
+#include "vexo/printer.h"
+
+namespace vexo {
+
+// Checks the handle before every single port operation, because another thread may close the port between two of them:
+// -6 for a null handle or a wrong magic (also of the port object), -309 when the port is not open or there is none. A
+// port operation's own result is passed on unchanged. Borrows the handle.
+class PrinterConnection {
+ public:
+  explicit PrinterConnection(VexoPrinterHandle* handle) : handle_(handle) {}
+
+  int32_t Check() const;
+
+  // Writes all of a command; how many bytes went out does not matter to the exchanges, only the result does.
+  int32_t Write(const Bytes& command) const;
+  int32_t Write(std::string_view command) const;
+
+  // *read may exceed `length` or `to - from`: USB ports count the bytes of a longer packet that were dropped.
+  int32_t Read(uint8_t* buffer, uint32_t length, uint32_t* read) const;
+  int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) const;
+
+ private:
+  template <typename Entry, typename... Arguments>
+  int32_t Call(Entry VexoPort::*entry, Arguments... arguments) const;
+
+  VexoPrinterHandle* handle_;
+};
+
+}  // namespace vexo
+
+#endif  // VEXO_PROTOCOL_PRINTER_CONNECTION_H_
