@@ -1,0 +1,24 @@
+# Warnings are errors in our own code, whatever the compiler. Libraries from elsewhere do not link this target.
+add_library(vexo_options INTERFACE)
+
+if(MSVC)
+  # The sources are UTF-8; without /utf-8 the code page of the build machine would change the message texts.
+  target_compile_options(vexo_options INTERFACE /W4 /WX /utf-8)
+else()
+  target_compile_options(vexo_options INTERFACE -Wall -Wextra -Wshadow -Werror -ffunction-sections -fdata-sections)
+endif()
+
+if(WIN32)
+  target_compile_definitions(vexo_options INTERFACE _WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX)
+endif()
+
+# For everything of a build, the test framework included: a sanitizer must see all of a program.
+if(VEXO_SANITIZE)
+  add_compile_options(-fsanitize=${VEXO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VEXO_SANITIZE})
+endif()
+
+if(MINGW)
+  # The products need no DLL beside the system's own.
+  add_link_options(-static -Wl,--gc-sections)
+endif()

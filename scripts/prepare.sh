@@ -1,0 +1,27 @@
+#!/usr/bin/env bash
+# Installs what a fresh Debian machine lacks for building and testing: scripts/prepare.sh
+# Does nothing, quickly, when all of it is there.
+set -euo pipefail
+
+packages=(
+  build-essential cmake ninja-build             # both builds
+  g++-mingw-w64-x86-64-posix                    # the Windows build; the win32 variant has no std::thread
+  wine wine64                                   # runs it
+  clang clang-format clang-tidy libclang-rt-14-dev # fuzz targets, second set of warnings, lint
+  googletest libbenchmark-dev                   # test framework (sources), native benchmarks
+  libasio-dev libcli11-dev nlohmann-json3-dev   # the tools
+  python3                                       # counts of the test run, JSON checks
+)
+
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+done
+[ ${#missing[@]} -gt 0 ] || exit 0
+
+echo "installing: ${missing[*]}" >&2
+sudo=
+[ "$(id -u)" -eq 0 ] || sudo=sudo
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

@@ -1,0 +1,20 @@
+#include <cstring>
+
+#include "monitor/last_error.h"
+#include "vexo/extend.h"
+
+namespace {
+
+constexpr char kVersion[] = "1.0.2.2";
+
+}  // namespace
+
+int32_t GetExtendVersion(char* buffer, uint32_t size) {
+  if (buffer == nullptr || size < sizeof(kVersion)) {
+    return VEXO_ERROR_PARAMETER;
+  }
+  std::memcpy(buffer, kVersion, sizeof(kVersion));
+  return VEXO_OK;
+}
+
+int32_t GetLastErrorCode(void) { return vexo::LastErrorCode(); }
