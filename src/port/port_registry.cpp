@@ -1,5 +1,7 @@
 #include "port/port_registry.h"
 
+#include <iterator>
+#include <new>
 #include <utility>
 
 #include "vexo/error.h"
@@ -23,7 +25,7 @@ PortRegistry& Registry() {
 // calls that would close them.
 PortRegistry::~PortRegistry() {
   if (!drivers_.empty()) {
-    static_cast<void>(new std::map<const void*, std::shared_ptr<LiveDriver>>(std::move(drivers_)));
+    static_cast<void>(new (std::nothrow) std::map<const void*, std::shared_ptr<LiveDriver>>(std::move(drivers_)));
   }
 }
 

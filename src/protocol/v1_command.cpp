@@ -1,5 +1,7 @@
 #include "protocol/v1_command.h"
 
+#include <iterator>
+
 #include "protocol/hex_text.h"
 
 namespace vexo {

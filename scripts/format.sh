@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Formats the C and C++ sources: scripts/format.sh [--check]
+# With --check it only says which lines are not formatted, and fails if there are any.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+mode=(-i)
+[ "${1:-}" != --check ] || mode=(--dry-run --Werror)
+git ls-files -z --cached --others --exclude-standard -- '*.h' '*.hpp' '*.c' '*.cpp' | xargs -0 -r clang-format "${mode[@]}"

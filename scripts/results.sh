@@ -1,0 +1,95 @@
+# Steps of a test run and the counting of their results; read by scripts/test.sh.
+
+passed=0
+failed=0
+failures=()
+
+note_failure() {
+  failed=$((failed + ${2:-1}))
+  failures+=("$1")
+}
+
+# run_step NAME COMMAND...: one check that either passes or fails; its output is shown when it fails.
+run_step() {
+  local name=$1 log
+  shift
+  log=$(mktemp)
+  printf '== %s\n' "$name"
+  if "$@" >"$log" 2>&1; then
+    passed=$((passed + 1))
+    rm -f "$log"
+    return 0
+  fi
+  tail -n 100 "$log"
+  rm -f "$log"
+  note_failure "$name"
+  return 1
+}
+
+build_preset() {
+  cmake --preset "$1" && cmake --build --preset "$1"
+}
+
+# run_tests PRESET: runs the tests of a build and counts the single tests that each program reports.
+run_tests() {
+  local results="build/$1/test_results" counts
+  printf '== test %s\n' "$1"
+  rm -rf "$results"
+  mkdir -p "$results"
+  ctest --preset "$1" --no-tests=error || note_failure "ctest $1"
+  if counts=$(python3 scripts/count_results.py "$results"); then
+    read -r ok bad <<<"$counts"
+    printf '   %s: %s passed, %s failed\n' "$1" "$ok" "$bad"
+    passed=$((passed + ok))
+  else
+    note_failure "results of $1"
+  fi
+}
+
+# run_script NAME SCRIPT...: a script that ends with a line "N passed, N failed".
+run_script() {
+  local name=$1 log counts
+  shift
+  log=$(mktemp)
+  printf '== %s\n' "$name"
+  "$@" 2>&1 | tee "$log"
+  if [ "${PIPESTATUS[0]}" -ne 0 ]; then
+    note_failure "$name"
+  fi
+  counts=$(sed -nE 's/^([0-9]+) passed, ([0-9]+) failed$/\1/p' "$log" | tail -n 1)
+  rm -f "$log"
+  if [ -n "$counts" ]; then
+    passed=$((passed + counts))
+  else
+    note_failure "$name ended early"
+  fi
+}
+
+run_fuzzers() {
+  local fuzzer name
+  for fuzzer in build/host-fuzz/bin/*_fuzzer; do
+    name=$(basename "$fuzzer" _fuzzer)
+    mkdir -p "build/host-fuzz/corpus/$name"
+    run_step "fuzz $name for $1 s" "$fuzzer" -max_total_time="$1" -timeout=10 -rss_limit_mb=2048 \
+      -artifact_prefix="build/host-fuzz/" "build/host-fuzz/corpus/$name" "fuzz/seeds/$name"
+  done
+}
+
+# One Wine server for the whole run: starting one takes a second each time.
+start_wineserver() {
+  scripts/wine.sh cmd /c ver >/dev/null 2>&1
+  WINEPREFIX=$PWD/build/wineprefix wineserver -p 2>/dev/null || true
+}
+
+stop_wineserver() {
+  WINEPREFIX=$PWD/build/wineprefix wineserver -k 2>/dev/null || true
+}
+
+print_summary() {
+  local failure
+  for failure in "${failures[@]+"${failures[@]}"}"; do
+    printf 'FAILED: %s\n' "$failure"
+  done
+  printf '%d passed, %d failed\n' "$passed" "$failed"
+  [ "$failed" -eq 0 ]
+}
