@@ -23,8 +23,10 @@ class WinsockUse {
       return 0;
     }
     WSADATA data = {};
-    if (WSAStartup(MAKEWORD(2, 2), &data) != 0) {
-      return WSAGetLastError();
+    const int failure = WSAStartup(MAKEWORD(2, 2), &data);
+    if (failure != 0) {
+      const int error = WSAGetLastError();
+      return error != 0 ? error : failure;
     }
     started_ = true;
     return 0;
