@@ -1,0 +1,78 @@
+#ifndef VIRTUAL_PRINTER_COMMAND_PARSER_H_
+#define VIRTUAL_PRINTER_COMMAND_PARSER_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "virtual_printer/bytes.h"
+
+namespace virtual_printer {
+
+// A V1 command taken apart: `do "save_param_zone"` has the verb do and the arguments "save_param_zone", quotes
+// included.
+struct Command {
+  std::string verb;
+  std::string arguments;
+  Bytes record;  // The binary record of setkey and getkey; empty when none followed the line.
+};
+
+// One stretch of what a host sent. The bytes of all frames, one after the other, are exactly what was received.
+struct Frame {
+  enum class Kind {
+    kPrintData,
+    kCommand,
+    kUnfinishedCommand,  // Another command began, or the connection ended, before this one was complete.
+    kOverlongCommand,    // No line end within the longest line that the printer has room for.
+  };
+
+  Kind kind = Kind::kPrintData;
+  Bytes bytes;
+  Command command;  // Filled for kCommand only.
+};
+
+// Finds the V1 commands in the stream of one connection, which may arrive in pieces of any size. Whatever is not a
+// command is print data, as on a real printer; so noise never stops it from seeing the next command.
+class CommandParser {
+ public:
+  // Longest command line, prefix and line end included. Lines in use stay far below.
+  static constexpr std::size_t kMaxLineLength = 256;
+  // Count, key low, key high, value length; then the value of a setkey, whose length is a single byte.
+  static constexpr std::size_t kRecordHeaderLength = 4;
+  static constexpr std::size_t kMaxPending = kMaxLineLength + kRecordHeaderLength + 255;
+
+  // Print data is reported at the end of each call; only bytes that may be the beginning of a command are held back.
+  std::vector<Frame> Feed(const std::uint8_t* data, std::size_t size);
+
+  // The stream has ended: reports what was held back.
+  std::vector<Frame> Finish();
+
+  // Bytes held back until the rest of their command arrives, at most kMaxPending.
+  std::size_t PendingBytes() const { return pending_.size(); }
+
+ private:
+  enum class State { kPrintData, kLine, kRecord };
+
+  void TakeByte(std::uint8_t byte);
+  void TakeRecordByte(std::uint8_t byte);
+  void BeginCommand();
+  void ContinueLine();
+  void EndLine();
+  void EndCommand();
+  bool RecordIsComplete() const;
+  std::string_view LineText() const;
+  void Emit(Frame::Kind kind, std::size_t size, Command command = {});
+
+  State state_ = State::kPrintData;
+  Bytes pending_;
+  std::size_t matched_ = 0;       // How many bytes of the prefix the end of pending_ matches.
+  Command command_;               // The command whose record is being received...
+  std::size_t record_start_ = 0;  // ...and where in pending_ that record begins.
+  std::vector<Frame> frames_;
+};
+
+}  // namespace virtual_printer
+
+#endif  // VIRTUAL_PRINTER_COMMAND_PARSER_H_

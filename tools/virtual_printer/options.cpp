@@ -1,0 +1,74 @@
+#include "virtual_printer/options.h"
+
+#include <CLI/CLI.hpp>
+#include <asio.hpp>
+#include <chrono>
+
+namespace virtual_printer {
+namespace {
+
+constexpr int kMaxNumber = 0xFFFF;
+constexpr int kMaxMilliseconds = 3600 * 1000;
+constexpr int kMaxBytes = 1000 * 1000 * 1000;
+constexpr int kDefaultSplitPause = 5;
+
+std::string CheckAddress(const std::string& text) {
+  std::error_code error;
+  asio::ip::make_address(text, error);
+  return error ? text + " is not an IP address" : std::string();
+}
+
+}  // namespace
+
+std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
+  Options options;
+  int delay = 0;
+  int split = kDefaultSplitPause;
+  std::size_t drop_after = 0;
+
+  CLI::App app("A receipt printer without paper: listens on a TCP port and answers as a printer does.",
+               "virtual_printer");
+  app.add_option("--address", options.address, "Address to listen on")->check(CheckAddress)->capture_default_str();
+  app.add_option("--port", options.port, "Port to listen on; 0 takes any free one")
+      ->check(CLI::Range(0, kMaxNumber))
+      ->capture_default_str();
+  app.add_option("--width", options.width, "Print width at the start, in dots")
+      ->check(CLI::Range(0, kMaxNumber))
+      ->capture_default_str();
+  app.add_flag("--trace", options.trace, "Show what is received and sent");
+  app.add_flag("--once", options.once, "Take one connection and exit when it has ended");
+
+  const std::string misbehaviour = "Misbehaviour";
+  app.add_option("--delay", delay, "Work this many milliseconds on each answer")
+      ->check(CLI::Range(0, kMaxMilliseconds))
+      ->group(misbehaviour);
+  app.add_flag("--silent", options.faults.silent, "Take everything, answer nothing")->group(misbehaviour);
+  const CLI::Option* split_option =
+      app.add_option("--split", split, "Send answers in single bytes, this many milliseconds apart")
+          ->expected(0, 1)
+          ->default_str(std::to_string(kDefaultSplitPause))
+          ->check(CLI::Range(1, kMaxMilliseconds))
+          ->group(misbehaviour);
+  const CLI::Option* drop_option =
+      app.add_option("--drop-after", drop_after, "Drop a connection when it has brought this many bytes")
+          ->check(CLI::Range(1, kMaxBytes))
+          ->group(misbehaviour);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    *exit_status = app.exit(error);
+    return std::nullopt;
+  }
+
+  options.faults.delay = std::chrono::milliseconds(delay);
+  if (split_option->count() > 0) {
+    options.faults.split_pause = std::chrono::milliseconds(split);
+  }
+  if (drop_option->count() > 0) {
+    options.faults.drop_after = drop_after;
+  }
+  return options;
+}
+
+}  // namespace virtual_printer

@@ -1,0 +1,29 @@
+#ifndef VIRTUAL_PRINTER_OPTIONS_H_
+#define VIRTUAL_PRINTER_OPTIONS_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "virtual_printer/faults.h"
+#include "virtual_printer/printer_state.h"
+
+namespace virtual_printer {
+
+// What the command line asks for.
+struct Options {
+  std::string address = "127.0.0.1";
+  std::uint16_t port = 9100;
+  std::uint16_t width = kDefaultPrintWidth;
+  Faults faults;
+  bool trace = false;
+  bool once = false;
+};
+
+// Reads the command line. When there is nothing left to do (a wrong argument, --help), it has said so, and *exit_status
+// is what the program ends with.
+std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status);
+
+}  // namespace virtual_printer
+
+#endif  // VIRTUAL_PRINTER_OPTIONS_H_
