@@ -75,16 +75,6 @@ run_fuzzers() {
   done
 }
 
-# One Wine server for the whole run: starting one takes a second each time.
-start_wineserver() {
-  scripts/wine.sh cmd /c ver >/dev/null 2>&1
-  WINEPREFIX=$PWD/build/wineprefix wineserver -p 2>/dev/null || true
-}
-
-stop_wineserver() {
-  WINEPREFIX=$PWD/build/wineprefix wineserver -k 2>/dev/null || true
-}
-
 print_summary() {
   local failure
   for failure in "${failures[@]+"${failures[@]}"}"; do

@@ -12,6 +12,7 @@
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/results.sh
+source scripts/processes.sh
 
 scripts/prepare.sh || exit 1
 
@@ -28,10 +29,10 @@ if run_step "build host-fuzz" build_preset host-fuzz; then
 fi
 
 if run_step "build windows-x64" build_preset windows-x64; then
-  start_wineserver
+  hold_wine || note_failure "Wine"
   run_tests windows-x64
   run_script "end to end" tests/end_to_end/vexoctl_test.sh build/windows-x64/bin/vexoctl.exe build/host-asan/bin/virtual_printer
-  stop_wineserver
+  release_wine
 fi
 
 print_summary

@@ -1,0 +1,73 @@
+#!/usr/bin/env bash
+# Shows the library at work: builds it, starts a virtual printer, and drives it through vexoctl, step by step.
+#
+# Needs nothing but a Debian machine: what is missing is installed first. Ends with a status other than 0 when anything
+# goes another way than it should.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/processes.sh
+
+traces=$(mktemp -d)
+trap 'stop_printers; release_wine; rm -rf "$traces"' EXIT
+
+title() { printf '\n== %s\n' "$*"; }
+
+fail() {
+  printf '\ndemo: %s\n' "$*" >&2
+  exit 1
+}
+
+# expect STATUS LINE ARGUMENT...: shows a vexoctl command and what it answers, and insists on the exit status and,
+# unless LINE is empty, on that line of the answer.
+expect() {
+  local expected_status=$1 expected_line=$2 status=0
+  shift 2
+  printf '\n$ vexoctl %s\n' "$*"
+  answer=$(scripts/wine.sh build/windows-x64/bin/vexoctl.exe "$@" 2>&1) || status=$?
+  printf '%s\n' "$answer"
+  [ "$status" = "$expected_status" ] || fail "exit status $status instead of $expected_status"
+  [ -z "$expected_line" ] || grep -qxF -e "$expected_line" <<<"$answer" || fail "no line '$expected_line'"
+}
+
+title "What the build needs"
+scripts/prepare.sh
+
+title "The library and vexoctl, for Windows"
+cmake --preset windows-x64 --log-level=WARNING
+cmake --build --preset windows-x64 --target vexoextend vexoctl
+
+title "The virtual printer, for this machine"
+cmake --preset host-release --log-level=WARNING
+cmake --build --preset host-release --target virtual_printer
+hold_wine # Makes the Wine prefix, too, when there is none yet.
+
+title "A virtual printer starts, with a print width of 576 dots"
+start_printer build/host-release/bin/virtual_printer "$traces/printer" --width 576 --trace
+printer=NET,127.0.0.1,$printer_port
+echo "It listens on 127.0.0.1, port $printer_port."
+
+title "What is installed"
+expect 0 "vexoextend 1.0.2.2" version
+
+title "How the library reads the descriptor of this printer"
+expect 0 "uri: vexo:/dev/bus/NET/DEVICE?ip=127.0.0.1+port=$printer_port" uri "$printer"
+
+title "Its print width: read, changed and stored, read again"
+expect 0 576 -p "$printer" width get
+expect 0 640 -p "$printer" width set 640
+expect 0 640 -p "$printer" width get
+expect 0 '{"width":640}' -p "$printer" --json width get
+
+title "A printer that takes everything and never answers"
+start_printer build/host-release/bin/virtual_printer "$traces/silent" --silent --trace
+expect 1 "" -p "NET,127.0.0.1,$printer_port" --timeout 500 width get
+grep -qE ': -332 .+' <<<"$answer" || fail "the failure is not a read timeout"
+
+title "What the two printers saw (-> received, <- sent)"
+stop_printers
+printf '\nThe first one:\n'
+cat "$traces/printer"
+printf '\nThe silent one:\n'
+cat "$traces/silent"
+
+title "Everything went as expected"

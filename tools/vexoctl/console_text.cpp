@@ -1,0 +1,68 @@
+#include "vexoctl/console_text.h"
+
+#include <windows.h>
+
+#include "vexoctl/failure.h"
+
+namespace vexoctl {
+namespace {
+
+constexpr UINT kGbk = 936;
+
+std::wstring WideFrom(UINT code_page, std::string_view text) {
+  const int size = static_cast<int>(text.size());
+  std::wstring wide(static_cast<size_t>(MultiByteToWideChar(code_page, 0, text.data(), size, nullptr, 0)), L'\0');
+  MultiByteToWideChar(code_page, 0, text.data(), size, wide.data(), static_cast<int>(wide.size()));
+  return wide;
+}
+
+// @return 0, or the system's error code.
+DWORD WriteConsoleText(HANDLE console, std::wstring_view text) {
+  while (!text.empty()) {
+    DWORD written = 0;
+    if (!WriteConsoleW(console, text.data(), static_cast<DWORD>(text.size()), &written, nullptr)) {
+      return GetLastError();
+    }
+    text.remove_prefix(written);
+  }
+  return 0;
+}
+
+DWORD WriteBytes(HANDLE file, std::string_view bytes) {
+  while (!bytes.empty()) {
+    DWORD written = 0;
+    if (!WriteFile(file, bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr)) {
+      return GetLastError();
+    }
+    bytes.remove_prefix(written);
+  }
+  return 0;
+}
+
+DWORD WriteText(DWORD stream, std::string_view utf8) {
+  const HANDLE handle = GetStdHandle(stream);
+  DWORD mode = 0;
+  return GetConsoleMode(handle, &mode) ? WriteConsoleText(handle, WideFrom(CP_UTF8, utf8)) : WriteBytes(handle, utf8);
+}
+
+}  // namespace
+
+std::string Utf8FromWide(std::wstring_view text) {
+  const int size = static_cast<int>(text.size());
+  const int needed = WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+  std::string utf8(static_cast<size_t>(needed), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, text.data(), size, utf8.data(), needed, nullptr, nullptr);
+  return utf8;
+}
+
+std::string Utf8FromGbk(std::string_view text) { return Utf8FromWide(WideFrom(kGbk, text)); }
+
+std::string Utf8FromAnsi(std::string_view text) { return Utf8FromWide(WideFrom(CP_ACP, text)); }
+
+void WriteOutput(std::string_view utf8) {
+  Require(static_cast<int32_t>(WriteText(STD_OUTPUT_HANDLE, utf8)), "cannot write the result");
+}
+
+void WriteError(std::string_view utf8) { WriteText(STD_ERROR_HANDLE, utf8); }
+
+}  // namespace vexoctl

@@ -1,0 +1,46 @@
+#ifndef VEXOCTL_PRINTER_SESSION_H_
+#define VEXOCTL_PRINTER_SESSION_H_
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "vexo/printer.h"
+
+namespace vexoctl {
+
+// A printer handle and the port in it, given back on destruction.
+class PrinterSession {
+ public:
+  // Makes the port that a descriptor names. Printers are not contacted yet, but the device of a serial or USB port may
+  // be opened already; that it cannot be opened is reported by Open only. Throws a Failure when there is no such port.
+  explicit PrinterSession(const std::string& descriptor);
+  ~PrinterSession();
+  PrinterSession(const PrinterSession&) = delete;
+  PrinterSession& operator=(const PrinterSession&) = delete;
+
+  // Opens the port, once. Throws a Failure.
+  // @param time_limit for one connect, one write, an answer and a gap in it, in milliseconds; the port's own limits
+  //                   when empty.
+  void Open(std::optional<uint32_t> time_limit);
+
+  // The canonical device URI, in the user's ANSI code page; empty for a buffer port.
+  std::string GetUri() const;
+
+  // Of the port, a VexoPortKind.
+  uint32_t kind() const { return handle_.port->kind; }
+
+  // For the library's functions; valid as long as the session.
+  VexoPrinterHandle* handle() { return &handle_; }
+
+ private:
+  void SetTimeLimit(uint32_t milliseconds);
+
+  std::string open_action_;  // "cannot open ...", for a failure.
+  VexoPrinterHandle handle_ = {};
+  int32_t first_open_ = 0;  // How the library fared with the device of a serial or USB port.
+};
+
+}  // namespace vexoctl
+
+#endif  // VEXOCTL_PRINTER_SESSION_H_
