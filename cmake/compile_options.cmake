@@ -9,7 +9,8 @@ else()
 endif()
 
 if(WIN32)
-  target_compile_definitions(vexo_options INTERFACE _WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX)
+  target_compile_definitions(vexo_options INTERFACE _WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX
+    _WINSOCK_DEPRECATED_NO_WARNINGS)
 endif()
 
 # For everything of a build, the test framework included: a sanitizer must see all of a program.

@@ -53,8 +53,9 @@ VEXO_API int32_t GetLastErrorCode(void);
  * @param handle     printer handle record, owned by the caller.
  * @param descriptor port descriptor ("USB", "NET,192.168.1.100,9100", "LPT1") or device URI
  *                   ("vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100"); at most 255 characters count.
- * @return 0 and portOpen 1; -6 bad handle; -301 null or malformed descriptor; -4 unknown kind of port, or one without
- *         a driver; -2 (buffer ports: -9) out of memory; -372 no such USB device; positive: the system's error.
+ * @return 0 and portOpen 1; -6 bad handle; -301 null or malformed text, or a descriptor of unknown kind; -4 a URI of
+ *         unknown TYPE, or a kind of port without a driver; -2 (buffer ports: -9) out of memory; -372 no such USB
+ *         device; positive: the system's error.
  */
 VEXO_API int32_t DiskPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 
@@ -71,7 +72,8 @@ VEXO_API int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descr
 /**
  * Sets the print width and makes the printer store it: a setkey command for key 0x00CC, whose acknowledgement is read
  * and not judged, then the command "save_param_zone". Blocks for at most the port's time limits of two writes and two
- * reads. Not locked: do not use the port on another thread meanwhile.
+ * reads; on TCP also for connecting again whenever the printer has dropped the connection. Not locked: do not use the
+ * port on another thread meanwhile.
  *
  * @param handle printer handle with an open port.
  * @param width  width in dots; only the low 16 bits travel.

@@ -118,7 +118,7 @@ struct VexoPort {
   /**
    * Writes length bytes from buffer + offset. -309: not open. -322: the write budget ran out. Positive: the system's
    * error. *written receives the bytes written. 0 with fewer bytes than asked for: the port was aborted, or a TCP
-   * budget ended between two pieces.
+   * budget ended between two pieces (after a piece that the system gave up on and that was tried again: its 10060).
    */
   int32_t (*Write)(VexoPort* port, const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written);
 
@@ -136,7 +136,7 @@ struct VexoPort {
   /**
    * One short read of at most to - from bytes into buffer + from: what is there now (TCP) or comes within 100 ms
    * (file ports). Nothing there gives 0 with *read 0. from > to gives -1 (a buffer port: as Read). USB ports asked
-   * for at most 63 bytes count as in Read.
+   * for at most 63 bytes count as in Read. -309: not open, or a TCP port that could not connect again.
    */
   int32_t (*ReadAvailable)(VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read);
 

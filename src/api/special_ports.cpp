@@ -2,6 +2,7 @@
 
 #include "port/port_factory.h"
 #include "port/port_object.h"
+#include "port/shared_field.h"
 #include "vexo/extend.h"
 
 namespace {
@@ -20,17 +21,20 @@ int32_t ReplacePort(VexoPrinterHandle* handle, const char* descriptor) {
     return VEXO_ERROR_HANDLE;
   }
   VexoPort* const old_port = handle->port;
-  handle->portOpen = 0;
-  handle->port = nullptr;
+  vexo::StoreField<uint8_t>(&handle->portOpen, 0);
+  vexo::StoreField<VexoPort*>(&handle->port, nullptr);
   if (old_port != nullptr) {
     vexo::ClosePort(old_port);
   }
-  return vexo::OpenPort(&handle->port, descriptor);
+  VexoPort* port = nullptr;
+  const int32_t result = vexo::OpenPort(&port, descriptor);
+  vexo::StoreField(&handle->port, port);
+  return result;
 }
 
 int32_t MarkOpen(VexoPrinterHandle* handle, int32_t result) {
   if (result == VEXO_OK) {
-    handle->portOpen = 1;
+    vexo::StoreField<uint8_t>(&handle->portOpen, 1);
   }
   return result;
 }

@@ -29,6 +29,11 @@ void CopyText(char* buffer, size_t capacity, const char* text) {
   buffer[length] = '\0';
 }
 
+size_t BoundedLength(const char* text, size_t limit) {
+  const void* const end = std::memchr(text, '\0', limit);
+  return end != nullptr ? static_cast<size_t>(static_cast<const char*>(end) - text) : limit;
+}
+
 char UpperCaseAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c; }
 
 void UpperCaseAscii(char* text) {

@@ -23,6 +23,9 @@ class BoundedText {
 // Copies at most capacity - 1 characters and terminates the copy.
 void CopyText(char* buffer, size_t capacity, const char* text);
 
+// Length of a text, but at most `limit`.
+size_t BoundedLength(const char* text, size_t limit);
+
 // Upper-cases the ASCII letters; the letters of other code pages stay, whatever locale the host has set.
 void UpperCaseAscii(char* text);
 char UpperCaseAscii(char c);

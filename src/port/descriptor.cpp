@@ -135,7 +135,7 @@ int32_t ReadFile(const Fields& fields, UriDraft* uri) {
 // "VID_0X1A2B" and "PID_0X0001" carry six characters before the digits.
 const char* AfterIdPrefix(const char* field) {
   constexpr size_t kIdPrefixLength = 6;
-  return field + strnlen(field, kIdPrefixLength);
+  return field + BoundedLength(field, kIdPrefixLength);
 }
 
 // The last recognised field decides how many of location, portnum, vid and pid are written, and an unrecognised field

@@ -59,7 +59,7 @@ int32_t ParseParameters(DeviceUri* uri, char* list) {
 
 int32_t ParseDeviceUri(DeviceUri* uri, const char* text) {
   uri->count = 0;
-  if (text == nullptr || strnlen(text, kUriBufferSize) > kMaxUriLength) {
+  if (text == nullptr || BoundedLength(text, kUriBufferSize) > kMaxUriLength) {
     return VEXO_ERROR_IO_SETTING;
   }
   CopyText(uri->text, sizeof(uri->text), text);

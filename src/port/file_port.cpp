@@ -10,7 +10,7 @@ namespace vexo {
 namespace {
 
 constexpr DWORD kReadAvailableWaitMs = 100;
-constexpr uint32_t kLargestPacketSize = 255;
+constexpr VexoPortTimeouts kDefaultTimeouts = {10, 5, 2000, 10, 2000, 1000};
 
 int32_t SystemError(DWORD error) { return static_cast<int32_t>(error); }
 
@@ -22,21 +22,20 @@ void HandOver(const uint8_t* packets, uint32_t received, uint8_t* bytes, uint32_
 
 }  // namespace
 
-void FilePort::SetConfigured(const DeviceUri& uri) {
-  FormatDeviceUri(uri, uri_, sizeof(uri_));
-  configured_ = true;
-}
+FilePort::FilePort(Mode mode) : DevicePort(kDefaultTimeouts), mode_(mode) {}
 
-int32_t FilePort::GetUri(char* buffer, uint32_t size, uint32_t* length) {
-  return CopyUri(configured_ ? uri_ : "", buffer, size, length);
-}
+int32_t FilePort::ResolveDevicePath() { return VEXO_OK; }
 
 int32_t FilePort::Open() {
-  if (!configured_) {
+  if (!configured()) {
     return VEXO_ERROR_IO_SETTING;
   }
   if (is_open_) {
     return VEXO_ERROR_IO_ALREADY_OPEN;
+  }
+  const int32_t resolved = ResolveDevicePath();
+  if (resolved != VEXO_OK) {
+    return resolved;
   }
   const DWORD flags = mode_ == Mode::kOverlapped ? FILE_FLAG_OVERLAPPED : 0;
   platform::ScopedHandle handle(CreateFileA(device_path_, GENERIC_READ | GENERIC_WRITE, /*dwShareMode=*/0, nullptr,
@@ -58,31 +57,16 @@ int32_t FilePort::Close() {
 int32_t FilePort::Abort() {
   const int32_t check = FilePort::CheckOpen();
   if (check == VEXO_OK) {
-    abort_.Set();
+    SetAborted();
   }
   return check;
 }
 
 int32_t FilePort::CheckOpen() {
-  if (!configured_) {
+  if (!configured()) {
     return VEXO_ERROR_IO_SETTING;
   }
   return is_open_ ? VEXO_OK : VEXO_ERROR_IO_NOT_OPEN;
-}
-
-int32_t FilePort::SetTimeouts(const VexoPortTimeouts& timeouts) {
-  timeouts_ = timeouts;
-  return VEXO_OK;
-}
-
-int32_t FilePort::GetTimeouts(VexoPortTimeouts* timeouts) {
-  *timeouts = timeouts_;
-  return VEXO_OK;
-}
-
-int32_t FilePort::Control(int32_t /*code*/, const uint8_t* /*input*/, uint32_t /*input_length*/, uint8_t* /*output*/,
-                          uint32_t /*output_length*/, uint32_t* /*returned*/) {
-  return VEXO_ERROR_NOT_IMPLEMENTED;
 }
 
 int32_t FilePort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
@@ -92,7 +76,7 @@ int32_t FilePort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length,
   }
   SetLastError(ERROR_SUCCESS);
   OverlappedTransfer transfer(handle_.get());
-  WritePacing pacing(timeouts_, length);
+  WritePacing pacing(timeouts(), length);
   uint32_t chunk_length = 0;
   uint32_t chunk_end = 0;
   while (*written < length && !IsAborted()) {
@@ -112,7 +96,9 @@ int32_t FilePort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length,
     if (mode_ == Mode::kBlocking && result.bytes == 0) {
       return SystemError(GetLastError());
     }
-    if (*written < chunk_end && !pacing.EndPartialTransfer(chunk_length)) {
+    if (*written == chunk_end) {
+      pacing.EndTransfer();
+    } else if (!pacing.EndPartialTransfer(chunk_length)) {
       return VEXO_ERROR_IO_WRITE_TIMEOUT;
     }
   }
@@ -159,7 +145,7 @@ int32_t FilePort::ReadOverlapped(uint8_t* bytes, uint32_t length, uint32_t* read
   const uint32_t packet_size = ReadPacketSize(length);
   uint8_t* const landing = packet_size > 0 ? packets : bytes;
   OverlappedTransfer transfer(handle_.get());
-  ReadPacing pacing(timeouts_, length);
+  ReadPacing pacing(timeouts(), length);
   int32_t outcome = VEXO_ERROR_IO_READ_TIMEOUT;
   while (pacing.StartAttempt()) {
     if (IsAborted()) {

@@ -5,57 +5,49 @@
 
 #include <windows.h>
 
+#include <atomic>
 #include <cstdint>
 
 #include "platform/windows/scoped_handle.h"
-#include "port/device_uri.h"
+#include "port/device_port.h"
 #include "port/overlapped_transfer.h"
-#include "port/port_driver.h"
-#include "port/port_lock.h"
 
 namespace vexo {
 
-class FilePort : public PortDriver {
- public:
-  int32_t GetUri(char* buffer, uint32_t size, uint32_t* length) override;
+// No device sends longer packets than the buffers of the transfers have room for.
+inline constexpr uint32_t kLargestPacketSize = 255;
 
-  // -301 not configured; -310 open already; else CreateFile's error.
+class FilePort : public DevicePort {
+ public:
+  // -301 not configured; -310 open already; the code of ResolveDevicePath; else CreateFile's error.
   int32_t Open() override;
   int32_t Close() override;
   int32_t Abort() override;
   int32_t CheckOpen() override;
-  int32_t SetTimeouts(const VexoPortTimeouts& timeouts) override;
-  int32_t GetTimeouts(VexoPortTimeouts* timeouts) override;
   int32_t Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) override;
   int32_t Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) override;
   int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) override;
-  int32_t Control(int32_t code, const uint8_t* input, uint32_t input_length, uint8_t* output, uint32_t output_length,
-                  uint32_t* returned) override;
 
  protected:
   // With overlapped I/O every transfer waits on an event; without it, calls block.
   enum class Mode { kOverlapped, kBlocking };
 
-  explicit FilePort(Mode mode) : mode_(mode) {}
+  explicit FilePort(Mode mode);
 
-  // Ends a successful Configure.
-  void SetConfigured(const DeviceUri& uri);
-  bool configured() const { return configured_; }
+  // Called before the device is opened; fills device_path_ where the URI only describes the device.
+  virtual int32_t ResolveDevicePath();
 
   // Reads without overlapped I/O. The plain form is one call to the system.
   virtual int32_t ReadBlocking(uint8_t* bytes, uint32_t length, uint32_t* read);
   virtual int32_t ReadAvailableBlocking(uint8_t* bytes, uint32_t length, uint32_t* read);
 
   // Size of the reads with which a request for only `length` bytes is served, where the device sends whole packets that
-  // must not be cut; 0: the request itself goes to the system.
+  // must not be cut; 0: the request itself goes to the system. At most kLargestPacketSize.
   virtual uint32_t ReadPacketSize(uint32_t length) const;
   virtual uint32_t ReadAvailablePacketSize(uint32_t length) const;
 
   // One blocking call.
   TransferResult ReadOnce(uint8_t* bytes, uint32_t length);
-
-  const VexoPortTimeouts& timeouts() const { return timeouts_; }
-  bool IsAborted() const { return abort_.IsSet(); }
 
   char device_path_[MAX_PATH] = {};
 
@@ -65,12 +57,8 @@ class FilePort : public PortDriver {
   int32_t ReadAvailableOverlapped(uint8_t* bytes, uint32_t length, uint32_t* read);
 
   const Mode mode_;
-  bool configured_ = false;
-  char uri_[kUriBufferSize] = {};
-  bool is_open_ = false;
-  AbortFlag abort_;
-  VexoPortTimeouts timeouts_ = {10, 5, 2000, 10, 2000, 1000};
   uint32_t chunk_size_ = 4096;  // Largest piece given to the system at once.
+  std::atomic<bool> is_open_{false};
   platform::ScopedHandle handle_;
 };
 

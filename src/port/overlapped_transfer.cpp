@@ -53,7 +53,8 @@ TransferResult OverlappedTransfer::Finish(BOOL started, DWORD wait_ms, OVERLAPPE
       result.error = wait_error;
     }
   }
-  if (GetOverlappedResult(device_, overlapped, &result.bytes, FALSE) == 0) {
+  // Waits if the system has not let go of the buffer even now.
+  if (GetOverlappedResult(device_, overlapped, &result.bytes, /*bWait=*/TRUE) == 0) {
     const DWORD error = GetLastError();
     const bool cancelled_by_us = result.timed_out && error == ERROR_OPERATION_ABORTED;
     if (!cancelled_by_us && result.error == ERROR_SUCCESS) {

@@ -57,9 +57,14 @@ int32_t ParallelPort::ReadBlocking(uint8_t* bytes, uint32_t length, uint32_t* re
     if (*read < length && now - started > budget) {
       return VEXO_ERROR_IO_READ_TIMEOUT;
     }
-    if (result.bytes == 0 && now - call_started < kLongestPauseMs && pauses < kMostPauses) {
-      ++pauses;
-      platform::SleepMs(pause_ms);
+    if (result.bytes == 0 && now - call_started < kLongestPauseMs) {
+      // A port that still answers at once after the pauses is asked on without them until the budget ends.
+      if (pauses < kMostPauses) {
+        ++pauses;
+        platform::SleepMs(pause_ms);
+      } else {
+        platform::YieldThread();
+      }
     }
   }
   return VEXO_OK;

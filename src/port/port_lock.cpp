@@ -14,7 +14,7 @@ namespace {
 constexpr uint32_t kSpinCount = 0x80000000;
 
 struct SharedLock {
-  std::atomic<bool> busy{false};  // Guards the two members below; held only for a few instructions.
+  std::atomic<bool> busy{false};  // Guards the two members below; never held while waiting for anything.
   uint32_t references = 0;
   std::unique_ptr<platform::CriticalSection> section;
 };

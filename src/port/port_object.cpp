@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "port/port_registry.h"
+#include "port/shared_field.h"
 #include "vexo/error.h"
 
 namespace vexo {
@@ -12,7 +13,7 @@ template <typename Operation>
 int32_t WithDriver(const VexoPort* port, Operation operation) {
   int32_t error = VEXO_OK;
   const std::shared_ptr<LiveDriver> live = Registry().Use(port, &error);
-  return live != nullptr ? operation(*live->driver) : error;
+  return live != nullptr ? operation(**live) : error;
 }
 
 // A count that the caller may have no use for; 0 until the driver has counted.
@@ -126,13 +127,16 @@ VexoPort* MakePortObject(uint32_t kind, std::unique_ptr<PortDriver> driver, Port
 }
 
 int32_t ClosePort(VexoPort* port) {
-  if (port == nullptr || port->magic != VEXO_PORT_MAGIC) {
+  if (port == nullptr || LoadField(port->magic) != VEXO_PORT_MAGIC) {
     return VEXO_ERROR_HANDLE;
   }
-  const bool bluetooth = port->kind == VEXO_PORT_BLUETOOTH;
+  const bool bluetooth = LoadField(port->kind) == VEXO_PORT_BLUETOOTH;
   const std::shared_ptr<LiveDriver> ours = Registry().Remove(port);
   if (ours != nullptr) {
-    ours->driver->Close();
+    const bool in_use = ours.use_count() > 1;
+    if (in_use) {
+      (*ours)->Abort();  // Another thread is in the middle of a transfer. It is to end soon, and then closes.
+    }
   } else if (port->Close != nullptr) {
     port->Close(port);
   }

@@ -16,11 +16,11 @@ namespace vexo {
 VexoPort* MakePortObject(uint32_t kind, std::unique_ptr<PortDriver> driver, PortLockReference lock);
 
 // Closes the device, then gives back what MakePortObject took; an object that somebody else made is closed through its
-// own Close and nothing of it is freed. -6: null or wrong magic. -4: a Bluetooth port; its driver is not freed, hosts
-// in the field keep talking to the paired device's driver while it shuts down. 0 otherwise, whatever Close returned.
+// own Close and nothing of it is freed. -6: null or wrong magic. -4: a Bluetooth port; it is closed, but its driver is
+// deliberately not freed. 0 otherwise, whatever Close returned.
 //
-// An operation that another thread has under way keeps the driver alive until it returns; later ones on the stale
-// record give -6.
+// A transfer that another thread has under way is aborted, and the device is closed when it has returned; later
+// operations on the stale record give -6 (Bluetooth: -308).
 int32_t ClosePort(VexoPort* port);
 
 // Opens the device of a port object made here by device class; see PortDriver::OpenDeviceOfClass.

@@ -1,9 +1,9 @@
 #include "port/port_registry.h"
 
 #include <iterator>
-#include <new>
 #include <utility>
 
+#include "port/shared_field.h"
 #include "vexo/error.h"
 
 namespace vexo {
@@ -21,44 +21,53 @@ PortRegistry& Registry() {
   return registry;
 }
 
+LiveDriver::LiveDriver(std::unique_ptr<PortDriver> driver, PortLockReference lock)
+    : lock_(std::move(lock)), driver_(std::move(driver)) {}
+
+LiveDriver::~LiveDriver() { driver_->Close(); }
+
 // Ports that the host never closed are abandoned: this runs while the library is unloaded, when the system forbids the
 // calls that would close them.
 PortRegistry::~PortRegistry() {
-  if (!drivers_.empty()) {
-    static_cast<void>(new (std::nothrow) std::map<const void*, std::shared_ptr<LiveDriver>>(std::move(drivers_)));
+  static Content* abandoned = nullptr;
+  if (!content_->drivers.empty() || !content_->kept.empty()) {
+    abandoned = content_.release();
   }
+  static_cast<void>(abandoned);
 }
 
 VexoPort* PortRegistry::Add(const VexoPort& prototype, std::unique_ptr<PortDriver> driver, PortLockReference lock) {
   PortDriver* const key = driver.get();
-  auto live = std::make_shared<LiveDriver>();
-  live->driver = std::move(driver);
+  auto live = std::make_shared<LiveDriver>(std::move(driver), std::move(lock));
   if (prototype.kind == VEXO_PORT_BLUETOOTH) {
-    live->keepsake.push_back(live->driver);
+    live->keepsake_.push_back(live->driver_);
   }
-
   const std::lock_guard<std::mutex> guard(mutex_);
-  drivers_.emplace(key, live);
+  const auto added = content_->drivers.emplace(key, live).first;
   try {
-    PrepareRecord();
+    VexoPort* const record = PlaceRecord(prototype, key);
+    live->record_ = std::prev(content_->records.end());
+    return record;
   } catch (...) {
-    drivers_.erase(key);
+    content_->drivers.erase(added);
     throw;
   }
-  VexoPort& record = records_.back();
-  record = prototype;
-  record.driver = key;
-  live->record = std::prev(records_.end());
-  live->lock = std::move(lock);
-  return &record;
 }
 
-void PortRegistry::PrepareRecord() {
-  if (resting_.size() > kRestingRecords) {
-    records_.splice(records_.end(), resting_, resting_.begin());
+// A record that is used again already has the operations. Its magic comes last: until then it is no port object to a
+// thread that still has its address.
+VexoPort* PortRegistry::PlaceRecord(const VexoPort& prototype, PortDriver* driver) {
+  if (content_->resting.size() > kRestingRecords) {
+    content_->records.splice(content_->records.end(), content_->resting, content_->resting.begin());
   } else {
-    records_.emplace_back();
+    content_->records.push_back(prototype);
+    content_->records.back().magic = 0;
   }
+  VexoPort* const record = &content_->records.back();
+  record->driver = driver;
+  StoreField(&record->kind, prototype.kind);
+  StoreField(&record->magic, prototype.magic);
+  return record;
 }
 
 std::shared_ptr<LiveDriver> PortRegistry::Use(const VexoPort* port, int32_t* error) {
@@ -70,8 +79,8 @@ std::shared_ptr<LiveDriver> PortRegistry::Use(const VexoPort* port, int32_t* err
   if (port->magic != VEXO_PORT_MAGIC) {
     return nullptr;
   }
-  const auto found = drivers_.find(port->driver);
-  if (found == drivers_.end()) {
+  const auto found = content_->drivers.find(port->driver);
+  if (found == content_->drivers.end()) {
     *error = VEXO_ERROR_IO_HANDLE;
     return nullptr;
   }
@@ -81,17 +90,17 @@ std::shared_ptr<LiveDriver> PortRegistry::Use(const VexoPort* port, int32_t* err
 
 std::shared_ptr<LiveDriver> PortRegistry::Remove(const VexoPort* port) {
   const std::lock_guard<std::mutex> guard(mutex_);
-  const auto found = drivers_.find(port->driver);
-  if (found == drivers_.end() || &*found->second->record != port) {
+  const auto found = content_->drivers.find(port->driver);
+  if (found == content_->drivers.end() || &*found->second->record_ != port) {
     return nullptr;
   }
   std::shared_ptr<LiveDriver> live = std::move(found->second);
-  drivers_.erase(found);
-  if (live->keepsake.empty()) {
-    live->record->magic = 0;
-    resting_.splice(resting_.end(), records_, live->record);
+  content_->drivers.erase(found);
+  if (live->keepsake_.empty()) {
+    StoreField(&live->record_->magic, 0U);
+    content_->resting.splice(content_->resting.end(), content_->records, live->record_);
   } else {
-    kept_.splice(kept_.end(), live->keepsake);
+    content_->kept.splice(content_->kept.end(), live->keepsake_);
   }
   return live;
 }

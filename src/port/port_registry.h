@@ -16,24 +16,37 @@
 
 namespace vexo {
 
-// A driver with its share in the port lock. The share is given back last: the driver may read its abort flag until it
-// is gone.
-struct LiveDriver {
-  PortLockReference lock;
-  std::shared_ptr<PortDriver> driver;
-  std::list<VexoPort>::iterator record;
-  std::list<std::shared_ptr<PortDriver>> keepsake;  // See PortRegistry::Remove.
+// A driver with its share in the port lock. Whoever lets go of it last closes the device: the thread that closes the
+// port, or another one that still has an operation under way and must not lose the device in the middle of it.
+class LiveDriver {
+ public:
+  LiveDriver(std::unique_ptr<PortDriver> driver, PortLockReference lock);
+  LiveDriver(const LiveDriver&) = delete;
+  LiveDriver& operator=(const LiveDriver&) = delete;
+  ~LiveDriver();
+
+  PortDriver& operator*() const { return *driver_; }
+  PortDriver* operator->() const { return driver_.get(); }
+
+ private:
+  friend class PortRegistry;
+
+  PortLockReference lock_;  // Given back last: the driver may read its abort flag until it is gone.
+  std::shared_ptr<PortDriver> driver_;
+  std::list<VexoPort>::iterator record_;
+  std::list<std::shared_ptr<PortDriver>> keepsake_;  // See PortRegistry::Remove.
 };
 
 // Safe to use from any thread.
 class PortRegistry {
  public:
-  PortRegistry() = default;
+  PortRegistry() : content_(std::make_unique<Content>()) {}
   PortRegistry(const PortRegistry&) = delete;
   PortRegistry& operator=(const PortRegistry&) = delete;
   ~PortRegistry();
 
-  // A new port object: a copy of `prototype` with the driver filled in. Throws std::bad_alloc, nothing is left then.
+  // A new port object: a copy of `prototype` with the driver filled in. All prototypes have the same operations. Throws
+  // std::bad_alloc, nothing is left then.
   VexoPort* Add(const VexoPort& prototype, std::unique_ptr<PortDriver> driver, PortLockReference lock);
 
   // The driver for one operation on `port`, kept alive by the pointer: another thread may close the port meanwhile.
@@ -41,18 +54,21 @@ class PortRegistry {
   std::shared_ptr<LiveDriver> Use(const VexoPort* port, int32_t* error);
 
   // Takes a port object out and gives what it owned; its record loses its magic. Null: the object was not made here,
-  // or was taken out before. The driver of a Bluetooth port is kept in memory for good, and its record keeps its magic:
-  // the system may still be completing requests of the socket.
+  // or was taken out before. The driver of a Bluetooth port stays in memory, and its record keeps its magic.
   std::shared_ptr<LiveDriver> Remove(const VexoPort* port);
 
  private:
-  void PrepareRecord();
+  struct Content {
+    std::map<const void*, std::shared_ptr<LiveDriver>> drivers;  // By the driver field of the record.
+    std::list<VexoPort> records;
+    std::list<VexoPort> resting;
+    std::list<std::shared_ptr<PortDriver>> kept;
+  };
+
+  VexoPort* PlaceRecord(const VexoPort& prototype, PortDriver* driver);
 
   std::mutex mutex_;
-  std::map<const void*, std::shared_ptr<LiveDriver>> drivers_;  // By the driver field of the record.
-  std::list<VexoPort> records_;
-  std::list<VexoPort> resting_;
-  std::list<std::shared_ptr<PortDriver>> kept_;
+  std::unique_ptr<Content> content_;
 };
 
 PortRegistry& Registry();

@@ -11,7 +11,7 @@ namespace vexo {
 namespace {
 
 constexpr int kConnectAttempts = 2;
-constexpr uint32_t kDefaultPiece = 4096;
+constexpr uint32_t kDefaultPiece = 4096;  // For a kind of socket that leaves its buffers to the system.
 constexpr timeval kNoWait = {0, 0};
 
 timeval ToTimeval(uint32_t milliseconds) {
@@ -103,17 +103,8 @@ class WriteBudget {
 
 }  // namespace
 
-void SocketPort::SetConfigured(const DeviceUri& uri) {
-  FormatDeviceUri(uri, uri_, sizeof(uri_));
-  configured_ = true;
-}
-
-int32_t SocketPort::GetUri(char* buffer, uint32_t size, uint32_t* length) {
-  return CopyUri(configured_ ? uri_ : "", buffer, size, length);
-}
-
 int32_t SocketPort::Open() {
-  if (!configured_) {
+  if (!configured()) {
     return VEXO_ERROR_IO_SETTING;
   }
   if (is_open_) {
@@ -124,6 +115,7 @@ int32_t SocketPort::Open() {
   if (start_error != 0) {
     return start_error;
   }
+  SetAddress();
   int32_t result = MakeSocket();
   if (result == VEXO_OK) {
     result = Connect();
@@ -145,33 +137,23 @@ int32_t SocketPort::Close() {
 
 int32_t SocketPort::Abort() {
   if (has_socket_) {
-    abort_.Set();
+    SetAborted();
   }
   return VEXO_OK;
 }
 
 int32_t SocketPort::SetTimeouts(const VexoPortTimeouts& timeouts) {
-  timeouts_ = timeouts;
+  DevicePort::SetTimeouts(timeouts);
   if (socket_.valid()) {
     SetTransferTimeouts(socket_.get());
   }
   return VEXO_OK;
 }
 
-int32_t SocketPort::GetTimeouts(VexoPortTimeouts* timeouts) {
-  *timeouts = timeouts_;
-  return VEXO_OK;
-}
-
-int32_t SocketPort::Control(int32_t /*code*/, const uint8_t* /*input*/, uint32_t /*input_length*/, uint8_t* /*output*/,
-                            uint32_t /*output_length*/, uint32_t* /*returned*/) {
-  return VEXO_ERROR_NOT_IMPLEMENTED;
-}
-
 // The transfers do not depend on these options, so their failure does not matter.
 void SocketPort::SetTransferTimeouts(SOCKET socket) const {
-  const DWORD receive_ms = timeouts_.readConstant;
-  const DWORD send_ms = timeouts_.writeConstant;
+  const DWORD receive_ms = timeouts().readConstant;
+  const DWORD send_ms = timeouts().writeConstant;
   setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, reinterpret_cast<const char*>(&receive_ms), sizeof(receive_ms));
   setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, reinterpret_cast<const char*>(&send_ms), sizeof(send_ms));
 }
@@ -202,11 +184,15 @@ int32_t SocketPort::Connect() {
       if (result == VEXO_OK) {
         continue;
       }
-      socket_.ShutDown(SD_BOTH);
     }
-    has_socket_ = false;
+    DropSocket();
     return result;
   }
+}
+
+void SocketPort::DropSocket() {
+  socket_.ShutDown(SD_BOTH);
+  has_socket_ = false;
 }
 
 int32_t SocketPort::ConnectOnce() {
@@ -228,7 +214,7 @@ int32_t SocketPort::AwaitConnection() {
   if (error != WSAEWOULDBLOCK) {
     return error;  // Nothing is under way that a wait could see the end of.
   }
-  const timeval limit = ToTimeval(timeouts_.connect);
+  const timeval limit = ToTimeval(timeouts().connect);
   switch (AwaitWritable(socket_.get(), &limit)) {
     case SOCKET_ERROR:
       return WSAGetLastError();
@@ -244,7 +230,7 @@ int32_t SocketPort::Reconnect() {
   socket_.ShutDown(SD_BOTH);
   const int32_t result = MakeSocket();
   if (result != VEXO_OK) {
-    socket_.ShutDown(SD_BOTH);
+    DropSocket();
     return result;
   }
   return Connect();
@@ -272,7 +258,7 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
-  if (length == 0 || abort_.IsSet()) {
+  if (length == 0 || IsAborted()) {
     return VEXO_OK;
   }
   WSASetLastError(0);
@@ -283,10 +269,10 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
     }
   }
   const uint32_t largest_piece = buffer_size_ != 0 ? buffer_size_ : kDefaultPiece;
-  WriteBudget budget(TransferBudget(timeouts_.writeMultiplier, length, timeouts_.writeConstant));
+  WriteBudget budget(TransferBudget(timeouts().writeMultiplier, length, timeouts().writeConstant));
   bool reconnected = false;
   int32_t retried_error = VEXO_OK;
-  while (*written < length && !abort_.IsSet()) {
+  while (*written < length && !IsAborted()) {
     if (!budget.Step()) {
       return retried_error;
     }
@@ -298,6 +284,7 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
     const int sent = send(socket_.get(), reinterpret_cast<const char*>(buffer + offset + *written), ToInt(piece), 0);
     if (sent >= 0) {
       *written += static_cast<uint32_t>(sent);
+      retried_error = VEXO_OK;
       continue;
     }
     const int error = WSAGetLastError();
@@ -321,16 +308,19 @@ int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
-  if (!socket_.valid() && !abort_.IsSet()) {
+  if (length == 0 || IsAborted()) {
+    return VEXO_OK;
+  }
+  if (!socket_.valid()) {
     const int32_t result = Reconnect();
     if (result != VEXO_OK) {
       return result;
     }
   }
-  const uint32_t budget = TransferBudget(timeouts_.readMultiplier, length, timeouts_.readConstant);
+  const uint32_t budget = TransferBudget(timeouts().readMultiplier, length, timeouts().readConstant);
   timeval wait = ToTimeval(budget);
   const timeval* const limit = budget != 0 ? &wait : nullptr;
-  while (*read < length && !abort_.IsSet()) {
+  while (*read < length && !IsAborted()) {
     const int readable = AwaitReadableOrException(socket_.get(), limit);
     if (readable <= 0) {
       return readable == 0 ? VEXO_ERROR_IO_READ_TIMEOUT : WSAGetLastError();
@@ -343,7 +333,7 @@ int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint
       return Reconnect();
     }
     *read += static_cast<uint32_t>(received);
-    wait = ToTimeval(timeouts_.readInterval);
+    wait = ToTimeval(timeouts().readInterval);
   }
   return VEXO_OK;
 }
@@ -354,6 +344,9 @@ int32_t SocketPort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, u
   }
   if (from > to) {
     return VEXO_ERROR_PARAMETER;
+  }
+  if (!socket_.valid()) {
+    return VEXO_ERROR_IO_NOT_OPEN;  // Connecting again would take time; the next Write or Read does it.
   }
   WSASetLastError(0);
   const int readable = AwaitReadable(socket_.get(), &kNoWait);

@@ -96,12 +96,15 @@ int32_t TcpPort::SetOptions(SOCKET socket) {
   return failure;
 }
 
+void TcpPort::SetAddress() {
+  address_ = {};
+  address_.sin_family = AF_INET;
+  address_.sin_addr.s_addr = inet_addr(host_.c_str());
+  address_.sin_port = htons(static_cast<u_short>(port_));
+}
+
 int TcpPort::StartConnect(SOCKET socket) {
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = inet_addr(host_.c_str());
-  address.sin_port = htons(static_cast<u_short>(port_));
-  return connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+  return connect(socket, reinterpret_cast<const sockaddr*>(&address_), sizeof(address_));
 }
 
 }  // namespace vexo

@@ -17,6 +17,7 @@ class TcpPort : public SocketPort {
   int32_t Configure(const char* uri) override;
 
  protected:
+  void SetAddress() override;
   SOCKET CreateSocket() override;
   int32_t SetOptions(SOCKET socket) override;
   int StartConnect(SOCKET socket) override;
@@ -24,6 +25,7 @@ class TcpPort : public SocketPort {
  private:
   platform::GlobalText host_;
   uint32_t port_ = 0;
+  sockaddr_in address_ = {};
 };
 
 }  // namespace vexo

@@ -31,17 +31,23 @@ uint32_t WritePacing::StartTransfer() {
   return wait_left_;
 }
 
+void WritePacing::EndTransfer() { ChargeElapsed(); }
+
 bool WritePacing::EndPartialTransfer(uint32_t chunk_length) {
-  const uint32_t elapsed = platform::TickCount() - started_;
-  wait_left_ -= std::min(elapsed, wait_left_);
-  spent_ += elapsed;
+  spent_ += ChargeElapsed();
   const uint32_t chunk_budget = TransferBudget(timeouts_.writeMultiplier, chunk_length, timeouts_.writeConstant);
   return spent_ <= chunk_budget && spent_ <= budget_;
 }
 
+uint32_t WritePacing::ChargeElapsed() {
+  const uint32_t elapsed = platform::TickCount() - started_;
+  wait_left_ -= std::min(elapsed, wait_left_);
+  return elapsed;
+}
+
 ReadPacing::ReadPacing(const VexoPortTimeouts& timeouts, uint32_t length)
     : budget_(TransferBudget(timeouts.readMultiplier, length, timeouts.readConstant)),
-      interval_(timeouts.readInterval),
+      interval_(std::min(timeouts.readInterval, kLongestBudget)),
       wait_(budget_),
       attempts_left_(kReadAttempts),
       last_attempt_ended_(platform::TickCount()) {}

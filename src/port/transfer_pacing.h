@@ -11,8 +11,7 @@ namespace vexo {
 // multiplier * length + constant in milliseconds, held below the value that stands for "no limit" in waits.
 uint32_t TransferBudget(uint32_t multiplier, uint32_t length, uint32_t constant);
 
-// The pacing of one Write on a device file. Only transfers that leave part of their chunk unwritten cost time: a device
-// that takes whole chunks may take as long as each wait allows.
+// The pacing of one Write on a device file. All waits of the call share its budget.
 class WritePacing {
  public:
   WritePacing(const VexoPortTimeouts& timeouts, uint32_t length);
@@ -20,15 +19,20 @@ class WritePacing {
   // Longest wait for the transfer that starts now.
   uint32_t StartTransfer();
 
-  // Accounts for a transfer that left a part of its chunk. False: the time for the chunk, or for the call, is used up.
-  // The time spent is counted over the whole call, also for the limit of a single chunk.
+  // Accounts for a transfer that wrote all of its chunk...
+  void EndTransfer();
+
+  // ...or left a part of it. False: the time for the chunk, or for the call, is used up. The time that such transfers
+  // have spent is counted over the whole call, also for the limit of a single chunk.
   bool EndPartialTransfer(uint32_t chunk_length);
 
  private:
+  uint32_t ChargeElapsed();
+
   const VexoPortTimeouts timeouts_;
   const uint32_t budget_;
   uint32_t wait_left_;
-  uint32_t spent_ = 0;
+  uint32_t spent_ = 0;  // On transfers that left a part.
   uint32_t started_ = 0;
 };
 

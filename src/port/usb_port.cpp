@@ -12,6 +12,7 @@ namespace {
 // A printer may answer a short request with a full packet, and the system fails a read that a packet does not fit into.
 constexpr uint32_t kReadPacketSize = 255;
 constexpr uint32_t kReadAvailablePacketSize = 64;
+static_assert(kReadPacketSize <= kLargestPacketSize && kReadAvailablePacketSize <= kLargestPacketSize);
 
 bool HasText(const char* value) { return value != nullptr && *value != '\0'; }
 
@@ -50,16 +51,6 @@ int32_t UsbPort::Configure(const char* uri) {
   }
   SetConfigured(parsed);
   return VEXO_OK;
-}
-
-int32_t UsbPort::Open() {
-  if (configured()) {
-    const int32_t result = ResolveDevicePath();
-    if (result != VEXO_OK) {
-      return result;
-    }
-  }
-  return FilePort::Open();
 }
 
 // This version does not search the system's USB devices yet, so it honestly finds none.

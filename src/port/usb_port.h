@@ -14,16 +14,14 @@ class UsbPort : public FilePort {
 
   int32_t Configure(const char* uri) override;
 
-  // -372: no such printer is connected; else as a file port's Open.
-  int32_t Open() override;
   int32_t Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) override;
   int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) override;
   int32_t Control(int32_t code, const uint8_t* input, uint32_t input_length, uint8_t* output, uint32_t output_length,
                   uint32_t* returned) override;
 
  protected:
-  // Finds the device that the URI describes and fills device_path_.
-  virtual int32_t ResolveDevicePath();
+  // Finds the printer that the URI describes. -372: it is not connected.
+  int32_t ResolveDevicePath() override;
 
   uint32_t ReadPacketSize(uint32_t length) const override;
   uint32_t ReadAvailablePacketSize(uint32_t length) const override;

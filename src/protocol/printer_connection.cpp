@@ -1,32 +1,21 @@
 #include "protocol/printer_connection.h"
 
+#include "port/shared_field.h"
 #include "vexo/error.h"
 
 namespace vexo {
 namespace {
 
-// Hosts change the record without a lock, so each field is read exactly once and in one piece.
-template <typename T>
-T ReadOnce(const T& field) {
-#if defined(__GNUC__)
-  return __atomic_load_n(&field, __ATOMIC_ACQUIRE);
-#else
-  return *static_cast<const volatile T*>(&field);
-#endif
-}
-
 // The open port of a handle, or null with the reason in *error.
 VexoPort* FindOpenPort(const VexoPrinterHandle* handle, int32_t* error) {
   *error = VEXO_ERROR_HANDLE;
-  if (handle == nullptr || handle->magic != VEXO_PRINTER_MAGIC) {
+  if (handle == nullptr || LoadField(handle->magic) != VEXO_PRINTER_MAGIC) {
     return nullptr;
   }
-  VexoPort* const port = ReadOnce(handle->port);
-  if (port == nullptr || ReadOnce(handle->portOpen) == 0) {
+  const bool open = LoadField(handle->portOpen) != 0;
+  VexoPort* const port = LoadField(handle->port);
+  if (!open || port == nullptr) {
     *error = VEXO_ERROR_IO_NOT_OPEN;
-    return nullptr;
-  }
-  if (port->magic != VEXO_PORT_MAGIC) {
     return nullptr;
   }
   *error = VEXO_OK;
@@ -41,13 +30,17 @@ int32_t PrinterConnection::Check() const {
   return error;
 }
 
-// A host's own port object may lack an operation.
+// The magic is checked here, too: whatever a foreign pointer leads to, no operation is taken from it. A host's own port
+// object may lack an operation.
 template <typename Entry, typename... Arguments>
 int32_t PrinterConnection::Call(Entry VexoPort::*entry, Arguments... arguments) const {
   int32_t error = VEXO_OK;
   VexoPort* const port = FindOpenPort(handle_, &error);
   if (port == nullptr) {
     return error;
+  }
+  if (LoadField(port->magic) != VEXO_PORT_MAGIC) {
+    return VEXO_ERROR_HANDLE;
   }
   return port->*entry != nullptr ? (port->*entry)(port, arguments...) : VEXO_ERROR_NOT_IMPLEMENTED;
 }

@@ -11,12 +11,13 @@
 namespace vexo {
 
 // Checks the handle before every single port operation, because another thread may close the port between two of them:
-// -6 for a null handle or a wrong magic (also of the port object), -309 when the port is not open or there is none. A
+// -6 for a null handle or a wrong magic, -309 when the port is not open or there is none. A
 // port operation's own result is passed on unchanged. Borrows the handle.
 class PrinterConnection {
  public:
   explicit PrinterConnection(VexoPrinterHandle* handle) : handle_(handle) {}
 
+  // The handle alone. An operation on a port object without its magic gives -6.
   int32_t Check() const;
 
   // Writes all of a command; how many bytes went out does not matter to the exchanges, only the result does.

@@ -9,7 +9,7 @@
 namespace vexo {
 
 // Collects a reply into destination[first] up to destination[end - 1]. Receives at least once and at most `tries`
-// times (values below 1: once), with `pause_ms` between receives from the second one on, and stops at the first empty
+// times (values below 1: once), pauses for `pause_ms` after each receive but the first, and stops at the first empty
 // receive after data. Bytes that no longer fit are received and dropped.
 //
 // *stored receives the number of bytes stored; 0 means that no reply came, which is not a failure here. 0; -6, -309:

@@ -1,0 +1,46 @@
+// What every port to a device has, whatever carries the bytes: its URI, its time limits and its abort flag.
+#ifndef VEXO_PORT_DEVICE_PORT_H_
+#define VEXO_PORT_DEVICE_PORT_H_
+
+#include <atomic>
+#include <cstdint>
+
+#include "port/device_uri.h"
+#include "port/port_driver.h"
+#include "port/port_lock.h"
+
+namespace vexo {
+
+class DevicePort : public PortDriver {
+ public:
+  int32_t GetUri(char* buffer, uint32_t size, uint32_t* length) override;
+  int32_t SetTimeouts(const VexoPortTimeouts& timeouts) override;
+  int32_t GetTimeouts(VexoPortTimeouts* timeouts) override;
+
+  // -7: a device knows no settings unless its kind says otherwise.
+  int32_t Control(int32_t code, const uint8_t* input, uint32_t input_length, uint8_t* output, uint32_t output_length,
+                  uint32_t* returned) override;
+
+ protected:
+  explicit DevicePort(const VexoPortTimeouts& timeouts) : timeouts_(timeouts) {}
+
+  // Ends a successful Configure.
+  void SetConfigured(const DeviceUri& uri);
+  bool configured() const { return configured_; }
+
+  const VexoPortTimeouts& timeouts() const { return timeouts_; }
+
+  // Set on any thread, read between the steps of a transfer.
+  void SetAborted() { abort_.Set(); }
+  bool IsAborted() const { return abort_.IsSet(); }
+
+ private:
+  char uri_[kUriBufferSize] = {};
+  std::atomic<bool> configured_{false};
+  VexoPortTimeouts timeouts_;
+  AbortFlag abort_;
+};
+
+}  // namespace vexo
+
+#endif  // VEXO_PORT_DEVICE_PORT_H_
