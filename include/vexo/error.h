@@ -82,7 +82,15 @@ enum VexoResult {
   VEXO_ERROR_USB_LAYER_INTERRUPTED = -1110,   /**< The operation was interrupted. */
   VEXO_ERROR_USB_LAYER_NO_MEMORY = -1111,     /**< Not enough memory. */
   VEXO_ERROR_USB_LAYER_NOT_SUPPORTED = -1112, /**< Not supported on this system. */
-  VEXO_ERROR_USB_LAYER_UNKNOWN = -1199        /**< Any other failure. */
+  VEXO_ERROR_USB_LAYER_UNKNOWN = -1199,       /**< Any other failure. */
+
+  /* Job monitor. These have no words of their own: GetErrorText's general ones stand for them. */
+  VEXO_ERROR_MONITOR_PARAMETER = -7002,       /**< An argument is null or out of range. */
+  VEXO_ERROR_MONITOR_NO_ANSWER = -7003,       /**< The printer gave no answer. */
+  VEXO_ERROR_MONITOR_ANSWER_TOO_LONG = -7007, /**< The answer is longer than the buffer. */
+  VEXO_ERROR_MONITOR_OUT_OF_MEMORY = -7020,   /**< No memory, or no thread, for a monitor object. */
+  VEXO_ERROR_MONITOR_NOT_OPEN = -7101,        /**< Job monitoring is off. */
+  VEXO_MONITOR_NO_EVENT = 999                 /**< GetStatusReport: no job event. */
 };
 
 #endif /* VEXO_ERROR_H_ */

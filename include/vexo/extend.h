@@ -97,6 +97,199 @@ VEXO_API int32_t SetPrintWidth(VexoPrinterHandle* handle, uint32_t width);
  */
 VEXO_API int32_t GetPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
 
+/*
+ * Job monitor.
+ *
+ * A monitor object listens to one printer on a thread of its own. The host tags each print job with a task number
+ * (SetPrintTaskId), the printer reports when a tagged job starts and ends, and the events reach the host through
+ * callbacks or, when there is none, through GetStatusReport. In short:
+ *
+ *   monitor = GetReprintMonitorObj(); RegisterPrinter(monitor, &printer); AddReprintMonitorFun(monitor, f, &id);
+ *   OpenReprintMonitorWork(monitor); SetPrintTaskId(monitor, 7); ... print ... ; CloseReprintMonitorWork(monitor);
+ *   DestroyReprintMonitorObj(monitor);
+ *
+ * The functions may be called from any thread, also from a callback (but for DestroyReprintMonitorObj). A null argument
+ * gives -7002. Failures are stored for GetLastErrorCode unless said otherwise; success leaves the stored value alone. A
+ * pointer that is no monitor object, or one that is destroyed already, cannot be detected.
+ */
+
+/** A monitor object; made by GetReprintMonitorObj, freed by DestroyReprintMonitorObj. */
+typedef struct CVEXOPrinterReadHelper CVEXOPrinterReadHelper;
+
+/**
+ * Told of each job that starts (event 1) or ends (event 2), with its task number and the 32-bit value of an end (0 at a
+ * start).
+ *
+ * Runs on whichever thread received the report: mostly the monitor's reader thread, sometimes a thread of the host that
+ * waits for a reply inside a job monitor function. Other threads' calls on the same monitor wait meanwhile. The
+ * callback may call the job monitor functions, and add and remove callbacks, but must not destroy the monitor. A C++
+ * exception that it throws is dropped.
+ */
+typedef void (*MonitorCallback)(int32_t event, int32_t taskId, uint32_t value);
+
+/**
+ * Makes a monitor object and starts its reader thread, which only sleeps until monitoring is switched on.
+ *
+ * @return the object, owned by the caller; NULL when there is no memory or no thread for it (stored: -7020).
+ */
+VEXO_API CVEXOPrinterReadHelper* GetReprintMonitorObj(void);
+
+/**
+ * Removes all callbacks, ends the reader thread, waits for it and frees the object. The wait lasts as long as the poll
+ * under way and the pause after it, at most 100 ms of that. The printer is not told: close the work first. No other
+ * thread may use the object any more.
+ *
+ * @return 0; -7002 null.
+ * @throws std::system_error (a C++ exception, "resource deadlock would occur") on the reader thread itself, that is
+ *         inside a callback; the thread ends, but the object is not freed.
+ */
+VEXO_API int32_t DestroyReprintMonitorObj(CVEXOPrinterReadHelper* monitor);
+
+/**
+ * Binds a printer to the monitor. The handle is borrowed: it must stay valid, with its port open, for the monitor's
+ * lifetime; the monitor never opens or closes it.
+ *
+ * @return 0; -7002 null; -6 no printer handle, -309 port not open: the monitor then has no printer.
+ */
+VEXO_API int32_t RegisterPrinter(CVEXOPrinterReadHelper* monitor, VexoPrinterHandle* handle);
+
+/**
+ * Chooses the protocol family, before OpenReprintMonitorWork: 1 (at the start) for V1 commands and "report" frames, 0
+ * for GS ( H commands and replies that begin with 0x37.
+ *
+ * @return 0; -7002 null, or a type above 1, which changes nothing.
+ */
+VEXO_API int32_t SelectSDKRepintType(CVEXOPrinterReadHelper* monitor, uint32_t type);
+
+/** Stores a delay time in milliseconds; 100 at the start. Nothing depends on it. @return 0; -7002 null. */
+VEXO_API int32_t SetDelayTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds);
+
+/**
+ * Sets how long a function waits for the printer's reply, in milliseconds; 1000 at the start. It is used in whole steps
+ * of 20 ms; less than 20, or a negative time, looks once without waiting.
+ *
+ * @return 0; -7002 null.
+ */
+VEXO_API int32_t SetReadTimeOut(CVEXOPrinterReadHelper* monitor, int64_t milliseconds);
+
+/**
+ * Sets the pause of the reader thread between two looks at the printer, in milliseconds; 100 at the start. Only the
+ * low 32 bits count, unsigned. 0 keeps the thread busy.
+ *
+ * @return 0; -7002 null.
+ */
+VEXO_API int32_t SetPollingTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds);
+
+/**
+ * Switches job monitoring on in the printer and lets the reader thread listen. The printer does not confirm it.
+ *
+ * @return 0; -7002 null; -6 no printer bound, -309 its port closed; -322 write timed out, twice; any other code of the
+ *         port's write. After a failure, monitoring is as it was.
+ */
+VEXO_API int32_t OpenReprintMonitorWork(CVEXOPrinterReadHelper* monitor);
+
+/**
+ * Switches job monitoring off and forgets all events, all received bytes and the task numbers. Family 0 waits for
+ * 300 ms first.
+ *
+ * @return as OpenReprintMonitorWork; after a failure, monitoring is as it was and nothing is forgotten.
+ */
+VEXO_API int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor);
+
+/**
+ * Tells whether job monitoring is on: asks the printer (family 1) or the monitor itself (family 0).
+ *
+ * @param buffer       receives "on" or "off" without a terminating zero: pass a zeroed buffer of at least 4 bytes.
+ * @param bufferLength its size in bytes.
+ * @return 0; -7002 null or bufferLength 0; -7003 no answer (waits for up to 400 ms); -7007 the answer, or the word, is
+ *         longer than the buffer, nothing is written then; codes of sending as in OpenReprintMonitorWork.
+ */
+VEXO_API int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t bufferLength);
+
+/**
+ * Takes the oldest job event that no callback received. Does not ask the printer: events arrive through the reader
+ * thread. An answer that another thread still waits for is dropped by this.
+ *
+ * @param status receives 1 for a job that started, 2 for one that ended; not null.
+ * @param value  receives the complement of the event's value when a job ended, and is untouched otherwise; may be null.
+ * @return the task number; 999 no event; 999 without storing it, and without writing *status, for an event of the other
+ *         protocol family; -7002 null. (A task with number 999 is told from "no event" by *status.)
+ */
+VEXO_API int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* status, uint32_t* value);
+
+/**
+ * Gives the next job a task number. No reply is awaited.
+ *
+ * @param taskId 1 to 9999.
+ * @return 0; -7002 null, or a number out of range; not stored: -7101 monitoring is off, and the codes of sending as in
+ *         OpenReprintMonitorWork.
+ */
+VEXO_API int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId);
+
+/**
+ * Makes the printer drop its pending tasks, and waits for the answer: up to three times the read timeout.
+ *
+ * @return 0; -7002 null; -7003 no answer; -7101 monitoring is off (not stored); codes of sending as in
+ *         OpenReprintMonitorWork.
+ */
+VEXO_API int32_t SetClearPrintTask(CVEXOPrinterReadHelper* monitor);
+
+/**
+ * Reads the printer's reprint status; monitoring need not be on. Waits for the read timeout at most.
+ *
+ * @param status receives the complement of the value that the printer reports; untouched on failure.
+ * @return 0; -7002 null; -7003 no answer; codes of sending as in OpenReprintMonitorWork.
+ */
+VEXO_API int32_t GetDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status);
+
+/** Feeds paper to the next form; monitoring need not be on. @return 0; -7002 null; codes of sending. */
+VEXO_API int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor);
+
+/**
+ * Makes the printer number its tasks anew.
+ *
+ * @param mode 1: waits for the answer, up to three times the read timeout. 0: does not wait and always gives -7003.
+ * @return 0 (mode 1 only); -7002 null or mode above 1; -7003 no answer; -7101 monitoring is off (not stored); in mode 1
+ *         codes of sending as in OpenReprintMonitorWork.
+ */
+VEXO_API int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode);
+
+/**
+ * Listens to a printer for a while and gives the texts of the V2 replies that arrive (what it says about finished
+ * tasks), percent escapes decoded, with "|" between them. Blocks for timeMs and at most one read more. Works without a
+ * monitor object; do not let one listen to the same printer meanwhile. Stores nothing for GetLastErrorCode.
+ *
+ * @param timeMs     milliseconds to listen; 0 or less reads once.
+ * @param text       receives the texts; all textLength bytes are zeroed first. No terminating zero is added beyond
+ *                   that: pass one byte more than is expected.
+ * @param textLength size of text in bytes.
+ * @param length     receives the length of the texts in bytes.
+ * @return 0 something arrived, possibly without any text; -6 null handle; -7002 null text or length; -2 text is too
+ *         small; -1 a text ends within a percent escape; nothing arrived: the result of the last read (-6 no printer
+ *         handle, -309 port not open, -332 silence, ..., possibly 0). text and *length are written only when something
+ *         arrived and the result is 0.
+ * @throws std::bad_alloc (a C++ exception).
+ */
+VEXO_API int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeMs, char* text, uint32_t textLength,
+                                        uint32_t* length);
+
+/**
+ * Adds a callback. Events go to all callbacks, in the order of their ids; as long as there is one, they are not kept
+ * for GetStatusReport. Waits while events are being delivered on another thread.
+ *
+ * @param id receives the callback's id, which is its address: adding a function twice keeps it once, with the same id.
+ * @return 0; -7002 null.
+ */
+VEXO_API int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCallback callback, int64_t* id);
+
+/**
+ * Removes a callback. When it returns on another thread than the one that delivers, the callback is not running and
+ * will not be called again.
+ *
+ * @return 0, also when there is no such callback; -7002 null.
+ */
+VEXO_API int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_t id);
+
 #ifdef __cplusplus
 }
 #endif

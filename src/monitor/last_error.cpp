@@ -13,4 +13,6 @@ std::atomic<int32_t> g_last_error{VEXO_OK};
 
 int32_t LastErrorCode() { return g_last_error.load(std::memory_order_relaxed); }
 
+void StoreLastErrorCode(int32_t code) { g_last_error.store(code, std::memory_order_relaxed); }
+
 }  // namespace vexo

@@ -8,6 +8,7 @@ namespace vexo {
 
 // One value for the whole process: a call on another thread overwrites it, and hosts rely on reading any thread's.
 int32_t LastErrorCode();
+void StoreLastErrorCode(int32_t code);
 
 }  // namespace vexo
 

@@ -10,9 +10,8 @@ namespace vexo {
 
 using Bytes = std::vector<uint8_t>;
 
-inline void Append(Bytes* bytes, std::string_view text) { bytes->insert(bytes->end(), text.begin(), text.end()); }
-
-inline void Append(Bytes* bytes, const Bytes& more) { bytes->insert(bytes->end(), more.begin(), more.end()); }
+void Append(Bytes* bytes, std::string_view text);
+void Append(Bytes* bytes, const Bytes& more);
 
 constexpr uint8_t LowByte(uint32_t value) { return static_cast<uint8_t>(value & 0xFF); }
 
@@ -20,6 +19,11 @@ constexpr uint8_t HighByte(uint32_t value) { return static_cast<uint8_t>((value 
 
 constexpr uint16_t ReadLittleEndian16(const uint8_t* bytes) {
   return static_cast<uint16_t>(bytes[0] | (bytes[1] << 8));
+}
+
+constexpr uint32_t ReadLittleEndian32(const uint8_t* bytes) {
+  return static_cast<uint32_t>(ReadLittleEndian16(bytes)) |
+         static_cast<uint32_t>(ReadLittleEndian16(bytes + 2)) << 16;
 }
 
 }  // namespace vexo

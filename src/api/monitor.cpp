@@ -1,0 +1,197 @@
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <system_error>
+
+#include "monitor/last_error.h"
+#include "monitor/monitor_work.h"
+#include "monitor/printer_read_helper.h"
+#include "monitor/task_control.h"
+#include "monitor/task_over_info.h"
+#include "vexo/extend.h"
+
+namespace {
+
+// The last-error rule: failures are stored for GetLastErrorCode, success leaves the stored value alone.
+int32_t StoreFailure(int32_t result) {
+  if (result != VEXO_OK) {
+    vexo::StoreLastErrorCode(result);
+  }
+  return result;
+}
+
+int32_t BadArgument() { return StoreFailure(VEXO_ERROR_MONITOR_PARAMETER); }
+
+int32_t SetTime(CVEXOPrinterReadHelper* monitor, void (CVEXOPrinterReadHelper::*set)(int64_t), int64_t milliseconds) {
+  if (monitor == nullptr) {
+    return BadArgument();
+  }
+  (monitor->*set)(milliseconds);
+  return VEXO_OK;
+}
+
+}  // namespace
+
+CVEXOPrinterReadHelper* GetReprintMonitorObj(void) {
+  std::unique_ptr<CVEXOPrinterReadHelper> monitor(new (std::nothrow) CVEXOPrinterReadHelper);
+  try {
+    if (monitor != nullptr) {
+      monitor->StartReader();
+      return monitor.release();
+    }
+  } catch (const std::system_error&) {  // No thread to be had: as useless as no object.
+  } catch (const std::bad_alloc&) {
+  }
+  StoreFailure(VEXO_ERROR_MONITOR_OUT_OF_MEMORY);
+  return nullptr;
+}
+
+int32_t DestroyReprintMonitorObj(CVEXOPrinterReadHelper* monitor) {
+  if (monitor == nullptr) {
+    return BadArgument();
+  }
+  monitor->StopReader();
+  delete monitor;
+  return VEXO_OK;
+}
+
+int32_t RegisterPrinter(CVEXOPrinterReadHelper* monitor, VexoPrinterHandle* handle) {
+  if (monitor == nullptr || handle == nullptr) {
+    return BadArgument();
+  }
+  return StoreFailure(monitor->BindPrinter(handle));
+}
+
+int32_t SelectSDKRepintType(CVEXOPrinterReadHelper* monitor, uint32_t type) {
+  if (monitor == nullptr || type > static_cast<uint32_t>(vexo::ProtocolFamily::kV1)) {
+    return BadArgument();
+  }
+  monitor->SelectFamily(static_cast<vexo::ProtocolFamily>(type));
+  return VEXO_OK;
+}
+
+int32_t SetDelayTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds) {
+  return SetTime(monitor, &CVEXOPrinterReadHelper::SetDelayTime, milliseconds);
+}
+
+int32_t SetReadTimeOut(CVEXOPrinterReadHelper* monitor, int64_t milliseconds) {
+  return SetTime(monitor, &CVEXOPrinterReadHelper::SetReadTimeout, milliseconds);
+}
+
+int32_t SetPollingTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds) {
+  return SetTime(monitor, &CVEXOPrinterReadHelper::SetPollingTime, milliseconds);
+}
+
+int32_t OpenReprintMonitorWork(CVEXOPrinterReadHelper* monitor) {
+  return monitor != nullptr ? StoreFailure(vexo::OpenWork(monitor)) : BadArgument();
+}
+
+int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor) {
+  return monitor != nullptr ? StoreFailure(vexo::CloseWork(monitor)) : BadArgument();
+}
+
+int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t bufferLength) {
+  if (monitor == nullptr || buffer == nullptr || bufferLength == 0) {
+    return BadArgument();
+  }
+  return StoreFailure(vexo::QueryWork(monitor, buffer, bufferLength));
+}
+
+// An event that is unknown to the family is reported like no event, but not stored.
+int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* status, uint32_t* value) {
+  if (monitor == nullptr || status == nullptr) {
+    return BadArgument();
+  }
+  const vexo::StatusReport report = vexo::TakeStatusReport(monitor);
+  switch (report.outcome) {
+    case vexo::StatusReport::Outcome::kNone:
+      return StoreFailure(VEXO_MONITOR_NO_EVENT);
+    case vexo::StatusReport::Outcome::kUnknown:
+      return VEXO_MONITOR_NO_EVENT;
+    case vexo::StatusReport::Outcome::kEvent:
+      break;
+  }
+  *status = report.status;
+  if (report.has_value && value != nullptr) {
+    *value = report.value;
+  }
+  return report.task_id;
+}
+
+// Neither a closed work nor the outcome of the sending is stored.
+int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId) {
+  if (monitor == nullptr || taskId < vexo::kLowestTask || taskId > vexo::kHighestTask) {
+    return BadArgument();
+  }
+  return monitor->work_open() ? vexo::TagNextJob(monitor, taskId) : VEXO_ERROR_MONITOR_NOT_OPEN;
+}
+
+int32_t SetClearPrintTask(CVEXOPrinterReadHelper* monitor) {
+  if (monitor == nullptr) {
+    return BadArgument();
+  }
+  return monitor->work_open() ? StoreFailure(vexo::ClearTasks(monitor)) : VEXO_ERROR_MONITOR_NOT_OPEN;
+}
+
+int32_t GetDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status) {
+  if (monitor == nullptr || status == nullptr) {
+    return BadArgument();
+  }
+  return StoreFailure(vexo::QueryDeviceStatus(monitor, status));
+}
+
+int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor) {
+  return monitor != nullptr ? StoreFailure(vexo::FeedPaper(monitor)) : BadArgument();
+}
+
+int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode) {
+  constexpr uint32_t kAwaitAnswer = 1;
+  if (monitor == nullptr || mode > kAwaitAnswer) {
+    return BadArgument();
+  }
+  if (!monitor->work_open()) {
+    return VEXO_ERROR_MONITOR_NOT_OPEN;
+  }
+  return StoreFailure(vexo::ResetTaskNumbers(monitor, mode == kAwaitAnswer));
+}
+
+// Works on the printer handle alone and stores nothing.
+int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeMs, char* text, uint32_t textLength,
+                               uint32_t* length) {
+  if (handle == nullptr) {
+    return VEXO_ERROR_HANDLE;
+  }
+  if (text == nullptr || length == nullptr) {
+    return VEXO_ERROR_MONITOR_PARAMETER;
+  }
+  std::string decoded;
+  bool heard = false;
+  const int32_t result = vexo::ListenForTaskTexts(handle, timeMs, &decoded, &heard);
+  if (result != VEXO_OK || !heard) {
+    return result;
+  }
+  if (textLength < decoded.size()) {
+    return VEXO_ERROR_BUFFER_TOO_SMALL;
+  }
+  std::memset(text, 0, textLength);
+  std::copy(decoded.begin(), decoded.end(), text);
+  *length = static_cast<uint32_t>(decoded.size());
+  return VEXO_OK;
+}
+
+int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCallback callback, int64_t* id) {
+  if (monitor == nullptr || callback == nullptr || id == nullptr) {
+    return BadArgument();
+  }
+  *id = monitor->callbacks().Add(callback);
+  return VEXO_OK;
+}
+
+int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_t id) {
+  if (monitor == nullptr) {
+    return BadArgument();
+  }
+  monitor->callbacks().Remove(id);
+  return VEXO_OK;
+}

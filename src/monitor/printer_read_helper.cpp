@@ -1,0 +1,167 @@
+#include "monitor/printer_read_helper.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "platform/clock.h"
+#include "protocol/printer_connection.h"
+#include "protocol/reply_reader.h"
+#include "protocol/v1_command.h"
+#include "vexo/error.h"
+
+namespace {
+
+constexpr int kSendAttempts = 2;
+constexpr int64_t kReceiveStepMs = 20;
+constexpr uint32_t kPollSize = 2048;
+constexpr uint32_t kJobEndReplySize = 1024;
+
+// The reader looks for a stop request at least this often, however long the host makes its pauses.
+constexpr uint32_t kLongestSleepMs = 100;
+
+constexpr int32_t kEventJobStarted = 1;
+constexpr int32_t kEventJobEnded = 2;
+
+bool IsJobStart(const vexo::ReportRecord& record) {
+  return record.type == vexo::kReportJobStarted || record.type == vexo::kReplyJobStarted;
+}
+
+// One attempt for each full step of the time.
+int32_t ReceiveTries(int64_t timeout_ms) {
+  const int64_t tries = timeout_ms / kReceiveStepMs;
+  return static_cast<int32_t>(std::clamp<int64_t>(tries, 0, std::numeric_limits<int32_t>::max()));
+}
+
+}  // namespace
+
+void CVEXOPrinterReadHelper::StartReader() {
+  reader_ = std::thread([this] { ReaderLoop(); });
+}
+
+void CVEXOPrinterReadHelper::StopReader() {
+  callbacks_.RemoveAll();
+  flags_ = Flags{/*stop_requested=*/true, /*work_open=*/false};
+  if (reader_.joinable()) {
+    reader_.join();
+  }
+}
+
+// Nothing may escape from here: it would end the host.
+void CVEXOPrinterReadHelper::ReaderLoop() {
+  while (!stop_requested()) {
+    try {
+      if (work_open()) {
+        Poll(0);
+      }
+    } catch (...) {  // NOLINT(bugprone-empty-catch): out of memory; the next pass tries again.
+    }
+    PauseReader();
+  }
+}
+
+void CVEXOPrinterReadHelper::PauseReader() const {
+  auto left = static_cast<uint32_t>(polling_time_.load());
+  do {
+    const uint32_t step = std::min(left, kLongestSleepMs);
+    vexo::platform::SleepMs(step);
+    left -= step;
+  } while (left > 0 && !stop_requested());
+}
+
+int32_t CVEXOPrinterReadHelper::BindPrinter(VexoPrinterHandle* handle) {
+  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  const int32_t result = vexo::PrinterConnection(handle).Check();
+  last_result_ = result;
+  printer_ = result == VEXO_OK ? handle : nullptr;
+  return result;
+}
+
+void CVEXOPrinterReadHelper::SetWorkOpen(bool open) {
+  Flags flags = flags_;
+  while (!flags_.compare_exchange_weak(flags, Flags{flags.stop_requested, open && !flags.stop_requested})) {
+  }
+}
+
+int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
+  try {
+    for (int attempt = 0; attempt < kSendAttempts; ++attempt) {
+      last_result_ = vexo::PrinterConnection(printer_).Write(command);
+      if (last_result_ != VEXO_ERROR_IO_WRITE_TIMEOUT) {
+        break;
+      }
+    }
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a host's own port object may throw; the last result stands.
+  }
+  return last_result_;
+}
+
+void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
+  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  uint8_t bytes[kPollSize];
+  uint32_t count = 0;
+  last_result_ = vexo::ReadReply(printer_, bytes, 0, kPollSize, &count, ReceiveTries(timeout_ms), kReceiveStepMs);
+  if (count > 0) {
+    received_.Append(bytes, count);
+  }
+  Decode();
+}
+
+// A frame is consumed before anything comes of it, so an export that is called inside a callback never sees it again.
+// Nothing is remembered across steps but the buffer itself, for such an export may receive and decode, too.
+void CVEXOPrinterReadHelper::Decode() {
+  for (;;) {
+    vexo::DecodeStep step = vexo::DecodeNextReport(received_.data(), received_.size(), family_);
+    received_.Consume(step.consumed);
+    if (step.record.kind == vexo::RecordKind::kEmpty) {
+      return;
+    }
+    if (step.tracking_reset) {
+      current_task_id_ = 0;
+    }
+    Accept(std::move(step.record));
+  }
+}
+
+void CVEXOPrinterReadHelper::Accept(vexo::ReportRecord record) {
+  if (record.kind != vexo::RecordKind::kJobEvent) {
+    queue_.Add(std::move(record));
+    return;
+  }
+  if (IsJobStart(record)) {
+    current_task_id_ = record.task_id;
+  } else if (record.type == vexo::kReplyJobEnded) {
+    // This reply says neither which job nor how it went.
+    record.task_id = current_task_id_;
+    record.value = FetchJobEndValue();
+  }
+  Deliver(std::move(record));
+}
+
+void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord record) {
+  const int32_t event = IsJobStart(record) ? kEventJobStarted : kEventJobEnded;
+  if (!callbacks_.Deliver(event, record.task_id, record.value)) {
+    queue_.Add(std::move(record));
+  }
+}
+
+// The value is the first four bytes of the answer just as they come, not the contents of a report frame: hosts compare
+// it with what they have always seen.
+uint32_t CVEXOPrinterReadHelper::FetchJobEndValue() {
+  if (Send(vexo::BuildGetValCommand("reprint_status")) != VEXO_OK) {
+    return 0;
+  }
+  uint8_t reply[kJobEndReplySize] = {};
+  uint32_t count = 0;
+  last_result_ =
+      vexo::ReadReply(printer_, reply, 0, kJobEndReplySize, &count, ReceiveTries(read_timeout_), kReceiveStepMs);
+  return vexo::ReadLittleEndian32(reply);
+}
+
+void CVEXOPrinterReadHelper::ForgetJobs() {
+  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  received_.Clear();
+  queue_.Clear();
+  requested_task_id_ = 1;
+  current_task_id_ = 0;
+}

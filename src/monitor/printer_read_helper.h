@@ -1,0 +1,94 @@
+// The monitor object: a printer handle, the reader thread that listens to it, and what was heard.
+#ifndef VEXO_MONITOR_PRINTER_READ_HELPER_H_
+#define VEXO_MONITOR_PRINTER_READ_HELPER_H_
+
+#include <atomic>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+
+#include "monitor/callback_registry.h"
+#include "monitor/receive_buffer.h"
+#include "monitor/reply_queue.h"
+#include "monitor/report_decoder.h"
+#include "protocol/bytes.h"
+#include "vexo/extend.h"
+
+// What GetReprintMonitorObj hands out. Two threads meet in it: the host's, inside an export, and the reader thread.
+//
+// Locks: the I/O lock guards the receive buffer, the queue, every poll and every exchange that waits for a reply; the
+// callback lock guards the callbacks. Whoever takes both takes the I/O lock first: callbacks run inside a poll. Both
+// are recursive, because exchanges poll and callbacks call exports. Settings are single values, read as they are.
+struct CVEXOPrinterReadHelper {
+ public:
+  CVEXOPrinterReadHelper() = default;
+  CVEXOPrinterReadHelper(const CVEXOPrinterReadHelper&) = delete;
+  CVEXOPrinterReadHelper& operator=(const CVEXOPrinterReadHelper&) = delete;
+
+  // Throws std::system_error when the system has no thread to give.
+  void StartReader();
+
+  // Removes the callbacks, then ends the reader thread and waits for that: at most one pause and the poll under way.
+  // Throws std::system_error (resource deadlock would occur) on the reader thread itself, which cannot wait for its own
+  // end; it ends all the same.
+  void StopReader();
+
+  // -6, -309 when the handle is bad or closed; the object then has no printer.
+  int32_t BindPrinter(VexoPrinterHandle* handle);
+
+  void SetReadTimeout(int64_t milliseconds) { read_timeout_ = milliseconds; }
+  void SetDelayTime(int64_t milliseconds) { delay_time_ = milliseconds; }
+  void SetPollingTime(int64_t milliseconds) { polling_time_ = milliseconds; }
+  void SelectFamily(vexo::ProtocolFamily family) { family_ = family; }
+
+  vexo::ProtocolFamily family() const { return family_; }
+  int64_t read_timeout() const { return read_timeout_; }
+  bool work_open() const { return flags_.load().work_open; }
+  void SetWorkOpen(bool open);
+  void SetRequestedTask(int32_t task_id) { requested_task_id_ = task_id; }
+
+  // Writes a command; a write that timed out is tried once more. Takes no lock.
+  int32_t Send(const vexo::Bytes& command);
+
+  // Collects what the printer sends, for up to `timeout_ms` in steps of 20 ms (0: what is there), and decodes it.
+  void Poll(int64_t timeout_ms);
+
+  // Forgets everything received and both task numbers.
+  void ForgetJobs();
+
+  std::recursive_mutex& io_lock() { return io_lock_; }
+  vexo::ReplyQueue& queue() { return queue_; }  // Under the I/O lock.
+  vexo::CallbackRegistry& callbacks() { return callbacks_; }
+
+ private:
+  // Written together: a reader that sees the stop must not see the work still open.
+  struct Flags {
+    bool stop_requested = false;
+    bool work_open = false;
+  };
+
+  bool stop_requested() const { return flags_.load().stop_requested; }
+  void ReaderLoop();
+  void PauseReader() const;
+  void Decode();
+  void Accept(vexo::ReportRecord record);
+  void Deliver(vexo::ReportRecord record);
+  uint32_t FetchJobEndValue();
+
+  std::atomic<int32_t> last_result_{0};  // Of the last send, read or binding.
+  std::atomic<VexoPrinterHandle*> printer_{nullptr};
+  std::atomic<int64_t> read_timeout_{1000};
+  std::atomic<int64_t> delay_time_{100};  // Kept for hosts that set it; nothing waits for it.
+  std::atomic<int64_t> polling_time_{100};
+  vexo::ReceiveBuffer received_;
+  vexo::ReplyQueue queue_;
+  std::recursive_mutex io_lock_;
+  std::thread reader_;
+  std::atomic<Flags> flags_{Flags{}};
+  std::atomic<int32_t> requested_task_id_{1};
+  int32_t current_task_id_ = 0;  // Of the job that the printer last reported as started.
+  std::atomic<vexo::ProtocolFamily> family_{vexo::ProtocolFamily::kV1};
+  vexo::CallbackRegistry callbacks_;
+};
+
+#endif  // VEXO_MONITOR_PRINTER_READ_HELPER_H_

@@ -1,0 +1,168 @@
+#include "monitor/report_decoder.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <limits>
+
+#include "protocol/v1_command.h"
+
+namespace vexo {
+namespace {
+
+constexpr size_t kTypeOffset = 13;
+constexpr size_t kLengthOffset = 15;
+constexpr size_t kPayloadOffset = 17;
+
+constexpr uint8_t kReplyStart = 0x37;
+constexpr size_t kReplySize = 3;
+constexpr size_t kJobStartedReplySize = 7;
+
+constexpr size_t kTaskNumberDigits = 4;
+
+// Reads as if the bytes went on with zeros.
+uint32_t ReadBounded32(const Bytes& bytes, size_t offset) {
+  uint32_t value = 0;
+  for (size_t i = 0; i < 4 && offset + i < bytes.size(); ++i) {
+    value |= static_cast<uint32_t>(bytes[offset + i]) << (8 * i);
+  }
+  return value;
+}
+
+bool IsWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Four characters of decimal text, read as std::stoi reads them but without its errors: whatever is no number is 0.
+int32_t ReadTaskNumber(const Bytes& bytes, size_t offset) {
+  char text[kTaskNumberDigits] = {};
+  for (size_t i = 0; i < kTaskNumberDigits && offset + i < bytes.size(); ++i) {
+    text[i] = static_cast<char>(bytes[offset + i]);
+  }
+  const char* first = std::find_if_not(std::begin(text), std::end(text), IsWhiteSpace);
+  if (first != std::end(text) && *first == '+') {
+    ++first;
+    if (first != std::end(text) && *first == '-') {
+      return 0;
+    }
+  }
+  int32_t number = 0;
+  std::from_chars(first, std::end(text), number);
+  return number;
+}
+
+bool StartsFrame(const uint8_t* bytes, size_t size) {
+  const Bytes& header = ReportCommand();
+  return size >= header.size() && std::equal(header.begin(), header.end(), bytes);
+}
+
+// What may still become a header when more bytes come.
+bool MayStartFrame(const uint8_t* bytes, size_t size) {
+  const Bytes& header = ReportCommand();
+  return size < header.size() && std::equal(bytes, bytes + size, header.begin());
+}
+
+ReportRecord DecodeFrame(uint16_t type, uint16_t length, Bytes payload) {
+  ReportRecord record;
+  const bool is_event = type == kReportJobStarted || type == kReportJobEnded;
+  record.kind = is_event ? RecordKind::kJobEvent : RecordKind::kReply;
+  record.type = type;
+  record.length = length;
+  record.payload = std::move(payload);
+  if (type == kReportValue) {
+    record.value = ReadBounded32(record.payload, 1);
+  } else if (type != kReportPlain) {
+    record.task_id = ReadTaskNumber(record.payload, 1);
+  }
+  if (type == kReportJobEnded) {
+    record.value = ReadBounded32(record.payload, 5);
+  }
+  return record;
+}
+
+// `frame` leads to a header. Empty: incomplete.
+DecodeStep TakeFrame(const uint8_t* frame, size_t size) {
+  DecodeStep step;
+  if (size < kPayloadOffset) {
+    return step;
+  }
+  const uint16_t length = ReadLittleEndian16(frame + kLengthOffset);
+  if (size < length) {
+    return step;
+  }
+  step.consumed = std::min(size, kPayloadOffset + length);
+  step.record = DecodeFrame(ReadLittleEndian16(frame + kTypeOffset), length,
+                            Bytes(frame + kPayloadOffset, frame + step.consumed));
+  return step;
+}
+
+// `reply` leads to 0x37, with at least three bytes. Empty: incomplete.
+DecodeStep TakeReply(const uint8_t* reply, size_t size) {
+  DecodeStep step;
+  const uint8_t type = reply[1];
+  const size_t length = type == kReplyJobStarted ? kJobStartedReplySize : kReplySize;
+  if (size < length) {
+    return step;
+  }
+  step.consumed = length;
+  step.tracking_reset = type == kReplyTrackingReset;
+  const bool is_event = type == kReplyJobStarted || type == kReplyJobEnded;
+  step.record.kind = is_event ? RecordKind::kJobEvent : RecordKind::kReply;
+  step.record.type = type;
+  step.record.length = static_cast<uint16_t>(length);
+  step.record.payload.assign(reply, reply + length);
+  if (type == kReplyJobStarted) {
+    step.record.task_id = ReadTaskNumber(step.record.payload, 2);
+  }
+  return step;
+}
+
+DecodeStep Skip(size_t skipped, DecodeStep step) {
+  step.consumed += skipped;
+  return step;
+}
+
+// The last 13 bytes are always kept: a header may begin in them.
+DecodeStep DecodeV1(const uint8_t* bytes, size_t size) {
+  const size_t header_size = ReportCommand().size();
+  size_t position = 0;
+  while (size - position > header_size) {
+    const auto* const found = static_cast<const uint8_t*>(
+        std::memchr(bytes + position, ReportCommand().front(), size - position - header_size));
+    if (found == nullptr) {
+      position = size - header_size;
+      break;
+    }
+    position = static_cast<size_t>(found - bytes);
+    if (StartsFrame(found, size - position)) {
+      return Skip(position, TakeFrame(found, size - position));
+    }
+    ++position;
+  }
+  return Skip(position, {});
+}
+
+DecodeStep DecodeGsParenH(const uint8_t* bytes, size_t size) {
+  size_t position = 0;
+  while (size - position >= kReplySize) {
+    const uint8_t* const here = bytes + position;
+    const size_t left = size - position;
+    if (StartsFrame(here, left)) {
+      return Skip(position, TakeFrame(here, left));
+    }
+    if (*here == kReplyStart) {
+      return Skip(position, TakeReply(here, left));
+    }
+    if (MayStartFrame(here, left)) {
+      break;
+    }
+    ++position;
+  }
+  return Skip(position, {});
+}
+
+}  // namespace
+
+DecodeStep DecodeNextReport(const uint8_t* bytes, size_t size, ProtocolFamily family) {
+  return family == ProtocolFamily::kV1 ? DecodeV1(bytes, size) : DecodeGsParenH(bytes, size);
+}
+
+}  // namespace vexo

@@ -1,0 +1,90 @@
+#include "monitor/task_over_info.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+#include "platform/clock.h"
+#include "protocol/printer_connection.h"
+#include "protocol/reply_analysis.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+constexpr uint32_t kPassPauseMs = 20;
+constexpr uint32_t kPassSize = 256;
+constexpr char kFrameStart[] = "\x1b\x1c";
+constexpr size_t kFrameStartSize = 2;
+constexpr char kBetweenTexts = '|';
+
+class Stopwatch {
+ public:
+  // Whether more than this many milliseconds have passed.
+  bool HasPassed(int64_t milliseconds) const {
+    const int64_t elapsed = platform::PerformanceCounter() - started_;
+    return elapsed > milliseconds * platform::PerformanceFrequency() / 1000;
+  }
+
+ private:
+  int64_t started_ = platform::PerformanceCounter();
+};
+
+// One pass brings up to 256 bytes; a closed port or a bad handle only costs the pass.
+int32_t Listen(const PrinterConnection& printer, Bytes* heard) {
+  uint8_t bytes[kPassSize];
+  uint32_t count = 0;
+  const int32_t result = printer.Read(bytes, kPassSize, &count);
+  heard->insert(heard->end(), bytes, bytes + std::min(count, kPassSize));
+  return result;
+}
+
+// Empty when the piece is no reply: noise between the replies must not cost the others.
+std::string ReplyValue(const std::string& reply) {
+  try {
+    return CAnalysisCmdBase(reply).result();
+  } catch (const std::out_of_range&) {
+    return {};
+  }
+}
+
+}  // namespace
+
+std::string CollectReplyValues(const Bytes& heard) {
+  const std::string stream(heard.begin(), heard.end());
+  std::string values;
+  for (size_t begin = 0; begin <= stream.size();) {
+    const size_t end = std::min(stream.find(kFrameStart, begin), stream.size());
+    const std::string value = ReplyValue(kFrameStart + stream.substr(begin, end - begin));
+    if (!value.empty()) {
+      values += value + kBetweenTexts;
+    }
+    begin = end + kFrameStartSize;
+  }
+  if (!values.empty()) {
+    values.pop_back();
+  }
+  return values;
+}
+
+int32_t ListenForTaskTexts(VexoPrinterHandle* handle, int32_t time_ms, std::string* text, bool* heard) {
+  const PrinterConnection printer(handle);
+  const Stopwatch stopwatch;
+  Bytes received;
+  int32_t result = VEXO_OK;
+  do {
+    platform::SleepMs(kPassPauseMs);
+    result = Listen(printer, &received);
+  } while (!stopwatch.HasPassed(time_ms));
+  *heard = !received.empty();
+  if (!*heard) {
+    return result;
+  }
+  try {
+    *text = UrlDecode(CollectReplyValues(received), 0);
+  } catch (const std::invalid_argument&) {
+    return VEXO_ERROR_PARAMETER;
+  }
+  return VEXO_OK;
+}
+
+}  // namespace vexo
