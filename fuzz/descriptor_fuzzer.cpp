@@ -1,0 +1,54 @@
+// Whatever a caller names a port with: the conversion stays within its buffers, and what it accepts is a device URI of
+// a known kind, unless its fields leave the URI without a device, with an empty end or with too many parameters.
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "port/descriptor.h"
+#include "port/device_uri.h"
+#include "require.h"
+
+namespace {
+
+bool IsRefusedByTheParser(const std::string& uri) {
+  const auto parameters = std::count(uri.begin(), uri.end(), '+') + 1;
+  return std::strchr("=?/", uri.back()) != nullptr || parameters > vexo::kMaxUriParameters;
+}
+
+// The way of an accepted descriptor through the factory: parsed, given a kind, written back for the driver.
+void RequireUsable(const std::string& text) {
+  vexo::DeviceUri uri;
+  const int32_t parsed = vexo::ParseDeviceUri(&uri, text.c_str());
+  if (parsed != 0) {
+    Require(parsed == -1 && IsRefusedByTheParser(text));
+    return;
+  }
+  Require(vexo::SelectPortKind(uri.type) >= 0);
+  char canonical[vexo::kUriBufferSize];
+  Require(vexo::FormatDeviceUri(uri, canonical, sizeof(canonical)) == 0);
+  Require(text.rfind(canonical, 0) == 0);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  const std::string descriptor(reinterpret_cast<const char*>(data), size);
+  // Exactly as large as it must be, so that no byte beyond its end is touched unnoticed.
+  const auto copy = std::make_unique<char[]>(size + 1);
+  std::memcpy(copy.get(), descriptor.c_str(), size + 1);
+
+  char uri[vexo::kUriBufferSize];
+  std::memset(uri, '#', sizeof(uri));
+  const int32_t result = vexo::ConvertDescriptorToUri(copy.get(), uri);
+  if (result != 0) {
+    Require(result == -301 || result == -4 || result == -2);
+    return 0;
+  }
+  Require(strnlen(uri, sizeof(uri)) <= vexo::kMaxUriLength);
+  Require(std::strncmp(uri, vexo::kUriScheme, vexo::kUriSchemeLength) == 0);
+  RequireUsable(uri);
+  return 0;
+}

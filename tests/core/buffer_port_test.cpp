@@ -1,0 +1,138 @@
+// The in-memory port, through its port object.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "port/port_factory.h"
+#include "port/port_object.h"
+#include "protocol/bytes.h"
+#include "support/allocation_faults.h"
+#include "support/scripted_port.h"
+
+namespace vexo {
+namespace {
+
+class BufferPortTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(0, OpenPort(&port_, "BUF"));
+    ASSERT_EQ(0, port_->Open(port_));
+  }
+  void TearDown() override { EXPECT_EQ(0, ClosePort(port_)); }
+
+  void Write(const std::string& text) {
+    uint32_t written = 0;
+    ASSERT_EQ(0, port_->Write(port_, test::BytesOf(text).data(), 0, static_cast<uint32_t>(text.size()), &written));
+    ASSERT_EQ(text.size(), written);
+    content_ += text;
+  }
+
+  // Writes while there is no memory: works as long as the buffer needs not grow.
+  bool WriteWithoutMemory(size_t count) {
+    const Bytes bytes(count, '-');
+    uint32_t written = 99;
+    test::AllocationFault fault(1);
+    const int32_t result = port_->Write(port_, bytes.data(), 0, static_cast<uint32_t>(count), &written);
+    fault.Lift();
+    EXPECT_TRUE(result == 0 || result == -9) << result;
+    EXPECT_EQ(result == 0 ? count : 0, written);
+    content_ += result == 0 ? std::string(count, '-') : "";
+    return result == 0;
+  }
+
+  std::string Content() {
+    Bytes room(100'000);
+    uint32_t read = 0;
+    EXPECT_EQ(0, port_->Read(port_, room.data(), 0, static_cast<uint32_t>(room.size()), &read));
+    return {room.begin(), room.begin() + read};
+  }
+
+  VexoPort* port_ = nullptr;
+  std::string content_;  // What was written.
+};
+
+TEST_F(BufferPortTest, ReadingTakesNothingAway) {
+  Write("first ");
+  Write("second");
+  EXPECT_EQ("first second", Content());
+  EXPECT_EQ(0, port_->Write(port_, test::BytesOf("0123456789").data(), 3, 4, nullptr));
+  EXPECT_EQ("first second3456", Content());
+}
+
+TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
+  EXPECT_TRUE(WriteWithoutMemory(2048));  // The first buffer.
+  EXPECT_FALSE(WriteWithoutMemory(1));
+  EXPECT_EQ(content_, Content());
+
+  Write("!");  // 3072 now.
+  EXPECT_TRUE(WriteWithoutMemory(1023));
+  EXPECT_FALSE(WriteWithoutMemory(1));
+
+  Write(std::string(10'000, '+'));  // More than half as much again: just enough.
+  EXPECT_FALSE(WriteWithoutMemory(1));
+  EXPECT_EQ(content_, Content());
+}
+
+TEST_F(BufferPortTest, RoomIsTheDifferenceOfTheNumbers) {
+  static constexpr struct {
+    uint32_t third;
+    uint32_t fourth;
+    int32_t code;
+  } kRows[] = {{0, 5, 0}, {0, 4, -2}, {3, 8, 0}, {3, 7, -2}, {3, 5, -2}, {8, 3, -2}, {0, 0, -2}, {3, 16, 0}};
+  for (const auto reader : {&VexoPort::Read, &VexoPort::ReadAvailable}) {
+    for (const std::string content : {"", "12345"}) {
+      EXPECT_EQ(0, port_->CheckOpen(port_));
+      Write(content);
+      for (const auto& row : kRows) {
+        SCOPED_TRACE(content + " " + std::to_string(row.third) + ", " + std::to_string(row.fourth));
+        std::string buffer(16, '#');
+        uint32_t read = 99;
+        const int32_t code = content.empty() ? 0 : row.code;
+        const std::string got = code == 0 ? content : "";
+        auto* const bytes = reinterpret_cast<uint8_t*>(buffer.data());
+        EXPECT_EQ(code, (port_->*reader)(port_, bytes, row.third, row.fourth, &read));
+        EXPECT_EQ(got.size(), read);
+        EXPECT_EQ(std::string(16, '#').replace(row.third, got.size(), got), buffer);
+      }
+    }
+  }
+}
+
+TEST_F(BufferPortTest, CheckOpenAndOpenStartANewJob) {
+  Write("old");
+  EXPECT_EQ(0, port_->CheckOpen(port_));
+  EXPECT_EQ("", Content());
+  Write("new");
+  EXPECT_EQ("new", Content());
+  EXPECT_EQ(0, port_->Open(port_));
+  EXPECT_EQ("", Content());
+}
+
+TEST_F(BufferPortTest, OpenWithoutMemory) {
+  EXPECT_EQ(0, port_->Close(port_));
+  test::AllocationFault fault(1);
+  EXPECT_EQ(-9, port_->Open(port_));
+}
+
+TEST_F(BufferPortTest, HasNoUriNoTimeLimitsNoSettings) {
+  char uri[256] = "#";
+  uint32_t length = 99;
+  EXPECT_EQ(0, port_->GetUri(port_, uri, sizeof(uri), &length));
+  EXPECT_STREQ("", uri);
+  EXPECT_EQ(0U, length);
+  VexoPortTimeouts timeouts = {1, 2, 3, 4, 5, 6};
+  EXPECT_EQ(0, port_->SetTimeouts(port_, timeouts));
+  EXPECT_EQ(0, port_->GetTimeouts(port_, &timeouts));
+  EXPECT_EQ(0U, timeouts.readInterval + timeouts.connect);
+  for (const int32_t code : {1, 5, 99}) {
+    uint32_t returned = 99;
+    EXPECT_EQ(0, port_->Control(port_, code, nullptr, nullptr, 0, nullptr, 0, &returned));
+    EXPECT_EQ(0U, returned);
+  }
+  Write("kept");
+  EXPECT_EQ(0, port_->Abort(port_));
+  EXPECT_EQ("kept", Content());
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,131 @@
+#include "port/port_factory.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "port/port_lock.h"
+#include "port/port_object.h"
+#include "support/allocation_faults.h"
+#include "support/scripted_drivers.h"
+
+namespace vexo {
+namespace {
+
+std::string UriOf(VexoPort* port) {
+  char uri[256];
+  uint32_t length = 0;
+  EXPECT_EQ(0, port->GetUri(port, uri, sizeof(uri), &length));
+  EXPECT_EQ(std::string(uri).size(), length);
+  return uri;
+}
+
+class PortFactory : public ::testing::Test {
+ protected:
+  void SetUp() override { test::SetDriverScript({}); }
+
+  void ExpectNothingHeld() const {
+    EXPECT_EQ(0U, PortLockReferenceCount());
+    EXPECT_EQ(drivers_before_, test::LivingDrivers());
+  }
+
+  // Opening fails with `code`, leaves the result alone and keeps nothing.
+  void ExpectRefused(int32_t code, const char* text) const {
+    VexoPort untouched = {};
+    VexoPort* port = &untouched;
+    EXPECT_EQ(code, OpenPort(&port, text)) << (text != nullptr ? text : "(null)");
+    EXPECT_EQ(&untouched, port);
+    ExpectNothingHeld();
+  }
+
+ private:
+  const int32_t drivers_before_ = test::LivingDrivers();
+};
+
+TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
+  const std::string lpt = "vexo:/dev/bus/LPT/";
+  const std::string too_long = lpt + std::string(300, 'L');
+  const struct {
+    std::string text;
+    uint32_t kind;
+    std::string uri;
+  } rows[] = {
+      {"vexo:/dev/bus/BSP/D?baudrate=1", VEXO_PORT_SERIAL, "vexo:/dev/bus/BSP/D?baudrate=1"},
+      {"lpt1", VEXO_PORT_PARALLEL, lpt + "lpt1"},
+      {"USB", VEXO_PORT_USB, "vexo:/dev/bus/USB/DEVICE"},
+      {"NET,10.0.0.5", VEXO_PORT_NET, "vexo:/dev/bus/NET/DEVICE?ip=10.0.0.5+port=9100"},
+      {"BUF", VEXO_PORT_BUFFER, ""},
+      // A URI is taken as given, without what ends its list.
+      {"vexo:/dev/bus/NET/COM1,9600?ip=1.2.3.4+port", VEXO_PORT_NET, "vexo:/dev/bus/NET/COM1,9600?ip=1.2.3.4"},
+      // 255 characters count.
+      {too_long, VEXO_PORT_PARALLEL, too_long.substr(0, 255)},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.text);
+    VexoPort* port = nullptr;
+    ASSERT_EQ(0, OpenPort(&port, row.text.c_str()));
+    EXPECT_EQ(VEXO_PORT_MAGIC, port->magic);
+    EXPECT_EQ(row.kind, port->kind);
+    EXPECT_EQ(row.uri, UriOf(port));
+    EXPECT_EQ(1U, PortLockReferenceCount());
+    EXPECT_EQ(0, ClosePort(port));
+    ExpectNothingHeld();
+  }
+}
+
+TEST_F(PortFactory, DoesNotOpenTheDevice) {
+  VexoPort* port = nullptr;
+  ASSERT_EQ(0, OpenPort(&port, "NET,10.0.0.5,9101"));
+  EXPECT_EQ((std::vector<std::string>{"NET Configure vexo:/dev/bus/NET/DEVICE?ip=10.0.0.5+port=9101"}),
+            test::DriverCalls());
+  EXPECT_EQ(0, ClosePort(port));
+}
+
+TEST_F(PortFactory, RefusesOtherTexts) {
+  for (const char* const text : {static_cast<const char*>(nullptr), "", "BT", "XYZ", "BTX,1", "COM1", "NET,10.0.0.5,,x",
+                                 "USB, ", "vexo:/dev/bus/NET/DEVICE?ip="}) {
+    ExpectRefused(-301, text);
+  }
+  for (const char* const text : {"vexo:/dev/bus/XYZ/DEVICE", "vexo:/dev/bus/bluetooth/DEVICE?address=1",
+                                 "vexo:/dev/bus/FILE/DEVICE?filename=x", "FILE,x"}) {
+    ExpectRefused(-4, text);
+  }
+}
+
+TEST_F(PortFactory, PassesOnWhatConfigureSays) {
+  for (const int32_t code : {-1, -301, -9, 87}) {
+    test::DriverScript script;
+    script.configure_result = code;
+    test::SetDriverScript(script);
+    ExpectRefused(code, "NET,10.0.0.5");
+  }
+}
+
+TEST_F(PortFactory, SurvivesEveryAllocationThatFails) {
+  const std::pair<const char*, int32_t> rows[] = {{"NET,10.0.0.5", -2}, {"USB", -2}, {"COM1,9600", -2}, {"BUF", -9}};
+  for (const auto& [text, code] : rows) {
+    bool struck = true;
+    uint32_t nth = 1;
+    for (; struck; ++nth) {
+      SCOPED_TRACE(std::string(text) + ", allocation " + std::to_string(nth));
+      VexoPort* port = nullptr;
+      test::AllocationFault fault(nth);
+      const int32_t result = OpenPort(&port, text);
+      struck = fault.Lift();
+      if (!struck) {
+        EXPECT_EQ(0, result);
+        EXPECT_EQ(0, ClosePort(port));
+      } else if (nth == 1) {
+        EXPECT_GT(result, 0);  // The lock itself: the system's code.
+      } else {
+        EXPECT_EQ(code, result);
+      }
+      ExpectNothingHeld();
+    }
+    EXPECT_GT(nth, 4U) << "fewer allocations than a lock, a driver and an object take";
+  }
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,198 @@
+#include "port/port_object.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "port/port_factory.h"
+#include "port/port_lock.h"
+#include "support/scripted_drivers.h"
+#include "support/scripted_port.h"
+
+namespace vexo {
+namespace {
+
+constexpr uint32_t kNotCounted = 77;
+
+class PortObject : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    test::SetDriverScript({});
+    ASSERT_EQ(0, OpenPort(&port_, "NET,10.0.0.5"));
+    entries_ = *port_;
+  }
+
+  void TearDown() override {
+    test::SetDriverScript({});
+    ClosePort(port_);
+    EXPECT_EQ(0U, PortLockReferenceCount());
+    EXPECT_EQ(0, test::OpenDevices());
+  }
+
+  // All twelve operations on `port` fail with `code`; transfers and Control report a count of 0 all the same.
+  void ExpectEveryOperationGives(int32_t code, VexoPort* port) const {
+    uint8_t byte = 0;
+    VexoPortTimeouts timeouts = {};
+    uint32_t counts[4] = {kNotCounted, kNotCounted, kNotCounted, kNotCounted};
+    const std::vector<int32_t> results = {
+        entries_.Configure(port, "vexo:/dev/bus/NET/D?ip=1"),
+        entries_.GetUri(port, nullptr, 0, nullptr),
+        entries_.Open(port),
+        entries_.Close(port),
+        entries_.Abort(port),
+        entries_.CheckOpen(port),
+        entries_.SetTimeouts(port, timeouts),
+        entries_.GetTimeouts(port, &timeouts),
+        entries_.Write(port, &byte, 0, 1, &counts[0]),
+        entries_.Read(port, &byte, 0, 1, &counts[1]),
+        entries_.ReadAvailable(port, &byte, 0, 1, &counts[2]),
+        entries_.Control(port, 5, nullptr, nullptr, 0, nullptr, 0, &counts[3]),
+    };
+    EXPECT_EQ(std::vector<int32_t>(12, code), results);
+    EXPECT_EQ(std::vector<uint32_t>(4, 0), std::vector<uint32_t>(counts, counts + 4));
+  }
+
+  VexoPort* port_ = nullptr;
+  VexoPort entries_ = {};  // What the record held when it was new.
+};
+
+TEST_F(PortObject, NullOrWrongMagicIsRefusedByEveryOperation) {
+  ExpectEveryOperationGives(-6, nullptr);
+  EXPECT_EQ(-6, ClosePort(nullptr));
+  for (const uint32_t magic : {0U, 119U, 121U, 560U}) {
+    VexoPort other = entries_;
+    other.magic = magic;
+    ExpectEveryOperationGives(-6, &other);
+    EXPECT_EQ(-6, ClosePort(&other));
+  }
+  EXPECT_EQ(-309, port_->CheckOpen(port_)) << "the port itself was opened through a wrong record";
+}
+
+TEST_F(PortObject, ClosedRecordIsRefusedAlsoWhenOthersHaveBeenOpenedSince) {
+  VexoPort* const closed = port_;
+  EXPECT_EQ(0, ClosePort(port_));
+  for (int i = 0; i < 20; ++i) {
+    ExpectEveryOperationGives(-6, closed);
+    EXPECT_EQ(-6, ClosePort(closed));
+    ASSERT_EQ(0, OpenPort(&port_, "NET,10.0.0.5"));
+    EXPECT_EQ(-6, closed->Open(closed));
+    EXPECT_EQ(0, ClosePort(port_));
+  }
+}
+
+TEST_F(PortObject, CopyReachesTheSameDevice) {
+  VexoPort copy = *port_;
+  EXPECT_EQ(0, copy.Open(&copy));
+  EXPECT_EQ(0, port_->CheckOpen(port_));
+
+  EXPECT_EQ(0, ClosePort(&copy));  // Closes the device; the object stays its maker's.
+  EXPECT_EQ(-309, port_->CheckOpen(port_));
+  EXPECT_EQ(0, port_->Open(port_));
+}
+
+TEST_F(PortObject, CopyOfClosedRecordReachesNothing) {
+  VexoPort copy = *port_;
+  EXPECT_EQ(0, ClosePort(port_));
+  ExpectEveryOperationGives(-308, &copy);
+  // Nor the device of a port that was made since, in the memory of the old one.
+  for (int i = 0; i < 20; ++i) {
+    ASSERT_EQ(0, OpenPort(&port_, "NET,10.0.0.5"));
+    ASSERT_EQ(-308, copy.Open(&copy));
+    EXPECT_EQ(0, ClosePort(port_));
+  }
+}
+
+TEST_F(PortObject, NullArguments) {
+  EXPECT_EQ(0, port_->Open(port_));
+  uint32_t count = kNotCounted;
+  EXPECT_EQ(-1, port_->Write(port_, nullptr, 0, 1, &count));
+  EXPECT_EQ(-1, port_->Read(port_, nullptr, 0, 1, &count));
+  EXPECT_EQ(-1, port_->ReadAvailable(port_, nullptr, 0, 1, &count));
+  EXPECT_EQ(0, port_->Write(port_, nullptr, 0, 0, &count));
+  EXPECT_EQ(0U, count);
+  EXPECT_EQ(-1, port_->GetTimeouts(port_, nullptr));
+  EXPECT_EQ(-301, port_->Configure(port_, nullptr));
+
+  uint8_t byte = 0;  // A caller may have no use for a count.
+  EXPECT_EQ(0, port_->GetUri(port_, nullptr, 0, nullptr));
+  EXPECT_EQ(0, port_->Write(port_, &byte, 0, 1, nullptr));
+  EXPECT_EQ(-332, port_->Read(port_, &byte, 0, 1, nullptr));
+  EXPECT_EQ(0, port_->ReadAvailable(port_, &byte, 0, 1, nullptr));
+  EXPECT_EQ(-7, port_->Control(port_, 1, nullptr, nullptr, 0, nullptr, 0, nullptr));
+}
+
+TEST_F(PortObject, UriNeedsRoomFor255Bytes) {
+  const std::string uri = "vexo:/dev/bus/NET/DEVICE?ip=10.0.0.5+port=9100";
+  for (const uint32_t size : {0U, 1U, 254U, 255U, 256U}) {
+    char buffer[256];
+    std::memset(buffer, '#', sizeof(buffer));
+    uint32_t length = 0;
+    EXPECT_EQ(0, port_->GetUri(port_, buffer, size, &length));
+    EXPECT_EQ(uri.size(), length);
+    if (size >= 255) {
+      EXPECT_EQ(uri, buffer);
+    } else {
+      EXPECT_EQ(std::string(size, '\0') + std::string(256 - size, '#'), std::string(buffer, 256));
+    }
+  }
+}
+
+TEST_F(PortObject, TimeoutsAreAllSix) {
+  const VexoPortTimeouts set = {11, 12, 13, 14, 15, 16};
+  VexoPortTimeouts got = {};
+  EXPECT_EQ(0, port_->SetTimeouts(port_, set));
+  EXPECT_EQ(0, port_->GetTimeouts(port_, &got));
+  EXPECT_EQ(0, std::memcmp(&set, &got, sizeof(set)));
+}
+
+// As if another thread closed the port in the middle of a write: the write is told to end, and only then is the device
+// closed.
+TEST_F(PortObject, ClosingWaitsForTheOperationUnderWay) {
+  const int32_t drivers = test::LivingDrivers();
+  EXPECT_EQ(0, port_->Open(port_));
+  test::DriverScript script;
+  script.close_result = 5;  // Whatever the device says.
+  script.during = [&](const std::string& call) {
+    if (call == "NET Write") {
+      EXPECT_EQ(0, ClosePort(port_));
+      EXPECT_EQ(1, test::OpenDevices());
+      EXPECT_EQ(1U, PortLockReferenceCount());
+    }
+  };
+  test::SetDriverScript(script);
+  const uint8_t byte = 0;
+  uint32_t written = kNotCounted;
+  EXPECT_EQ(0, port_->Write(port_, &byte, 0, 1, &written));
+  EXPECT_EQ(0U, written);
+  EXPECT_EQ(0, test::OpenDevices());
+  EXPECT_EQ(drivers - 1, test::LivingDrivers());
+  EXPECT_EQ(0U, PortLockReferenceCount());
+}
+
+TEST_F(PortObject, BluetoothDriverIsClosedButKept) {
+  VexoPort* port = nullptr;
+  ASSERT_EQ(0, OpenPort(&port, "BT,001122AABBCC"));
+  EXPECT_EQ(0, port->Open(port));
+  const int32_t drivers = test::LivingDrivers();
+  EXPECT_EQ(-4, ClosePort(port));
+  EXPECT_EQ(drivers, test::LivingDrivers());
+  EXPECT_EQ(0, test::OpenDevices());
+  EXPECT_EQ(1U, PortLockReferenceCount());  // That of port_.
+  ExpectEveryOperationGives(-308, port);
+}
+
+TEST_F(PortObject, HostsOwnObjectIsClosedAndNotFreed) {
+  test::ScriptedPort hosts;
+  EXPECT_EQ(0, ClosePort(&hosts));
+  EXPECT_EQ((std::vector<std::string>{"Close()"}), hosts.Operations());
+  EXPECT_EQ(VEXO_PORT_MAGIC, hosts.magic);
+  EXPECT_EQ(1U, PortLockReferenceCount());
+
+  hosts.VexoPort::Close = nullptr;  // One that has nothing to close.
+  EXPECT_EQ(0, ClosePort(&hosts));
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,225 @@
+// Both exports against a port that the host made.
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include "support/allocation_faults.h"
+#include "support/scripted_port.h"
+#include "vexo/extend.h"
+
+namespace vexo {
+namespace {
+
+using namespace std::string_literals;
+using test::BytesOf;
+using Step = test::ScriptedPort::Step;
+using Operations = std::vector<std::string>;
+
+const Operations kSetOperations = {"Write(0, 21)", "Read(0, 3)", "Write(0, 29)", "Read(0, 1)"};
+const Operations kGetOperations = {"Write(0, 19)", "Read(0, 2)"};
+constexpr uint32_t kUntouched = 7777;
+
+struct Printer {
+  int32_t Set(uint32_t dots = 576) { return SetPrintWidth(&handle, dots); }
+  int32_t Get() { return GetPrintWidth(&handle, &width); }
+  size_t Steps() const { return port.Operations().size(); }
+
+  test::ScriptedPort port;
+  VexoPrinterHandle handle = test::OpenHandle(&port);
+  uint32_t width = kUntouched;
+};
+
+TEST(SetPrintWidth, SendsTheLowSixteenBitsAndHasThemSaved) {
+  const struct {
+    uint32_t width;
+    uint8_t low;
+    uint8_t high;
+  } rows[] = {{640, 0x80, 0x02}, {0x1ABCD, 0xCD, 0xAB}, {0, 0, 0}, {0xFFFFFFFF, 0xFF, 0xFF}};
+  for (const auto& row : rows) {
+    Printer printer;
+    printer.port.OnRead({0, {1, 2, 3}});
+    printer.port.OnRead({0, {0}});
+    EXPECT_EQ(0, printer.Set(row.width));
+    Bytes set = BytesOf("\x1b\x1c& V1 setkey\r\n\x01\xCC\x00\x02"s);
+    set.insert(set.end(), {row.low, row.high});
+    EXPECT_EQ((std::vector<Bytes>{set, BytesOf("\x1b\x1c& V1 do \"save_param_zone\"\r\n")}), printer.port.Written());
+    EXPECT_EQ(kSetOperations, printer.port.Operations());
+  }
+}
+
+TEST(SetPrintWidth, JudgesTheSavingAlone) {
+  const struct {
+    const char* name;
+    Step acknowledgement;
+    Step saved;
+    int32_t code;
+  } rows[] = {
+      {"no acknowledgement", {-332}, {0, {0}}, 0},
+      {"failed acknowledgement", {5, {1, 1, 1}}, {0, {0}}, 0},
+      {"short acknowledgement", {-332, {7}}, {0, {0}}, 0},
+      {"uncounted acknowledgement", {0, {9, 9, 0}, 0}, {0, {0}}, 0},
+      {"saved, though the read failed", {}, {-332, {0}}, 0},
+      {"not saved", {}, {0, {1}}, -331},
+      {"no answer", {0, {0}}, {-332}, -331},
+      {"empty answer", {0, {0}}, {0, {}}, -331},
+      {"two bytes", {}, {0, {0}, 2}, -331},
+      {"answer failed", {}, {22, {}}, -331},
+  };
+  for (const auto& row : rows) {
+    Printer printer;
+    printer.port.OnRead(row.acknowledgement);
+    printer.port.OnRead(row.saved);
+    EXPECT_EQ(row.code, printer.Set()) << row.name;
+    EXPECT_EQ(kSetOperations, printer.port.Operations()) << row.name;
+  }
+}
+
+TEST(SetPrintWidth, AcknowledgementThatFilledTheBufferUncountedFails) {
+  Printer printer;
+  printer.port.OnRead({0, {9, 9, 1}, 0});
+  EXPECT_EQ(-331, printer.Set());
+  EXPECT_EQ(2U, printer.Steps());
+}
+
+TEST(GetPrintWidth, AsksForTheKeyAndTakesTwoBytes) {
+  const struct {
+    Step reply;
+    int32_t code;
+    uint32_t width;
+  } rows[] = {
+      {{0, {0x40, 0x02}}, 0, 576},
+      {{0, {0xFF, 0xFF}}, 0, 65535},
+      {{-332, {0, 0}}, 0, 0},
+      // Any other count gives the read's own result.
+      {{-332}, -332, kUntouched},
+      {{-332, {1}}, -332, kUntouched},
+      {{10054}, 10054, kUntouched},
+      {{0, {1}}, 0, kUntouched},
+      {{0, {}}, 0, kUntouched},
+      {{0, {1, 2}, 64}, 0, kUntouched},
+  };
+  for (const auto& row : rows) {
+    Printer printer;
+    printer.port.OnRead(row.reply);
+    EXPECT_EQ(row.code, printer.Get());
+    EXPECT_EQ(row.width, printer.width);
+    EXPECT_EQ((std::vector<Bytes>{BytesOf("\x1b\x1c& V1 getkey\r\n\x01\xCC\x00\x02"s)}), printer.port.Written());
+    EXPECT_EQ(kGetOperations, printer.port.Operations());
+  }
+}
+
+TEST(PrintWidth, WriteThatFailsEndsTheExchange) {
+  for (const int32_t code : {-322, -309, 995}) {
+    Printer first;
+    first.port.OnWrite({code, {}, 7});
+    EXPECT_EQ(code, first.Set());
+    EXPECT_EQ(1U, first.Steps());
+
+    Printer second;
+    second.port.OnWrite({});
+    second.port.OnWrite({code});
+    EXPECT_EQ(code, second.Set());
+    EXPECT_EQ(3U, second.Steps());
+
+    Printer asked;
+    asked.port.OnWrite({code});
+    EXPECT_EQ(code, asked.Get());
+    EXPECT_EQ(1U, asked.Steps());
+    EXPECT_EQ(kUntouched, asked.width);
+  }
+}
+
+// Another thread changes the handle between two steps. A port object without its magic is no matter of the handle: it
+// shows when an operation is called.
+TEST(PrintWidth, HandleIsCheckedBeforeEachStep) {
+  static const struct {
+    const char* name;
+    void (*change)(VexoPrinterHandle* handle);
+    int32_t code;
+    bool shows_in_handle;
+  } faults[] = {
+      {"closed", [](VexoPrinterHandle* handle) { handle->portOpen = 0; }, -309, true},
+      {"port gone", [](VexoPrinterHandle* handle) { handle->port = nullptr; }, -309, true},
+      {"wrong magic", [](VexoPrinterHandle* handle) { handle->magic = 559; }, -6, true},
+      {"wrong port magic", [](VexoPrinterHandle* handle) { handle->port->magic = 0; }, -6, false},
+  };
+  for (const auto& fault : faults) {
+    SCOPED_TRACE(fault.name);
+    const auto step_and_fault = [&fault](Printer* printer, Bytes bytes = {}) {
+      return Step{0, std::move(bytes), {}, [&fault, printer] { fault.change(&printer->handle); }};
+    };
+    Printer before;
+    fault.change(&before.handle);
+    EXPECT_EQ(fault.code, before.Set());
+    EXPECT_EQ(fault.code, before.Get());
+    EXPECT_EQ(0U, before.Steps());
+
+    Printer after_asking;
+    after_asking.port.OnWrite(step_and_fault(&after_asking));
+    EXPECT_EQ(fault.code, after_asking.Get());
+    EXPECT_EQ(1U, after_asking.Steps());
+
+    // After the setkey: the read is left out, the second write finds out.
+    Printer after_setkey;
+    after_setkey.port.OnWrite(step_and_fault(&after_setkey));
+    EXPECT_EQ(fault.code, after_setkey.Set());
+    EXPECT_EQ(1U, after_setkey.Steps());
+
+    Printer after_acknowledgement;
+    after_acknowledgement.port.OnRead(step_and_fault(&after_acknowledgement, {0}));
+    EXPECT_EQ(fault.code, after_acknowledgement.Set());
+    EXPECT_EQ(2U, after_acknowledgement.Steps());
+
+    // After the second write the acknowledgement is all there is to judge: one zero byte passes for the answer.
+    for (const Bytes& acknowledgement : {Bytes{0}, Bytes{1}, Bytes{0, 0, 0}, Bytes{}}) {
+      Printer after_save;
+      after_save.port.OnRead({0, acknowledgement});
+      after_save.port.OnWrite({});
+      after_save.port.OnWrite(step_and_fault(&after_save));
+      const bool passes = fault.shows_in_handle && acknowledgement == Bytes{0};
+      EXPECT_EQ(passes ? 0 : -331, after_save.Set());
+      EXPECT_EQ(3U, after_save.Steps());
+    }
+  }
+  EXPECT_EQ(-6, SetPrintWidth(nullptr, 576));
+  EXPECT_EQ(-6, GetPrintWidth(nullptr, nullptr));
+}
+
+TEST(PrintWidth, OperationThatTheHostLeftOutIsNotThere) {
+  Printer printer;
+  printer.port.VexoPort::Read = nullptr;
+  EXPECT_EQ(-7, printer.Get());
+  printer.port.VexoPort::Write = nullptr;
+  EXPECT_EQ(-7, printer.Set());
+}
+
+// What was sent before memory ran out is a whole command, or nothing.
+TEST(PrintWidth, EveryAllocationThatFailsIsThrown) {
+  for (const bool set : {true, false}) {
+    const std::vector<size_t> command_sizes = set ? std::vector<size_t>{21, 29} : std::vector<size_t>{19};
+    bool struck = true;
+    for (uint32_t nth = 1; struck; ++nth) {
+      Printer printer;
+      bool thrown = false;
+      test::AllocationFault fault(nth);
+      try {
+        static_cast<void>(set ? printer.Set() : printer.Get());
+      } catch (const std::bad_alloc&) {
+        thrown = true;
+      }
+      struck = fault.Lift();
+      EXPECT_EQ(struck, thrown) << nth;
+
+      const std::vector<Bytes> written = printer.port.Written();
+      EXPECT_EQ(struck, written.size() < command_sizes.size()) << nth;
+      for (size_t i = 0; i < written.size(); ++i) {
+        EXPECT_EQ(command_sizes[i], written[i].size()) << nth;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vexo

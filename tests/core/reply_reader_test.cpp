@@ -1,0 +1,134 @@
+#include "protocol/reply_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+#include "support/allocation_faults.h"
+#include "support/scripted_port.h"
+#include "support/virtual_clock.h"
+
+namespace vexo {
+namespace {
+
+using test::BytesOf;
+using Sleeps = std::vector<uint32_t>;
+using Step = test::ScriptedPort::Step;
+
+struct Reply {
+  std::string bytes;
+  std::vector<uint32_t> sleeps;
+  size_t receives = 0;
+};
+
+class ReplyReader : public ::testing::Test {
+ protected:
+  // Reads into the places 2 to 9 of a buffer of 12, from a printer that sends `steps` and then nothing more.
+  Reply Read(const std::vector<Step>& steps, int32_t tries, int64_t pause_ms) {
+    test::ScriptedPort port;
+    for (const Step& step : steps) {
+      port.OnRead(step);
+    }
+    handle_ = test::OpenHandle(&port);
+    test::SetClock(0);
+    std::string buffer(12, '#');
+    uint32_t stored = 99;
+    auto* const bytes = reinterpret_cast<uint8_t*>(buffer.data());
+    EXPECT_EQ(0, ReadReply(&handle_, bytes, 2, 10, &stored, tries, pause_ms));
+    EXPECT_EQ("##", buffer.substr(0, 2)) << "written before the first place";
+    EXPECT_EQ("##", buffer.substr(10)) << "written behind the last place";
+    EXPECT_EQ(std::vector<std::string>(port.Operations().size(), "ReadAvailable(0, 8)"), port.Operations());
+    EXPECT_LE(stored, 8U);
+    return {buffer.substr(2, stored), test::RecordedSleeps(), port.Operations().size()};
+  }
+
+  VexoPrinterHandle handle_ = {};
+};
+
+const Step kSilence = {};
+
+TEST_F(ReplyReader, CollectsPiecesUntilNothingFollows) {
+  const Reply reply = Read({kSilence, {0, BytesOf("ab")}, {0, BytesOf("cde")}, kSilence, {0, BytesOf("late")}}, 10, 20);
+  EXPECT_EQ("abcde", reply.bytes);
+  EXPECT_EQ(4U, reply.receives);
+}
+
+TEST_F(ReplyReader, ReceivesAtLeastOnceAndPausesAfterAllReceivesButTheFirst) {
+  const struct {
+    int32_t tries;
+    int64_t pause_ms;
+    size_t receives;
+    Sleeps sleeps;
+  } rows[] = {{-5, 20, 1, {}},
+              {0, 20, 1, {}},
+              {1, 20, 1, {}},
+              {2, 20, 2, {20}},
+              {3, 0, 3, {}},
+              {3, -1, 3, {}},
+              {5, 20, 5, {20, 20, 20, 20}}};
+  for (const auto& row : rows) {
+    for (const Step& nothing : {kSilence, Step{-332}}) {
+      const Reply reply = Read(std::vector<Step>(9, nothing), row.tries, row.pause_ms);
+      EXPECT_EQ("", reply.bytes);
+      EXPECT_EQ(row.receives, reply.receives) << row.tries;
+      EXPECT_EQ(row.sleeps, reply.sleeps) << row.tries;
+    }
+  }
+}
+
+TEST_F(ReplyReader, TimeoutWithDataGoesOn) {
+  const Reply reply = Read({{-332, BytesOf("ab")}, {-332, BytesOf("c")}}, 5, 0);
+  EXPECT_EQ("abc", reply.bytes);
+  EXPECT_EQ(3U, reply.receives);
+}
+
+TEST_F(ReplyReader, AnyOtherFailureEndsTheReplyAndIsNotReported) {
+  for (const int32_t code : {-309, -331, -7, 5, 1117}) {
+    const Reply reply = Read({{0, BytesOf("ab")}, {code, BytesOf("c")}, {0, BytesOf("d")}}, 10, 20);
+    EXPECT_EQ("abc", reply.bytes) << code;
+    EXPECT_EQ(2U, reply.receives) << code;
+  }
+}
+
+TEST_F(ReplyReader, BytesWithoutRoomAreDropped) {
+  EXPECT_EQ("abcdefgh", Read({{0, BytesOf("abcdef")}, {0, BytesOf("ghijkl")}}, 10, 0).bytes);
+  // USB ports count the bytes of a longer packet that they dropped.
+  EXPECT_EQ("abcdefgh", Read({{0, BytesOf("abcdefgh"), 64}}, 10, 0).bytes);
+}
+
+TEST_F(ReplyReader, HandleThatIsClosedInBetweenEndsTheReply) {
+  const Step closed_meanwhile = {0, BytesOf("ab"), {}, [this] { handle_.portOpen = 0; }};
+  const Reply reply = Read({closed_meanwhile, {0, BytesOf("never")}}, 10, 20);
+  EXPECT_EQ("ab", reply.bytes);
+  EXPECT_EQ(1U, reply.receives);
+}
+
+TEST_F(ReplyReader, RefusesBeforeAnythingIsReceived) {
+  test::ScriptedPort port;
+  const VexoPrinterHandle good = test::OpenHandle(&port);
+  const struct {
+    VexoPrinterHandle handle;
+    uint32_t end;
+    int32_t code;
+  } rows[] = {{{559, nullptr, &port, 1}, 10, -6},
+              {{560, nullptr, &port, 0}, 10, -309},
+              {{560, nullptr, nullptr, 1}, 10, -309},
+              {good, 1, -1}};
+  uint8_t buffer[12];
+  uint32_t stored = 0;
+  EXPECT_EQ(-6, ReadReply(nullptr, buffer, 2, 10, &stored, 1, 0));
+  for (const auto& row : rows) {
+    handle_ = row.handle;
+    EXPECT_EQ(row.code, ReadReply(&handle_, buffer, 2, row.end, &stored, 1, 0));
+  }
+  handle_ = good;
+  test::AllocationFault fault(1);
+  EXPECT_THROW(ReadReply(&handle_, buffer, 2, 10, &stored, 1, 0), std::bad_alloc);
+  fault.Lift();
+  EXPECT_EQ(0U, port.Operations().size());
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,149 @@
+// The exports that put a port into a printer handle.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "port/port_lock.h"
+#include "support/allocation_faults.h"
+#include "support/scripted_drivers.h"
+#include "support/scripted_port.h"
+#include "vexo/extend.h"
+
+namespace vexo {
+namespace {
+
+using Calls = std::vector<std::string>;
+using Export = int32_t (*)(VexoPrinterHandle*, const char*);
+constexpr Export kExports[] = {DiskPortOpen, ScannerPortOpen, ScannerGunPortOpen};
+
+class SpecialPorts : public ::testing::Test {
+ protected:
+  void SetUp() override { test::SetDriverScript({}); }
+
+  void TearDown() override {
+    test::SetDriverScript({});
+    EXPECT_EQ(-301, DiskPortOpen(&handle_, ""));  // Gives the port back.
+    EXPECT_EQ(0U, PortLockReferenceCount());
+    EXPECT_EQ(0, test::OpenDevices());
+  }
+
+  VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+};
+
+TEST_F(SpecialPorts, WrongHandleIsRefused) {
+  VexoPrinterHandle wrong = {559, nullptr, nullptr, 0};
+  for (const Export open : kExports) {
+    EXPECT_EQ(-6, open(nullptr, "USB"));
+    EXPECT_EQ(-6, open(&wrong, "USB"));
+  }
+  EXPECT_EQ(nullptr, wrong.port);
+}
+
+TEST_F(SpecialPorts, EachOpensItsDevices) {
+  static const struct {
+    Export open;
+    const char* text;
+    uint32_t kind;
+    const char* last_call;
+  } rows[] = {
+      {DiskPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
+      {ScannerPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
+      {DiskPortOpen, "LPT1", VEXO_PORT_PARALLEL, "LPT OpenDeviceOfClass 0, 1"},
+      {ScannerPortOpen, "LPT1", VEXO_PORT_PARALLEL, "LPT OpenDeviceOfClass 6, 1"},
+      {ScannerGunPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 1, 5"},
+      {ScannerGunPortOpen, "COM1,9600", VEXO_PORT_SERIAL, "COM Open"},
+      // Left to their users to open.
+      {ScannerGunPortOpen, "LPT1", VEXO_PORT_PARALLEL, "LPT Configure vexo:/dev/bus/LPT/LPT1"},
+      {ScannerGunPortOpen, "NET,1.2.3.4,1", VEXO_PORT_NET, "NET Configure vexo:/dev/bus/NET/DEVICE?ip=1.2.3.4+port=1"},
+      {ScannerGunPortOpen, "BT,0A,1", VEXO_PORT_BLUETOOTH, "BT Configure vexo:/dev/bus/BT/DEVICE?address=0A+pin=1"},
+      {ScannerGunPortOpen, "BUF", VEXO_PORT_BUFFER, "BT Close"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(0, row.open(&handle_, row.text));
+    EXPECT_EQ(1, handle_.portOpen);
+    EXPECT_EQ(row.kind, handle_.port->kind);
+    EXPECT_EQ(row.last_call, test::DriverCalls().back());
+    EXPECT_EQ(1U, PortLockReferenceCount());
+  }
+}
+
+TEST_F(SpecialPorts, DeviceThatDoesNotOpenLeavesItsPortClosedInTheHandle) {
+  test::DriverScript script;
+  script.open_result = 2;
+  script.open_by_class_result = -372;
+  test::SetDriverScript(script);
+  static const struct {
+    Export open;
+    const char* text;
+    int32_t code;
+  } rows[] = {
+      {DiskPortOpen, "USB", -372},       {ScannerPortOpen, "USB", -372}, {ScannerGunPortOpen, "USB", -372},
+      {ScannerGunPortOpen, "COM1,1", 2}, {DiskPortOpen, "BUF", -372},  // Has no device file at all.
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.code, row.open(&handle_, row.text));
+    EXPECT_EQ(0, handle_.portOpen);
+    EXPECT_NE(nullptr, handle_.port);
+    EXPECT_EQ(1U, PortLockReferenceCount());
+  }
+}
+
+TEST_F(SpecialPorts, ReopeningClosesTheOldPortFirst) {
+  ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
+  int open_while_changing = 0;
+  test::DriverScript script;
+  script.during = [&](const std::string& call) { open_while_changing += call != "COM Close" ? handle_.portOpen : 0; };
+  test::SetDriverScript(script);
+  ASSERT_EQ(0, DiskPortOpen(&handle_, "USB"));
+  EXPECT_EQ((Calls{"COM Close", "USB Configure vexo:/dev/bus/USB/DEVICE", "USB OpenDeviceOfClass 0, 1"}),
+            test::DriverCalls());
+  EXPECT_EQ(0, open_while_changing);
+}
+
+TEST_F(SpecialPorts, FailureToMakeTheNewPortLeavesNone) {
+  static const struct {
+    const char* text;
+    int32_t configure_result;
+    uint32_t failing_allocation;
+    int32_t code;
+  } rows[] = {{nullptr, 0, 0, -301}, {"X", 0, 0, -301},    {"FILE,x", 0, 0, -4}, {"NET,1.2.3.4", -1, 0, -1},
+              {"USB", 0, 2, -2},     {"COM1,1", 0, 3, -2}, {"BUF", 0, 2, -9},    {"BUF", 0, 3, -9}};
+  for (const auto& row : rows) {
+    for (const Export open : kExports) {
+      test::SetDriverScript({});
+      ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
+      test::DriverScript script;
+      script.configure_result = row.configure_result;
+      test::SetDriverScript(script);
+      test::AllocationFault fault(row.failing_allocation);
+      EXPECT_EQ(row.code, open(&handle_, row.text));
+      fault.Lift();
+      EXPECT_EQ("COM Close", test::DriverCalls().front());
+      EXPECT_EQ(nullptr, handle_.port);
+      EXPECT_EQ(0, handle_.portOpen);
+      EXPECT_EQ(0U, PortLockReferenceCount());
+    }
+  }
+}
+
+TEST_F(SpecialPorts, HostsOwnPortIsClosedAndStaysTheHosts) {
+  VexoPrinterHandle other = handle_;
+  ASSERT_EQ(0, DiskPortOpen(&other, "USB"));  // A share in the lock that must not be given back for the host's port.
+  for (const uint32_t magic : {VEXO_PORT_MAGIC, VEXO_PORT_MAGIC + 1}) {
+    DiskPortOpen(&handle_, "");
+    test::ScriptedPort hosts;
+    hosts.magic = magic;
+    handle_ = test::OpenHandle(&hosts);
+    EXPECT_EQ(0, ScannerPortOpen(&handle_, "USB"));
+    EXPECT_NE(&hosts, handle_.port);
+    EXPECT_EQ(2U, PortLockReferenceCount());
+    // What is no port object is not touched.
+    EXPECT_EQ(magic == VEXO_PORT_MAGIC ? Calls{"Close()"} : Calls{}, hosts.Operations());
+    EXPECT_EQ(magic, hosts.magic);
+  }
+  DiskPortOpen(&other, "");
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,97 @@
+// Command frames, byte for byte, and the grammar of the replies.
+#include "protocol/v1_command.h"
+
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+#include "protocol/hex_text.h"
+#include "protocol/reply_patterns.h"
+#include "support/scripted_port.h"
+
+namespace vexo {
+namespace {
+
+using test::BytesOf;
+using namespace std::string_literals;
+
+TEST(HexText, SeparatorsGoFirstThenPairsAreRead) {
+  const struct {
+    std::string text;
+    Bytes bytes;
+  } rows[] = {
+      {"1b 1c 26 20 56 31 20 67 65 74 6B 65 79 0D 0A", BytesOf("\x1b\x1c& V1 getkey\r\n")},
+      {"0x1B,0x1c;7|a", {0x1B, 0x1C, 0x7A}},
+      {"123", {0x12}},
+      {"", {}},
+      {"f", {}},
+      {"1\r\n2 ,;| 0 x3 4", {0x12, 0x34}},
+      {"fFaA09", {0xFF, 0xAA, 0x09}},
+      {"0X1B", {0x21, 0x1B}},  // Only a small x marks a pair; the rest is read as it comes.
+      {"zz/0", {0x53, 0xF0}},
+  };
+  for (const auto& row : rows) {
+    std::string text = row.text;
+    EXPECT_EQ(row.bytes, HexTextToBytes(std::move(text))) << row.text;
+    EXPECT_EQ("", text);
+  }
+}
+
+TEST(V1Command, Setkey) {
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setkey\r\n\x01\xCC\x00\x02\x80\x02"s), BuildSetKeyCommand(0xCC, 0x00, {0x80, 0x02}));
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setkey\r\n\x01\x34\x12\x00"s), BuildSetKeyCommand(0x34, 0x12, {}));
+
+  const Bytes value(258, 0xEE);  // Sent whole; the length byte holds what fits.
+  const Bytes command = BuildSetKeyCommand(1, 2, value);
+  ASSERT_EQ(19U + 258U, command.size());
+  EXPECT_EQ(2, command[18]);
+}
+
+TEST(V1Command, Getkey) { EXPECT_EQ(BytesOf("\x1b\x1c& V1 getkey\r\n\x01\xCC\x00\x02"s), BuildGetKeyCommand()); }
+
+TEST(V1Command, TextsGoOutByteForByte) {
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 getval \"job_monitor\"\r\n"), BuildGetValCommand("job_monitor"));
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setval \"job_monitor\" \"on\"\r\n"), BuildSetValCommand("job_monitor", "on"));
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setval \"k\" \"\"\r\n"), BuildSetValCommand("k", ""));
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setval \"\x00\xFF\" \"a\"b\"\r\n"s), BuildSetValCommand("\x00\xFF"s, "a\"b"));
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 do \"print_feedform\"\r\n"), BuildDoCommand("print_feedform"));
+}
+
+TEST(V1Command, ConstantsAreWhatTheBuildersWouldBuild) {
+  EXPECT_EQ(29U, kSaveParamZoneCommand.size());
+  EXPECT_EQ(BuildDoCommand("save_param_zone"), BytesOf(kSaveParamZoneCommand));
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 report"), ReportCommand());
+  EXPECT_EQ(13U, ReportCommand().size());
+}
+
+TEST(ReplyPatterns, StatusReportTakesAnyFieldBytes) {
+  const std::string start = "\x1b\x1c& V1 report";
+  for (int byte = 0; byte < 256; ++byte) {
+    const std::string reply = start + std::string(4, static_cast<char>(byte)) + "more";
+    std::smatch match;
+    ASSERT_TRUE(std::regex_search(reply, match, StatusReportPattern())) << byte;
+    EXPECT_EQ(reply.substr(13, 2), match[1]);
+    EXPECT_EQ(reply.substr(15, 2), match[2]);
+  }
+  for (const std::string& reply : {start + "abc", "x" + start + "abcd", "\x1b\x1c& V1 Report1234"s, ""s}) {
+    EXPECT_FALSE(std::regex_search(reply, StatusReportPattern())) << reply;
+  }
+}
+
+TEST(ReplyPatterns, GetvalAnswerHasKeyAndValueWithoutQuotes) {
+  const std::string start = "\x1b\x1c& V1 getval ";
+  std::smatch match;
+  const std::string reply = start + "\"key\" \"va\r\n\xFF lue\"\r\n";
+  ASSERT_TRUE(std::regex_search(reply, match, GetValAnswerPattern()));
+  EXPECT_EQ("key", match[1]);
+  EXPECT_EQ("va\r\n\xFF lue", match[2]);
+  for (const char* const rest :
+       {"\"\" \"v\"", "\"k\" \"\"", "\"k\"\"v\"", "\"k\"  \"v\"", "\"k\" \"v", "\"k\"", "k v"}) {
+    EXPECT_FALSE(std::regex_search(start + rest, GetValAnswerPattern())) << rest;
+  }
+  EXPECT_FALSE(std::regex_search(" " + reply, GetValAnswerPattern()));
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,46 @@
+// Memory that runs out on request: the test programs' operator new counts, and fails once where a test wants it to.
+#ifndef VEXO_TESTS_SUPPORT_ALLOCATION_FAULTS_H_
+#define VEXO_TESTS_SUPPORT_ALLOCATION_FAULTS_H_
+
+#include <cstdint>
+
+namespace vexo::test {
+
+// Makes one allocation of this thread fail: the `nth` from here on, counted from 1. One fault at a time.
+//
+// A test that makes every allocation fail once:
+//
+//   bool struck = true;
+//   for (uint32_t nth = 1; struck; ++nth) {
+//     AllocationFault fault(nth);
+//     const int32_t result = ...;
+//     struck = fault.Lift();
+//     ...
+//   }
+class AllocationFault {
+ public:
+  explicit AllocationFault(uint32_t nth);
+  AllocationFault(const AllocationFault&) = delete;
+  AllocationFault& operator=(const AllocationFault&) = delete;
+  ~AllocationFault();
+
+  // There is memory again from now on. Whether the fault struck: false when fewer allocations were made.
+  bool Lift();
+};
+
+// While one lives, allocations of this thread are not counted: for scripted ports and drivers, whose own needs are not
+// the product's.
+class UncountedAllocations {
+ public:
+  UncountedAllocations();
+  UncountedAllocations(const UncountedAllocations&) = delete;
+  UncountedAllocations& operator=(const UncountedAllocations&) = delete;
+  ~UncountedAllocations();
+
+ private:
+  uint32_t countdown_;
+};
+
+}  // namespace vexo::test
+
+#endif  // VEXO_TESTS_SUPPORT_ALLOCATION_FAULTS_H_

@@ -1,0 +1,163 @@
+#include "support/scripted_drivers.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <new>
+#include <utility>
+
+#include "port/buffer_port.h"
+#include "port/device_port.h"
+#include "port/device_uri.h"
+#include "port/port_driver.h"
+#include "support/allocation_faults.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+std::mutex g_mutex;
+test::DriverScript g_script;
+std::vector<std::string> g_calls;
+std::atomic<int32_t> g_living{0};
+std::atomic<int32_t> g_open{0};
+
+test::DriverScript Script() {
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  return g_script;
+}
+
+class FakeDriver : public DevicePort {
+ public:
+  explicit FakeDriver(const char* name) : DevicePort({1, 2, 3, 4, 5, 6}), name_(name) { ++g_living; }
+  ~FakeDriver() override {
+    MarkClosed();
+    --g_living;
+  }
+
+  int32_t Configure(const char* uri) override {
+    const int32_t result = Note("Configure ", uri).configure_result;
+    DeviceUri parsed;
+    if (result == VEXO_OK && ParseDeviceUri(&parsed, uri) == VEXO_OK) {
+      SetConfigured(parsed);
+    }
+    return result;
+  }
+
+  int32_t Open() override { return MarkOpen(Note("Open").open_result); }
+
+  int32_t OpenDeviceOfClass(uint32_t first_class, uint32_t class_count) override {
+    const test::UncountedAllocations uncounted;
+    const std::string classes = std::to_string(first_class) + ", " + std::to_string(class_count);
+    return MarkOpen(Note("OpenDeviceOfClass ", classes.c_str()).open_by_class_result);
+  }
+
+  int32_t Close() override {
+    MarkClosed();
+    return Note("Close").close_result;
+  }
+
+  int32_t Abort() override {
+    SetAborted();
+    return VEXO_OK;
+  }
+
+  int32_t CheckOpen() override { return open_ ? VEXO_OK : VEXO_ERROR_IO_NOT_OPEN; }
+
+  int32_t Write(const uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t length, uint32_t* written) override {
+    return Transfer("Write", VEXO_OK, length, written);
+  }
+
+  int32_t Read(uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t /*length*/, uint32_t* read) override {
+    return Transfer("Read", VEXO_ERROR_IO_READ_TIMEOUT, 0, read);
+  }
+
+  int32_t ReadAvailable(uint8_t* /*buffer*/, uint32_t /*from*/, uint32_t /*to*/, uint32_t* read) override {
+    return Transfer("ReadAvailable", VEXO_OK, 0, read);
+  }
+
+ private:
+  test::DriverScript Note(const char* operation, const char* details = "") const {
+    const test::UncountedAllocations uncounted;
+    const std::string call = std::string(name_) + " " + operation + details;
+    {
+      const std::lock_guard<std::mutex> guard(g_mutex);
+      g_calls.push_back(call);
+    }
+    return RunHook(call);
+  }
+
+  static test::DriverScript RunHook(const std::string& call) {
+    test::DriverScript script = Script();
+    if (script.during) {
+      script.during(call);
+    }
+    return script;
+  }
+
+  int32_t MarkOpen(int32_t result) {
+    if (result == VEXO_OK && !open_.exchange(true)) {
+      ++g_open;
+    }
+    return result;
+  }
+
+  void MarkClosed() {
+    if (open_.exchange(false)) {
+      --g_open;
+    }
+  }
+
+  int32_t Transfer(const char* operation, int32_t result, uint32_t length, uint32_t* count) const {
+    {
+      const test::UncountedAllocations uncounted;
+      RunHook(std::string(name_) + " " + operation);
+    }
+    if (IsAborted()) {
+      return VEXO_OK;
+    }
+    if (!open_) {
+      return VEXO_ERROR_IO_NOT_OPEN;
+    }
+    *count = length;
+    return result;
+  }
+
+  const char* const name_;
+  std::atomic<bool> open_{false};
+};
+
+}  // namespace
+
+namespace test {
+
+void SetDriverScript(DriverScript script) {
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  g_script = std::move(script);
+  g_calls.clear();
+}
+
+std::vector<std::string> DriverCalls() {
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  return g_calls;
+}
+
+int32_t LivingDrivers() { return g_living; }
+
+int32_t OpenDevices() { return g_open; }
+
+}  // namespace test
+
+std::unique_ptr<PortDriver> MakePortDriver(int32_t kind, bool* known) {
+  static constexpr const char* kNames[] = {"COM", "LPT", "USB", "NET", nullptr, "BT"};
+  *known = kind != VEXO_PORT_FILE;
+  if (!*known) {
+    return nullptr;
+  }
+  if (kind == VEXO_PORT_BUFFER) {
+    return std::unique_ptr<PortDriver>(new (std::nothrow) BufferPort);
+  }
+  return std::unique_ptr<PortDriver>(new (std::nothrow) FakeDriver(kNames[kind]));
+}
+
+}  // namespace vexo

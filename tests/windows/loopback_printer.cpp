@@ -1,0 +1,90 @@
+#include "windows/loopback_printer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+namespace vexo::test {
+namespace {
+
+constexpr timeval kPatience = {30, 0};
+constexpr timeval kLongForLoopback = {1, 0};
+
+bool Await(const Socket& socket, bool readable, timeval limit) {
+  fd_set set = {};
+  FD_SET(socket.get(), &set);
+  return select(0, readable ? &set : nullptr, readable ? nullptr : &set, nullptr, &limit) == 1;
+}
+
+}  // namespace
+
+std::string Connection::Receive(size_t length) {
+  std::string received;
+  std::vector<char> piece(64 * 1024);
+  while (received.size() < length && Await(socket_, /*readable=*/true, kPatience)) {
+    const size_t wanted = std::min(piece.size(), length - received.size());
+    const int count = recv(socket_.get(), piece.data(), static_cast<int>(wanted), 0);
+    if (count <= 0) {
+      break;
+    }
+    received.append(piece.data(), static_cast<size_t>(count));
+  }
+  return received;
+}
+
+void Connection::Send(const std::string& bytes) {
+  EXPECT_EQ(send(socket_.get(), bytes.data(), static_cast<int>(bytes.size()), 0), static_cast<int>(bytes.size()));
+}
+
+void Connection::Reset() {
+  const linger hard = {1, 0};
+  setsockopt(socket_.get(), SOL_SOCKET, SO_LINGER, reinterpret_cast<const char*>(&hard), sizeof(hard));
+  Close();
+}
+
+LoopbackPrinter::LoopbackPrinter(PrinterState state, const std::string& ip, uint16_t port) : ip_(ip) {
+  WSADATA data = {};
+  EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0);
+  listener_ = Socket(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = inet_addr(ip.c_str());
+  address.sin_port = htons(port);
+  EXPECT_EQ(bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0) << WSAGetLastError();
+  int size = sizeof(address);
+  getsockname(listener_.get(), reinterpret_cast<sockaddr*>(&address), &size);
+  port_ = ntohs(address.sin_port);
+  if (state != PrinterState::kRefusing) {
+    EXPECT_EQ(listen(listener_.get(), state == PrinterState::kOff ? 1 : 5), 0);
+  }
+  if (state == PrinterState::kOff) {
+    FillBacklog(address);
+  }
+}
+
+LoopbackPrinter::~LoopbackPrinter() {
+  waiting_hosts_.clear();
+  listener_.Close();
+  WSACleanup();
+}
+
+// Connects hosts that are never served until one gets no answer any more.
+void LoopbackPrinter::FillBacklog(const sockaddr_in& address) {
+  bool answered = true;
+  while (answered && waiting_hosts_.size() < 100) {
+    Socket host(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
+    u_long non_blocking = 1;
+    ioctlsocket(host.get(), static_cast<long>(FIONBIO), &non_blocking);
+    connect(host.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+    answered = Await(host, /*readable=*/false, kLongForLoopback);
+    waiting_hosts_.push_back(std::move(host));
+  }
+  EXPECT_FALSE(answered);
+}
+
+Connection LoopbackPrinter::Accept() {
+  EXPECT_TRUE(Await(listener_, /*readable=*/true, kPatience)) << "no host connects";
+  return Connection(Socket(accept(listener_.get(), nullptr, nullptr)));
+}
+
+}  // namespace vexo::test

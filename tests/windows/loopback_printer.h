@@ -1,0 +1,81 @@
+// A network printer on a loopback address, played by the test.
+#ifndef VEXO_TESTS_WINDOWS_LOOPBACK_PRINTER_H_
+#define VEXO_TESTS_WINDOWS_LOOPBACK_PRINTER_H_
+
+// winsock2.h must come before windows.h.
+#include <winsock2.h>
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vexo::test {
+
+class Socket {
+ public:
+  explicit Socket(SOCKET handle) : handle_(handle) {}
+  Socket(Socket&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_SOCKET)) {}
+  Socket& operator=(Socket&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+  }
+  ~Socket() { Close(); }
+
+  SOCKET get() const { return handle_; }
+  void Close() { closesocket(std::exchange(handle_, INVALID_SOCKET)); }
+
+ private:
+  SOCKET handle_;
+};
+
+// The printer's end of a connection. Whatever must come is waited for with a bound that only a fault exceeds.
+class Connection {
+ public:
+  explicit Connection(Socket socket) : socket_(std::move(socket)) {}
+
+  // The next `length` bytes; fewer when the host closed the connection or sends no more.
+  std::string Receive(size_t length);
+  std::string ReceiveRest() { return Receive(SIZE_MAX); }
+  void Send(const std::string& bytes);
+
+  // Ends the connection in good order, or as a printer does that is switched off and on again.
+  void Close() { socket_.Close(); }
+  void Reset();
+
+ private:
+  Socket socket_;
+};
+
+enum class PrinterState {
+  kListening,
+  kRefusing,  // It serves another host.
+  kOff,       // Nobody answers.
+};
+
+class LoopbackPrinter {
+ public:
+  explicit LoopbackPrinter(PrinterState state = PrinterState::kListening, const std::string& ip = "127.0.0.1",
+                           uint16_t port = 0);
+  LoopbackPrinter(const LoopbackPrinter&) = delete;
+  LoopbackPrinter& operator=(const LoopbackPrinter&) = delete;
+  ~LoopbackPrinter();
+
+  std::string descriptor() const { return "NET," + ip_ + ',' + std::to_string(port_); }
+  std::string uri() const { return "vexo:/dev/bus/NET/DEVICE?ip=" + ip_ + "+port=" + std::to_string(port_); }
+
+  // The next connection that hosts have made.
+  Connection Accept();
+
+ private:
+  void FillBacklog(const sockaddr_in& address);
+
+  const std::string ip_;
+  uint16_t port_ = 0;
+  Socket listener_{INVALID_SOCKET};
+  std::vector<Socket> waiting_hosts_;
+};
+
+}  // namespace vexo::test
+
+#endif  // VEXO_TESTS_WINDOWS_LOOPBACK_PRINTER_H_

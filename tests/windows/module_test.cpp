@@ -1,0 +1,145 @@
+// The DLL as a file that hosts load: what it exports, which version it is, and that it leaves nothing behind.
+#include <gtest/gtest.h>
+#include <windows.h>
+#include <winternl.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "vexo/extend.h"
+
+namespace vexo {
+namespace {
+
+HMODULE Library() { return GetModuleHandleA("vexoextend.dll"); }
+
+template <typename T>
+const T* AtOffset(HMODULE library, DWORD offset) {
+  return reinterpret_cast<const T*>(reinterpret_cast<const char*>(library) + offset);
+}
+
+std::vector<std::string> ExportedNames(HMODULE library) {
+  const auto* const dos = AtOffset<IMAGE_DOS_HEADER>(library, 0);
+  const auto* const header = AtOffset<IMAGE_NT_HEADERS>(library, static_cast<DWORD>(dos->e_lfanew));
+  const DWORD offset = header->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT].VirtualAddress;
+  const auto* const directory = AtOffset<IMAGE_EXPORT_DIRECTORY>(library, offset);
+  const auto* const names = AtOffset<DWORD>(library, directory->AddressOfNames);
+  std::vector<std::string> result;
+  for (DWORD i = 0; i < directory->NumberOfNames; ++i) {
+    result.emplace_back(AtOffset<char>(library, names[i]));
+  }
+  return result;
+}
+
+TEST(ModuleTest, ExportsWhatHostsImport) {
+  const std::vector<std::string> names = {
+      "AddReprintMonitorFun",
+      "CloseReprintMonitorWork",
+      "DestroyReprintMonitorObj",
+      "DiskPortOpen",
+      "GetDeviceStatus",
+      "GetExtendVersion",
+      "GetLastErrorCode",
+      "GetPrintWidth",
+      "GetPrinterTaskOverInfo",
+      "GetReprintMonitorObj",
+      "GetStatusReport",
+      "OpenReprintMonitorWork",
+      "QueryReprintMonitorWork",
+      "RegisterPrinter",
+      "RemoveReprintMonitorFun",
+      "ResetPrinterInteriorId",
+      "ScannerGunPortOpen",
+      "ScannerPortOpen",
+      "SelectSDKRepintType",
+      "SetClearPrintTask",
+      "SetDelayTime",
+      "SetPaperFeed",
+      "SetPollingTime",
+      "SetPrintTaskId",
+      "SetPrintWidth",
+      "SetReadTimeOut",
+  };
+  EXPECT_EQ(ExportedNames(Library()), names);
+}
+
+TEST(ModuleTest, CarriesItsVersion) {
+  char path[MAX_PATH] = {};
+  ASSERT_NE(GetModuleFileNameA(Library(), path, MAX_PATH), 0U);
+  std::vector<char> resource(GetFileVersionInfoSizeA(path, nullptr));
+  ASSERT_NE(GetFileVersionInfoA(path, 0, static_cast<DWORD>(resource.size()), resource.data()), 0);
+  VS_FIXEDFILEINFO* version = nullptr;
+  UINT size = 0;
+  ASSERT_NE(VerQueryValueA(resource.data(), "\\", reinterpret_cast<void**>(&version), &size), 0);
+  EXPECT_EQ(version->dwFileVersionMS, 0x0001'0000U);
+  EXPECT_EQ(version->dwFileVersionLS, 0x0002'0002U);
+}
+
+TEST(ModuleTest, TellsItsVersionWhenThereIsRoom) {
+  char text[] = "????????";
+  EXPECT_EQ(GetExtendVersion(text, 7), VEXO_ERROR_PARAMETER);
+  EXPECT_STREQ(text, "????????");
+  EXPECT_EQ(GetExtendVersion(text, 8), VEXO_OK);
+  EXPECT_STREQ(text, "1.0.2.2");
+  EXPECT_EQ(GetExtendVersion(nullptr, 8), VEXO_ERROR_PARAMETER);
+  EXPECT_EQ(GetLastErrorCode(), VEXO_OK);
+}
+
+// Handles of this process, as the system lists them: the layout of the list is not in its headers.
+size_t CountHandles() {
+  struct Entry {
+    void* object;
+    ULONG_PTR process;
+    ULONG_PTR handle;
+    ULONG access;
+    USHORT trace, type;
+    ULONG attributes, reserved;
+  };
+  struct List {
+    ULONG_PTR count, reserved;
+  };
+  constexpr auto kExtendedHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(64);
+  std::vector<char> buffer(1 << 20);
+  ULONG used = 0;
+  while (NtQuerySystemInformation(kExtendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()),
+                                  &used) != 0) {
+    buffer.resize(buffer.size() * 2);
+  }
+  const auto* const list = reinterpret_cast<const List*>(buffer.data());
+  const auto* const entries = reinterpret_cast<const Entry*>(list + 1);
+  size_t handles = 0;
+  for (ULONG_PTR i = 0; i < list->count; ++i) {
+    handles += entries[i].process == GetCurrentProcessId() ? 1 : 0;
+  }
+  return handles;
+}
+
+// This program holds its own DLL for good, so a copy is loaded.
+TEST(ModuleTest, LeavesNothingBehindWhenItIsUnloaded) {
+  const std::string copy = "vexoextend_copy_" + std::to_string(GetCurrentProcessId()) + ".dll";
+  char path[MAX_PATH] = {};
+  ASSERT_NE(GetModuleFileNameA(Library(), path, MAX_PATH), 0U);
+  ASSERT_NE(CopyFileA(path, copy.c_str(), FALSE), 0);
+  const auto use_once = [&copy] {
+    const HMODULE library = LoadLibraryA(copy.c_str());
+    ASSERT_NE(library, nullptr);
+    const auto open = reinterpret_cast<decltype(&ScannerGunPortOpen)>(
+        reinterpret_cast<void*>(GetProcAddress(library, "ScannerGunPortOpen")));
+    VexoPrinterHandle handle = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+    EXPECT_EQ(open(&handle, "NET,127.0.0.1"), VEXO_OK);
+    EXPECT_EQ(open(&handle, ""), VEXO_ERROR_IO_SETTING);
+    ASSERT_NE(FreeLibrary(library), 0);
+    ASSERT_EQ(GetModuleHandleA(copy.c_str()), nullptr) << "still loaded";
+  };
+  use_once();
+  const size_t handles = CountHandles();
+  for (int i = 0; i < 100; ++i) {
+    use_once();
+  }
+  EXPECT_EQ(CountHandles(), handles);
+  EXPECT_NE(DeleteFileA(copy.c_str()), 0);
+}
+
+}  // namespace
+}  // namespace vexo

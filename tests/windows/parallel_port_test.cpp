@@ -1,0 +1,106 @@
+// The parallel port through the exports, on a device of the system. run_parallel_tests.sh puts a file in its place: it
+// keeps what is written, and reads on from there.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <chrono>
+#include <string>
+
+#include "vexo/extend.h"
+#include "windows/port_calls.h"
+
+namespace vexo {
+namespace {
+
+using test::Read;
+using test::ReadAvailable;
+using test::Reading;
+using test::Write;
+using test::Written;
+
+constexpr char kDevice[] = "LPT5";
+
+// The printer's side of the device while no port has it open.
+class Device {
+ public:
+  Device() : file_(CreateFileA(kDevice, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {
+    EXPECT_NE(file_, INVALID_HANDLE_VALUE) << "is " << kDevice << " linked? error " << GetLastError();
+  }
+  ~Device() { CloseHandle(file_); }
+
+  void Replace(const std::string& content) {
+    SetEndOfFile(file_);
+    DWORD written = 0;
+    EXPECT_NE(WriteFile(file_, content.data(), static_cast<DWORD>(content.size()), &written, nullptr), 0);
+  }
+
+  std::string Content() {
+    std::string content(GetFileSize(file_, nullptr), '\0');
+    DWORD read = 0;
+    EXPECT_NE(ReadFile(file_, content.data(), static_cast<DWORD>(content.size()), &read, nullptr), 0);
+    return content;
+  }
+
+ private:
+  HANDLE file_;
+};
+
+class ParallelPortTest : public ::testing::Test {
+ protected:
+  ParallelPortTest() {
+    Device().Replace("");
+    EXPECT_EQ(ScannerGunPortOpen(&handle_, kDevice), VEXO_OK);
+  }
+  ~ParallelPortTest() override { ScannerGunPortOpen(&handle_, ""); }
+
+  VexoPort* port() { return handle_.port; }
+
+  VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+};
+
+TEST_F(ParallelPortTest, JobArrivesByteExact) {
+  const std::string job = test::Pattern(10'000);
+  EXPECT_EQ(port()->kind, VEXO_PORT_PARALLEL);
+  EXPECT_EQ(Write(port(), job), Written(VEXO_ERROR_IO_NOT_OPEN, 0));
+  ASSERT_EQ(port()->Open(port()), VEXO_OK);
+  EXPECT_EQ(Write(port(), job), Written(VEXO_OK, 10'000));
+  EXPECT_EQ(port()->Close(port()), VEXO_OK);
+  EXPECT_TRUE(Device().Content() == job);
+}
+
+TEST_F(ParallelPortTest, AnswersAreReadUntilThereAreNoMore) {
+  Device().Replace("abcdefg");
+  ASSERT_EQ(port()->SetTimeouts(port(), {10, 5, 20, 10, 2000, 0}), VEXO_OK);
+  ASSERT_EQ(port()->Open(port()), VEXO_OK);
+  EXPECT_EQ(ReadAvailable(port(), 2), Reading(VEXO_OK, 2, "ab"));
+  EXPECT_EQ(Read(port(), 3), Reading(VEXO_OK, 3, "cde"));
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_EQ(Read(port(), 4), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 2, "fg"));
+  EXPECT_GE(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(4 * 5 + 20));
+  EXPECT_EQ(ReadAvailable(port(), 4), Reading(VEXO_OK, 0, ""));
+}
+
+TEST_F(ParallelPortTest, StatusFlagIsKept) {
+  const auto expect_flag = [this](uint8_t expected) {
+    uint8_t flag = 0xEE;
+    uint32_t returned = 0;
+    EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, nullptr, 0, &flag, 1, &returned), 0);
+    EXPECT_EQ(flag, expected);
+    EXPECT_EQ(returned, 1U);
+  };
+  expect_flag(1);
+  const uint8_t busy = 5;
+  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_SET_STATUS, nullptr, &busy, 1, nullptr, 0, nullptr), 0);
+  expect_flag(5);
+  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_SET_STATUS, nullptr, &busy, 0, nullptr, 0, nullptr), -1);
+  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, nullptr, 0, nullptr, 1, nullptr), -2);
+  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_USB_GET_READ_GATED, nullptr, nullptr, 0, nullptr, 0, nullptr), -7);
+}
+
+TEST_F(ParallelPortTest, MissingDeviceIsTheSystemsError) {
+  EXPECT_EQ(ScannerGunPortOpen(&handle_, "LPT9"), VEXO_OK);
+  EXPECT_EQ(port()->Open(port()), ERROR_FILE_NOT_FOUND);
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,16 @@
+#!/usr/bin/env bash
+# Runs the parallel port's tests on a file that takes the place of the device LPT5:
+# run_parallel_tests.sh WINE_RUNNER PROGRAM [ARGUMENT...]
+set -euo pipefail
+runner=$1
+shift
+"$runner" cmd /c ver >/dev/null # Wine drops links to the ports that it numbers itself, but only while it starts.
+
+prefix=${VEXO_WINEPREFIX:-$(dirname "$runner")/../build/wineprefix}
+link=$prefix/dosdevices/lpt5
+device=$(mktemp)
+exec {lock}>"$prefix/lpt5.lock"
+flock "$lock"
+trap 'rm -f "$link" "$device"' EXIT
+ln -sfn "$device" "$link"
+"$runner" "$@"

@@ -1,0 +1,50 @@
+#include "windows/virtual_time.h"
+
+#include "platform/clock.h"
+#include "platform/windows/wait.h"
+
+namespace vexo {
+namespace {
+
+constexpr DWORD kPatienceMs = 20'000;  // For what the system is about to complete, however busy the machine is.
+
+}  // namespace
+
+test::VirtualTime& test::Time() {
+  static VirtualTime time;
+  return time;
+}
+
+namespace platform {
+
+using test::Time;
+
+uint32_t TickCount() { return Time().now += Time().tick_step; }
+int64_t PerformanceCounter() { return Time().now; }
+int64_t PerformanceFrequency() { return 1000; }
+void YieldThread() {}
+
+void SleepMs(uint32_t milliseconds) {
+  Time().sleeps.push_back(milliseconds);
+  Time().now += milliseconds;
+}
+
+DWORD WaitForHandle(HANDLE handle, DWORD milliseconds) {
+  if (milliseconds == INFINITE) {
+    return WaitForSingleObject(handle, kPatienceMs);
+  }
+  Time().waits.push_back(milliseconds);
+  if (Time().happenings.empty()) {
+    Time().now += milliseconds;
+    return WaitForSingleObject(handle, 0);
+  }
+  const test::Happening happening = Time().happenings.front();
+  Time().happenings.pop_front();
+  Time().now += happening.after_ms;
+  happening.event();
+  const DWORD waited = WaitForSingleObject(handle, kPatienceMs);
+  return happening.too_late ? static_cast<DWORD>(WAIT_TIMEOUT) : waited;
+}
+
+}  // namespace platform
+}  // namespace vexo
