@@ -37,12 +37,12 @@ PortRegistry::~PortRegistry() {
 }
 
 VexoPort* PortRegistry::Add(const VexoPort& prototype, std::unique_ptr<PortDriver> driver, PortLockReference lock) {
-  PortDriver* const key = driver.get();
   auto live = std::make_shared<LiveDriver>(std::move(driver), std::move(lock));
   if (prototype.kind == VEXO_PORT_BLUETOOTH) {
     live->keepsake_.push_back(live->driver_);
   }
   const std::lock_guard<std::mutex> guard(mutex_);
+  void* const key = NewKey();
   const auto added = content_->drivers.emplace(key, live).first;
   try {
     VexoPort* const record = PlaceRecord(prototype, key);
@@ -54,9 +54,15 @@ VexoPort* PortRegistry::Add(const VexoPort& prototype, std::unique_ptr<PortDrive
   }
 }
 
+// Counted, and not the driver's address, which another driver may have later: a copy of a closed record must not reach
+// another printer.
+void* PortRegistry::NewKey() {
+  return reinterpret_cast<void*>(++content_->last_key);  // NOLINT(performance-no-int-to-ptr): never dereferenced.
+}
+
 // A record that is used again already has the operations. Its magic comes last: until then it is no port object to a
 // thread that still has its address.
-VexoPort* PortRegistry::PlaceRecord(const VexoPort& prototype, PortDriver* driver) {
+VexoPort* PortRegistry::PlaceRecord(const VexoPort& prototype, void* key) {
   if (content_->resting.size() > kRestingRecords) {
     content_->records.splice(content_->records.end(), content_->resting, content_->resting.begin());
   } else {
@@ -64,7 +70,7 @@ VexoPort* PortRegistry::PlaceRecord(const VexoPort& prototype, PortDriver* drive
     content_->records.back().magic = 0;
   }
   VexoPort* const record = &content_->records.back();
-  record->driver = driver;
+  record->driver = key;
   StoreField(&record->kind, prototype.kind);
   StoreField(&record->magic, prototype.magic);
   return record;

@@ -63,9 +63,11 @@ class PortRegistry {
     std::list<VexoPort> records;
     std::list<VexoPort> resting;
     std::list<std::shared_ptr<PortDriver>> kept;
+    uintptr_t last_key = 0;
   };
 
-  VexoPort* PlaceRecord(const VexoPort& prototype, PortDriver* driver);
+  void* NewKey();
+  VexoPort* PlaceRecord(const VexoPort& prototype, void* key);
 
   std::mutex mutex_;
   std::unique_ptr<Content> content_;

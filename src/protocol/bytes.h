@@ -22,8 +22,7 @@ constexpr uint16_t ReadLittleEndian16(const uint8_t* bytes) {
 }
 
 constexpr uint32_t ReadLittleEndian32(const uint8_t* bytes) {
-  return static_cast<uint32_t>(ReadLittleEndian16(bytes)) |
-         static_cast<uint32_t>(ReadLittleEndian16(bytes + 2)) << 16;
+  return static_cast<uint32_t>(ReadLittleEndian16(bytes)) | static_cast<uint32_t>(ReadLittleEndian16(bytes + 2)) << 16;
 }
 
 }  // namespace vexo

@@ -20,7 +20,7 @@ TEST(Descriptor, BecomesUri) {
   static const struct {
     const char* descriptor;
     const char* uri;  // What follows "vexo:/dev/bus/".
-  } rows[] = {
+  } kRows[] = {
       // Serial lines.
       {"COM3,9600", "COM/COM3?baudrate=9600+parity=n+bytesize=8+stopbits=1+flowcontrol=n"},
       {" COM1 , 115200 ,E,7,2,x", "COM/COM1?baudrate=115200+parity=E+bytesize=7+stopbits=2+flowcontrol=x"},
@@ -61,7 +61,7 @@ TEST(Descriptor, BecomesUri) {
       // Only ten fields count.
       {"USB,A,B,C,D,E,F,G,H,VID_0X0001,PID_0X0002", "USB/A?vid=0001"},
   };
-  for (const auto& row : rows) {
+  for (const auto& row : kRows) {
     EXPECT_EQ(kScheme + std::string(row.uri), Convert(row.descriptor)) << row.descriptor;
   }
 }

@@ -139,13 +139,13 @@ TEST(PrintWidth, HandleIsCheckedBeforeEachStep) {
     void (*change)(VexoPrinterHandle* handle);
     int32_t code;
     bool shows_in_handle;
-  } faults[] = {
+  } kFaults[] = {
       {"closed", [](VexoPrinterHandle* handle) { handle->portOpen = 0; }, -309, true},
       {"port gone", [](VexoPrinterHandle* handle) { handle->port = nullptr; }, -309, true},
       {"wrong magic", [](VexoPrinterHandle* handle) { handle->magic = 559; }, -6, true},
       {"wrong port magic", [](VexoPrinterHandle* handle) { handle->port->magic = 0; }, -6, false},
   };
-  for (const auto& fault : faults) {
+  for (const auto& fault : kFaults) {
     SCOPED_TRACE(fault.name);
     const auto step_and_fault = [&fault](Printer* printer, Bytes bytes = {}) {
       return Step{0, std::move(bytes), {}, [&fault, printer] { fault.change(&printer->handle); }};

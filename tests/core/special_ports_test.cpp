@@ -46,7 +46,7 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
     const char* text;
     uint32_t kind;
     const char* last_call;
-  } rows[] = {
+  } kRows[] = {
       {DiskPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
       {ScannerPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
       {DiskPortOpen, "LPT1", VEXO_PORT_PARALLEL, "LPT OpenDeviceOfClass 0, 1"},
@@ -59,7 +59,7 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
       {ScannerGunPortOpen, "BT,0A,1", VEXO_PORT_BLUETOOTH, "BT Configure vexo:/dev/bus/BT/DEVICE?address=0A+pin=1"},
       {ScannerGunPortOpen, "BUF", VEXO_PORT_BUFFER, "BT Close"},
   };
-  for (const auto& row : rows) {
+  for (const auto& row : kRows) {
     EXPECT_EQ(0, row.open(&handle_, row.text));
     EXPECT_EQ(1, handle_.portOpen);
     EXPECT_EQ(row.kind, handle_.port->kind);
@@ -77,11 +77,11 @@ TEST_F(SpecialPorts, DeviceThatDoesNotOpenLeavesItsPortClosedInTheHandle) {
     Export open;
     const char* text;
     int32_t code;
-  } rows[] = {
+  } kRows[] = {
       {DiskPortOpen, "USB", -372},       {ScannerPortOpen, "USB", -372}, {ScannerGunPortOpen, "USB", -372},
       {ScannerGunPortOpen, "COM1,1", 2}, {DiskPortOpen, "BUF", -372},  // Has no device file at all.
   };
-  for (const auto& row : rows) {
+  for (const auto& row : kRows) {
     EXPECT_EQ(row.code, row.open(&handle_, row.text));
     EXPECT_EQ(0, handle_.portOpen);
     EXPECT_NE(nullptr, handle_.port);
@@ -107,9 +107,9 @@ TEST_F(SpecialPorts, FailureToMakeTheNewPortLeavesNone) {
     int32_t configure_result;
     uint32_t failing_allocation;
     int32_t code;
-  } rows[] = {{nullptr, 0, 0, -301}, {"X", 0, 0, -301},    {"FILE,x", 0, 0, -4}, {"NET,1.2.3.4", -1, 0, -1},
-              {"USB", 0, 2, -2},     {"COM1,1", 0, 3, -2}, {"BUF", 0, 2, -9},    {"BUF", 0, 3, -9}};
-  for (const auto& row : rows) {
+  } kRows[] = {{nullptr, 0, 0, -301}, {"X", 0, 0, -301},    {"FILE,x", 0, 0, -4}, {"NET,1.2.3.4", -1, 0, -1},
+               {"USB", 0, 2, -2},     {"COM1,1", 0, 3, -2}, {"BUF", 0, 2, -9},    {"BUF", 0, 3, -9}};
+  for (const auto& row : kRows) {
     for (const Export open : kExports) {
       test::SetDriverScript({});
       ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));

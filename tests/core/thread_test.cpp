@@ -65,9 +65,9 @@ class Threads : public ::testing::Test {
 
 TEST_F(Threads, PortsAreOpenedAndClosedOnAnyThread) {
   std::atomic<int> failures{0};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) {
-    threads.emplace_back([&failures, i] {
+  std::vector<std::thread> threads(8);
+  for (size_t i = 0; i < threads.size(); ++i) {
+    threads[i] = std::thread([&failures, i] {
       const char* const text = i % 2 == 0 ? "NET,10.0.0.5" : "BUF";
       for (int round = 0; round < 100; ++round) {
         VexoPort* port = nullptr;
