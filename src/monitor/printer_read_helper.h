@@ -61,8 +61,8 @@ struct CVEXOPrinterReadHelper {
   vexo::CallbackRegistry& callbacks() { return callbacks_; }
 
  private:
-  // Written together: a reader that sees the stop must not see the work still open.
-  struct Flags {
+  // Written together, in one store: a reader that sees the stop must not see the work still open.
+  struct alignas(2) Flags {
     bool stop_requested = false;
     bool work_open = false;
   };

@@ -14,12 +14,12 @@ namespace {
 // closed it finds a record without magic: not freed memory, and not somebody else's printer.
 constexpr size_t kRestingRecords = 64;
 
+// Made when the library is loaded, so that closing a port never needs memory.
+PortRegistry g_registry;
+
 }  // namespace
 
-PortRegistry& Registry() {
-  static PortRegistry registry;
-  return registry;
-}
+PortRegistry& Registry() { return g_registry; }
 
 LiveDriver::LiveDriver(std::unique_ptr<PortDriver> driver, PortLockReference lock)
     : lock_(std::move(lock)), driver_(std::move(driver)) {}
