@@ -30,6 +30,8 @@ enum VexoResult {
   VEXO_ERROR_IMAGE_LOAD = -21,           /**< An image could not be loaded. */
   VEXO_ERROR_IMAGE_SIZE = -25,           /**< An image is too large. */
 
+  VEXO_ERROR_INCOMPLETE_REPLY = -30, /**< A framed reply of the printer ends too early. No words of its own. */
+
   /* Printer and driver. */
   VEXO_ERROR_PRINT = -100,        /**< General printing error. */
   VEXO_ERROR_DRIVER_DATA = -101,  /**< The printer driver's data is damaged. */

@@ -37,8 +37,8 @@ extern "C" {
 VEXO_API int32_t GetExtendVersion(char* buffer, uint32_t size);
 
 /**
- * Gives the result of the latest call of a job monitor function, on whatever thread it ran; 0 before the first one.
- * Reading does not reset it. The other functions of the library do not touch it.
+ * Gives the latest failure that a job monitor function stored, on whatever thread it ran; 0 before the first one.
+ * Neither reading nor a success resets it. The other functions of the library do not touch it.
  */
 VEXO_API int32_t GetLastErrorCode(void);
 
@@ -110,7 +110,11 @@ VEXO_API int32_t GetPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
  *
  * The functions may be called from any thread, also from a callback (but for DestroyReprintMonitorObj). A null argument
  * gives -7002. Failures are stored for GetLastErrorCode unless said otherwise; success leaves the stored value alone. A
- * pointer that is no monitor object, or one that is destroyed already, cannot be detected.
+ * pointer that is no monitor object, or one that is destroyed already, cannot be detected. -9 is returned when memory
+ * runs out, and -300 when a port object of the host's own throws an exception.
+ *
+ * Waiting times count looks at the printer, 20 ms apart: a look takes no time on TCP and up to 100 ms on a port to a
+ * device file, so the default read timeout of 1000 ms lasts about 1 s on TCP and up to 6 s on USB.
  */
 
 /** A monitor object; made by GetReprintMonitorObj, freed by DestroyReprintMonitorObj. */
@@ -135,9 +139,10 @@ typedef void (*MonitorCallback)(int32_t event, int32_t taskId, uint32_t value);
 VEXO_API CVEXOPrinterReadHelper* GetReprintMonitorObj(void);
 
 /**
- * Removes all callbacks, ends the reader thread, waits for it and frees the object. The wait lasts as long as the poll
- * under way and the pause after it, at most 100 ms of that. The printer is not told: close the work first. No other
- * thread may use the object any more.
+ * Removes all callbacks, ends the reader thread, waits for it and frees the object. The wait lasts for the rest of the
+ * thread's pause, at most 100 ms, and for the look at the printer under way (in family 0, when a job has just ended,
+ * that is up to the read timeout). The printer is not told: close the work first. No other thread may use the object
+ * any more.
  *
  * @return 0; -7002 null.
  * @throws std::system_error (a C++ exception, "resource deadlock would occur") on the reader thread itself, that is
@@ -166,7 +171,7 @@ VEXO_API int32_t SetDelayTime(CVEXOPrinterReadHelper* monitor, int64_t milliseco
 
 /**
  * Sets how long a function waits for the printer's reply, in milliseconds; 1000 at the start. It is used in whole steps
- * of 20 ms; less than 20, or a negative time, looks once without waiting.
+ * of 20 ms, one look each; less than 20, or a negative time, looks once.
  *
  * @return 0; -7002 null.
  */
@@ -257,7 +262,8 @@ VEXO_API int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_
 /**
  * Listens to a printer for a while and gives the texts of the V2 replies that arrive (what it says about finished
  * tasks), percent escapes decoded, with "|" between them. Blocks for timeMs and at most one read more. Works without a
- * monitor object; do not let one listen to the same printer meanwhile. Stores nothing for GetLastErrorCode.
+ * monitor object; do not let one listen to the same printer meanwhile. Stores nothing for GetLastErrorCode, and a null
+ * handle gives -6.
  *
  * @param timeMs     milliseconds to listen; 0 or less reads once.
  * @param text       receives the texts; all textLength bytes are zeroed first. No terminating zero is added beyond
@@ -268,7 +274,6 @@ VEXO_API int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_
  *         small; -1 a text ends within a percent escape; nothing arrived: the result of the last read (-6 no printer
  *         handle, -309 port not open, -332 silence, ..., possibly 0). text and *length are written only when something
  *         arrived and the result is 0.
- * @throws std::bad_alloc (a C++ exception).
  */
 VEXO_API int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeMs, char* text, uint32_t textLength,
                                         uint32_t* length);

@@ -1,5 +1,3 @@
-#include <algorithm>
-#include <cstring>
 #include <memory>
 #include <new>
 #include <system_error>
@@ -23,6 +21,24 @@ int32_t StoreFailure(int32_t result) {
 
 int32_t BadArgument() { return StoreFailure(VEXO_ERROR_MONITOR_PARAMETER); }
 
+// What a function does, without its exceptions: C hosts cannot take them.
+template <typename Function>
+int32_t Contain(Function function) {
+  try {
+    return function();
+  } catch (const std::bad_alloc&) {
+    return VEXO_ERROR_OUT_OF_MEMORY;
+  } catch (...) {  // A host's own port object may throw anything.
+    return VEXO_ERROR_IO;
+  }
+}
+
+// Runs a function of the monitor under the last-error rule.
+template <typename Function>
+int32_t Run(CVEXOPrinterReadHelper* monitor, Function function) {
+  return monitor != nullptr ? StoreFailure(Contain([&] { return function(monitor); })) : BadArgument();
+}
+
 int32_t SetTime(CVEXOPrinterReadHelper* monitor, void (CVEXOPrinterReadHelper::*set)(int64_t), int64_t milliseconds) {
   if (monitor == nullptr) {
     return BadArgument();
@@ -34,14 +50,12 @@ int32_t SetTime(CVEXOPrinterReadHelper* monitor, void (CVEXOPrinterReadHelper::*
 }  // namespace
 
 CVEXOPrinterReadHelper* GetReprintMonitorObj(void) {
-  std::unique_ptr<CVEXOPrinterReadHelper> monitor(new (std::nothrow) CVEXOPrinterReadHelper);
   try {
-    if (monitor != nullptr) {
-      monitor->StartReader();
-      return monitor.release();
-    }
-  } catch (const std::system_error&) {  // No thread to be had: as useless as no object.
+    auto monitor = std::make_unique<CVEXOPrinterReadHelper>();
+    monitor->StartReader();
+    return monitor.release();
   } catch (const std::bad_alloc&) {
+  } catch (const std::system_error&) {  // No thread to be had: as useless as no object.
   }
   StoreFailure(VEXO_ERROR_MONITOR_OUT_OF_MEMORY);
   return nullptr;
@@ -83,19 +97,15 @@ int32_t SetPollingTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds) {
   return SetTime(monitor, &CVEXOPrinterReadHelper::SetPollingTime, milliseconds);
 }
 
-int32_t OpenReprintMonitorWork(CVEXOPrinterReadHelper* monitor) {
-  return monitor != nullptr ? StoreFailure(vexo::OpenWork(monitor)) : BadArgument();
-}
+int32_t OpenReprintMonitorWork(CVEXOPrinterReadHelper* monitor) { return Run(monitor, vexo::OpenWork); }
 
-int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor) {
-  return monitor != nullptr ? StoreFailure(vexo::CloseWork(monitor)) : BadArgument();
-}
+int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor) { return Run(monitor, vexo::CloseWork); }
 
 int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t bufferLength) {
-  if (monitor == nullptr || buffer == nullptr || bufferLength == 0) {
+  if (buffer == nullptr || bufferLength == 0) {
     return BadArgument();
   }
-  return StoreFailure(vexo::QueryWork(monitor, buffer, bufferLength));
+  return Run(monitor, [=](auto* object) { return vexo::QueryWork(object, buffer, bufferLength); });
 }
 
 // An event that is unknown to the family is reported like no event, but not stored.
@@ -124,36 +134,37 @@ int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId) {
   if (monitor == nullptr || taskId < vexo::kLowestTask || taskId > vexo::kHighestTask) {
     return BadArgument();
   }
-  return monitor->work_open() ? vexo::TagNextJob(monitor, taskId) : VEXO_ERROR_MONITOR_NOT_OPEN;
-}
-
-int32_t SetClearPrintTask(CVEXOPrinterReadHelper* monitor) {
-  if (monitor == nullptr) {
-    return BadArgument();
-  }
-  return monitor->work_open() ? StoreFailure(vexo::ClearTasks(monitor)) : VEXO_ERROR_MONITOR_NOT_OPEN;
-}
-
-int32_t GetDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status) {
-  if (monitor == nullptr || status == nullptr) {
-    return BadArgument();
-  }
-  return StoreFailure(vexo::QueryDeviceStatus(monitor, status));
-}
-
-int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor) {
-  return monitor != nullptr ? StoreFailure(vexo::FeedPaper(monitor)) : BadArgument();
-}
-
-int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode) {
-  constexpr uint32_t kAwaitAnswer = 1;
-  if (monitor == nullptr || mode > kAwaitAnswer) {
-    return BadArgument();
-  }
   if (!monitor->work_open()) {
     return VEXO_ERROR_MONITOR_NOT_OPEN;
   }
-  return StoreFailure(vexo::ResetTaskNumbers(monitor, mode == kAwaitAnswer));
+  return Contain([=] { return vexo::TagNextJob(monitor, taskId); });
+}
+
+int32_t SetClearPrintTask(CVEXOPrinterReadHelper* monitor) {
+  if (monitor != nullptr && !monitor->work_open()) {
+    return VEXO_ERROR_MONITOR_NOT_OPEN;
+  }
+  return Run(monitor, vexo::ClearTasks);
+}
+
+int32_t GetDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status) {
+  if (status == nullptr) {
+    return BadArgument();
+  }
+  return Run(monitor, [=](auto* object) { return vexo::QueryDeviceStatus(object, status); });
+}
+
+int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor) { return Run(monitor, vexo::FeedPaper); }
+
+int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode) {
+  constexpr uint32_t kAwaitAnswer = 1;
+  if (mode > kAwaitAnswer) {
+    return BadArgument();
+  }
+  if (monitor != nullptr && !monitor->work_open()) {
+    return VEXO_ERROR_MONITOR_NOT_OPEN;
+  }
+  return Run(monitor, [=](auto* object) { return vexo::ResetTaskNumbers(object, mode == kAwaitAnswer); });
 }
 
 // Works on the printer handle alone and stores nothing.
@@ -165,27 +176,17 @@ int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeMs, char* 
   if (text == nullptr || length == nullptr) {
     return VEXO_ERROR_MONITOR_PARAMETER;
   }
-  std::string decoded;
-  bool heard = false;
-  const int32_t result = vexo::ListenForTaskTexts(handle, timeMs, &decoded, &heard);
-  if (result != VEXO_OK || !heard) {
-    return result;
-  }
-  if (textLength < decoded.size()) {
-    return VEXO_ERROR_BUFFER_TOO_SMALL;
-  }
-  std::memset(text, 0, textLength);
-  std::copy(decoded.begin(), decoded.end(), text);
-  *length = static_cast<uint32_t>(decoded.size());
-  return VEXO_OK;
+  return Contain([=] { return vexo::ReadTaskOverInfo(handle, timeMs, text, textLength, length); });
 }
 
 int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCallback callback, int64_t* id) {
-  if (monitor == nullptr || callback == nullptr || id == nullptr) {
+  if (callback == nullptr || id == nullptr) {
     return BadArgument();
   }
-  *id = monitor->callbacks().Add(callback);
-  return VEXO_OK;
+  return Run(monitor, [=](auto* object) {
+    *id = object->callbacks().Add(callback);
+    return VEXO_OK;
+  });
 }
 
 int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_t id) {

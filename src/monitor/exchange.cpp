@@ -1,5 +1,6 @@
 #include "monitor/exchange.h"
 
+#include <algorithm>
 #include <mutex>
 
 #include "platform/clock.h"
@@ -12,7 +13,7 @@ namespace {
 
 constexpr char kGsParenH[] = "1D 28 48";
 constexpr int kAnswerAttempts = 2;
-constexpr int kTaskDigits = 4;
+constexpr size_t kTaskDigits = 4;
 
 }  // namespace
 
@@ -22,13 +23,9 @@ Bytes BuildGsParenHCommand(const Bytes& body) {
   return command;
 }
 
-Bytes TaskNumberText(int32_t task_id) {
-  Bytes text(kTaskDigits, '0');
-  for (auto digit = text.rbegin(); digit != text.rend(); ++digit) {
-    *digit = static_cast<uint8_t>('0' + task_id % 10);
-    task_id /= 10;
-  }
-  return text;
+std::string TaskNumberText(int32_t task_id) {
+  const std::string digits = std::to_string(task_id);
+  return std::string(kTaskDigits - std::min(digits.size(), kTaskDigits), '0') + digits;
 }
 
 int32_t SendSetVal(CVEXOPrinterReadHelper* monitor, std::string_view key, std::string_view value) {

@@ -3,6 +3,7 @@
 #define VEXO_MONITOR_EXCHANGE_H_
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "monitor/printer_read_helper.h"
@@ -15,7 +16,7 @@ namespace vexo {
 Bytes BuildGsParenHCommand(const Bytes& body);
 
 // Decimal, padded with "0" to four digits.
-Bytes TaskNumberText(int32_t task_id);
+std::string TaskNumberText(int32_t task_id);
 
 // Sends without waiting for a reply, and without a lock. The result is that of the send.
 int32_t SendSetVal(CVEXOPrinterReadHelper* monitor, std::string_view key, std::string_view value);

@@ -1,6 +1,7 @@
 #include "monitor/monitor_work.h"
 
 #include <algorithm>
+#include <iterator>
 #include <mutex>
 #include <string_view>
 
@@ -15,8 +16,8 @@ constexpr std::string_view kMonitorKey = "job_monitor";
 constexpr std::string_view kOn = "on";
 constexpr std::string_view kOff = "off";
 
-constexpr uint8_t kMonitoringOn[] = {0x03, 0x00, 0x31, 0x30, 0x32};
-constexpr uint8_t kMonitoringOff[] = {0x03, 0x00, 0x31, 0x30, 0x30};
+const Bytes kMonitoringOn = {0x03, 0x00, 0x31, 0x30, 0x32};
+const Bytes kMonitoringOff = {0x03, 0x00, 0x31, 0x30, 0x30};
 constexpr uint32_t kMonitoringOffDelayMs = 300;  // The printer finishes reporting first.
 
 constexpr int kQueryAttempts = 2;
@@ -32,11 +33,6 @@ constexpr struct {
     {ProtocolFamily::kV1, kReportJobState, 3, false},     {ProtocolFamily::kGsParenH, kReplyJobStarted, 1, false},
     {ProtocolFamily::kGsParenH, kReplyJobEnded, 2, true}, {ProtocolFamily::kGsParenH, kReplyTrackingReset, 3, false},
 };
-
-template <size_t kSize>
-Bytes ToBytes(const uint8_t (&bytes)[kSize]) {
-  return Bytes(std::begin(bytes), std::end(bytes));
-}
 
 // Hosts pass a zeroed buffer: no terminating zero is written.
 int32_t CopyWord(bool on, char* buffer, int32_t buffer_length) {
@@ -66,7 +62,7 @@ ReportRecord TakeQueryAnswer(CVEXOPrinterReadHelper* monitor) {
 
 int32_t OpenWork(CVEXOPrinterReadHelper* monitor) {
   const int32_t sent = monitor->family() == ProtocolFamily::kV1 ? SendSetVal(monitor, kMonitorKey, kOn)
-                                                                : SendGsParenH(monitor, ToBytes(kMonitoringOn));
+                                                                : SendGsParenH(monitor, kMonitoringOn);
   if (sent == VEXO_OK) {
     monitor->SetWorkOpen(true);
   }
@@ -76,7 +72,7 @@ int32_t OpenWork(CVEXOPrinterReadHelper* monitor) {
 int32_t CloseWork(CVEXOPrinterReadHelper* monitor) {
   const int32_t sent = monitor->family() == ProtocolFamily::kV1
                            ? SendSetVal(monitor, kMonitorKey, kOff)
-                           : SendGsParenH(monitor, ToBytes(kMonitoringOff), kMonitoringOffDelayMs);
+                           : SendGsParenH(monitor, kMonitoringOff, kMonitoringOffDelayMs);
   if (sent == VEXO_OK) {
     monitor->SetWorkOpen(false);
     monitor->ForgetJobs();
@@ -114,14 +110,16 @@ StatusReport TakeStatusReport(CVEXOPrinterReadHelper* monitor) {
     return report;
   }
   report.outcome = StatusReport::Outcome::kUnknown;
-  for (const auto& entry : kStatuses) {
-    if (entry.family == monitor->family() && entry.type == event.type) {
-      report.outcome = StatusReport::Outcome::kEvent;
-      report.status = entry.status;
-      report.task_id = event.task_id;
-      report.has_value = entry.carries_value;
-      report.value = ~event.value;  // Printers report the state inverted.
-    }
+  const ProtocolFamily family = monitor->family();
+  const auto* const entry = std::find_if(std::begin(kStatuses), std::end(kStatuses), [&](const auto& candidate) {
+    return candidate.family == family && candidate.type == event.type;
+  });
+  if (entry != std::end(kStatuses)) {
+    report.outcome = StatusReport::Outcome::kEvent;
+    report.status = entry->status;
+    report.task_id = event.task_id;
+    report.has_value = entry->carries_value;
+    report.value = ~event.value;  // Printers report the state inverted.
   }
   return report;
 }

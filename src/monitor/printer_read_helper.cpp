@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <new>
 #include <utility>
 
 #include "platform/clock.h"
@@ -51,12 +52,21 @@ void CVEXOPrinterReadHelper::StopReader() {
 void CVEXOPrinterReadHelper::ReaderLoop() {
   while (!stop_requested()) {
     try {
-      if (work_open()) {
-        Poll(0);
-      }
-    } catch (...) {  // NOLINT(bugprone-empty-catch): out of memory; the next pass tries again.
+      PollWhileWorkIsOpen();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): out of memory, or a host's own port; the next pass tries again.
     }
     PauseReader();
+  }
+}
+
+// Looked at again under the lock: a close that came in between has forgotten all jobs, and nothing of them may follow.
+void CVEXOPrinterReadHelper::PollWhileWorkIsOpen() {
+  if (!work_open()) {
+    return;
+  }
+  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  if (work_open()) {
+    Poll(0);
   }
 }
 
@@ -84,20 +94,24 @@ void CVEXOPrinterReadHelper::SetWorkOpen(bool open) {
 }
 
 int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
+  // The result is kept apart from the shared one, which a poll on the other thread may overwrite at any moment.
+  int32_t result = last_result_;
   try {
     for (int attempt = 0; attempt < kSendAttempts; ++attempt) {
-      last_result_ = vexo::PrinterConnection(printer_).Write(command);
-      if (last_result_ != VEXO_ERROR_IO_WRITE_TIMEOUT) {
+      result = vexo::PrinterConnection(printer_).Write(command);
+      last_result_ = result;
+      if (result != VEXO_ERROR_IO_WRITE_TIMEOUT) {
         break;
       }
     }
   } catch (...) {  // NOLINT(bugprone-empty-catch): a host's own port object may throw; the last result stands.
   }
-  return last_result_;
+  return result;
 }
 
 void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
   const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  received_.Reserve(kPollSize);  // What has been read must not be lost for want of memory.
   uint8_t bytes[kPollSize];
   uint32_t count = 0;
   last_result_ = vexo::ReadReply(printer_, bytes, 0, kPollSize, &count, ReceiveTries(timeout_ms), kReceiveStepMs);
@@ -108,9 +122,10 @@ void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
 }
 
 // A frame is consumed before anything comes of it, so an export that is called inside a callback never sees it again.
-// Nothing is remembered across steps but the buffer itself, for such an export may receive and decode, too.
+// Nothing is remembered across steps but the buffer itself, for such an export may receive and decode, too. A monitor
+// that is being destroyed has nobody left to tell.
 void CVEXOPrinterReadHelper::Decode() {
-  for (;;) {
+  while (!stop_requested()) {
     vexo::DecodeStep step = vexo::DecodeNextReport(received_.data(), received_.size(), family_);
     received_.Consume(step.consumed);
     if (step.record.kind == vexo::RecordKind::kEmpty) {
@@ -119,7 +134,12 @@ void CVEXOPrinterReadHelper::Decode() {
     if (step.tracking_reset) {
       current_task_id_ = 0;
     }
-    Accept(std::move(step.record));
+    try {
+      Accept(std::move(step.record));
+    } catch (const std::bad_alloc&) {
+      received_.PutBack(step.consumed);  // No room in the queue, and nobody was called: the next pass finds it again.
+      throw;
+    }
   }
 }
 
@@ -145,16 +165,21 @@ void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord record) {
   }
 }
 
-// The value is the first four bytes of the answer just as they come, not the contents of a report frame: hosts compare
-// it with what they have always seen.
+// The value is the first four bytes of the answer just as they come, not the contents of a report frame, and the rest
+// is dropped: hosts compare it with what they have always seen. Whatever goes wrong, the job has ended: the event is
+// due, with 0.
 uint32_t CVEXOPrinterReadHelper::FetchJobEndValue() {
-  if (Send(vexo::BuildGetValCommand("reprint_status")) != VEXO_OK) {
+  uint8_t reply[kJobEndReplySize] = {};
+  try {
+    if (Send(vexo::BuildGetValCommand("reprint_status")) != VEXO_OK) {
+      return 0;
+    }
+    uint32_t count = 0;
+    last_result_ =
+        vexo::ReadReply(printer_, reply, 0, kJobEndReplySize, &count, ReceiveTries(read_timeout_), kReceiveStepMs);
+  } catch (...) {
     return 0;
   }
-  uint8_t reply[kJobEndReplySize] = {};
-  uint32_t count = 0;
-  last_result_ =
-      vexo::ReadReply(printer_, reply, 0, kJobEndReplySize, &count, ReceiveTries(read_timeout_), kReceiveStepMs);
   return vexo::ReadLittleEndian32(reply);
 }
 

@@ -28,9 +28,9 @@ struct CVEXOPrinterReadHelper {
   // Throws std::system_error when the system has no thread to give.
   void StartReader();
 
-  // Removes the callbacks, then ends the reader thread and waits for that: at most one pause and the poll under way.
-  // Throws std::system_error (resource deadlock would occur) on the reader thread itself, which cannot wait for its own
-  // end; it ends all the same.
+  // Removes the callbacks, then ends the reader thread and waits for that: for the rest of its pause, at most 100 ms,
+  // and for the poll under way. Throws std::system_error (resource deadlock would occur) on the reader thread itself,
+  // which cannot wait for its own end; it ends all the same.
   void StopReader();
 
   // -6, -309 when the handle is bad or closed; the object then has no printer.
@@ -69,6 +69,7 @@ struct CVEXOPrinterReadHelper {
 
   bool stop_requested() const { return flags_.load().stop_requested; }
   void ReaderLoop();
+  void PollWhileWorkIsOpen();
   void PauseReader() const;
   void Decode();
   void Accept(vexo::ReportRecord record);

@@ -22,7 +22,13 @@ class ReceiveBuffer {
     bytes_.insert(bytes_.end(), bytes, bytes + count);
   }
 
+  // Makes room for an Append of `count` bytes, so that it cannot fail.
+  void Reserve(size_t count) { bytes_.reserve(bytes_.size() + count); }
+
   void Consume(size_t count) { consumed_ += count; }
+
+  // Takes the latest Consume back. Nothing may have been appended since.
+  void PutBack(size_t count) { consumed_ -= count; }
 
   void Clear() {
     bytes_.clear();

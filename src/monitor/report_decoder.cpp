@@ -3,7 +3,8 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <limits>
+#include <iterator>
+#include <utility>
 
 #include "protocol/v1_command.h"
 
@@ -20,23 +21,20 @@ constexpr size_t kJobStartedReplySize = 7;
 
 constexpr size_t kTaskNumberDigits = 4;
 
-// Reads as if the bytes went on with zeros.
+// A field that is not all there reads as 0: half a number would be another one.
 uint32_t ReadBounded32(const Bytes& bytes, size_t offset) {
-  uint32_t value = 0;
-  for (size_t i = 0; i < 4 && offset + i < bytes.size(); ++i) {
-    value |= static_cast<uint32_t>(bytes[offset + i]) << (8 * i);
-  }
-  return value;
+  return bytes.size() >= offset + 4 ? ReadLittleEndian32(bytes.data() + offset) : 0;
 }
 
 bool IsWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // Four characters of decimal text, read as std::stoi reads them but without its errors: whatever is no number is 0.
 int32_t ReadTaskNumber(const Bytes& bytes, size_t offset) {
-  char text[kTaskNumberDigits] = {};
-  for (size_t i = 0; i < kTaskNumberDigits && offset + i < bytes.size(); ++i) {
-    text[i] = static_cast<char>(bytes[offset + i]);
+  if (bytes.size() < offset + kTaskNumberDigits) {
+    return 0;
   }
+  char text[kTaskNumberDigits] = {};
+  std::memcpy(text, bytes.data() + offset, kTaskNumberDigits);
   const char* first = std::find_if_not(std::begin(text), std::end(text), IsWhiteSpace);
   if (first != std::end(text) && *first == '+') {
     ++first;

@@ -36,7 +36,7 @@ struct DecodeStep {
 //
 // It counts as complete when n bytes are there from the frame's first byte on (and its length can be read), so one
 // whose last bytes are missing is taken early: printers in the field are driven that way, and hosts rely on the event
-// coming then. Fields that are missing read as 0. The end of a job (0x37 0x23) carries no task number: it is the
+// coming then. Fields that are not all there read as 0. The end of a job (0x37 0x23) carries no task number: it is the
 // caller's to fill in.
 DecodeStep DecodeNextReport(const uint8_t* bytes, size_t size, ProtocolFamily family);
 

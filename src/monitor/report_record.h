@@ -27,6 +27,7 @@ inline constexpr uint16_t kReplyJobStarted = 0x22;
 inline constexpr uint16_t kReplyJobEnded = 0x23;
 inline constexpr uint16_t kReplyTrackingReset = 0x24;
 
+// The name of every report is "report", and nothing follows its payload: neither is kept.
 struct ReportRecord {
   RecordKind kind = RecordKind::kEmpty;
   uint16_t type = 0;

@@ -29,9 +29,9 @@ Bytes ResetCommand(bool await_answer) {
 
 int32_t TagNextJob(CVEXOPrinterReadHelper* monitor, int32_t task_id) {
   monitor->SetRequestedTask(task_id);
-  const Bytes number = TaskNumberText(task_id);
+  const std::string number = TaskNumberText(task_id);
   if (monitor->family() == ProtocolFamily::kV1) {
-    return SendSetVal(monitor, "process_id", std::string(number.begin(), number.end()));
+    return SendSetVal(monitor, "process_id", number);
   }
   Bytes body = {0x06, 0x00, 0x30, 0x30};
   Append(&body, number);

@@ -66,24 +66,31 @@ std::string CollectReplyValues(const Bytes& heard) {
   return values;
 }
 
-int32_t ListenForTaskTexts(VexoPrinterHandle* handle, int32_t time_ms, std::string* text, bool* heard) {
+int32_t ReadTaskOverInfo(VexoPrinterHandle* handle, int32_t time_ms, char* text, uint32_t text_length,
+                         uint32_t* length) {
   const PrinterConnection printer(handle);
   const Stopwatch stopwatch;
-  Bytes received;
+  Bytes heard;
   int32_t result = VEXO_OK;
   do {
     platform::SleepMs(kPassPauseMs);
-    result = Listen(printer, &received);
+    result = Listen(printer, &heard);
   } while (!stopwatch.HasPassed(time_ms));
-  *heard = !received.empty();
-  if (!*heard) {
+  if (heard.empty()) {
     return result;
   }
+  std::string texts;
   try {
-    *text = UrlDecode(CollectReplyValues(received), 0);
+    texts = UrlDecode(CollectReplyValues(heard), 0);
   } catch (const std::invalid_argument&) {
     return VEXO_ERROR_PARAMETER;
   }
+  if (text_length < texts.size()) {
+    return VEXO_ERROR_BUFFER_TOO_SMALL;
+  }
+  std::fill_n(text, text_length, '\0');
+  std::copy(texts.begin(), texts.end(), text);
+  *length = static_cast<uint32_t>(texts.size());
   return VEXO_OK;
 }
 

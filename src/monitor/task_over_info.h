@@ -10,10 +10,9 @@
 
 namespace vexo {
 
-// Listens for `time_ms` milliseconds and gives the texts of all V2 replies, decoded, with "|" between them. 0; -1: a
-// text ends in the middle of a percent escape. With *heard false, nothing came, and the result is that of the last
-// read. *text is filled only when something was heard and the result is 0.
-int32_t ListenForTaskTexts(VexoPrinterHandle* handle, int32_t time_ms, std::string* text, bool* heard);
+// As the export GetPrinterTaskOverInfo (extend.h), with the arguments checked.
+int32_t ReadTaskOverInfo(VexoPrinterHandle* handle, int32_t time_ms, char* text, uint32_t text_length,
+                         uint32_t* length);
 
 // The texts of the V2 replies in what was heard, still percent-encoded, with "|" between them.
 std::string CollectReplyValues(const Bytes& heard);

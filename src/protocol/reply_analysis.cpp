@@ -16,7 +16,6 @@ constexpr size_t kStatusBytes = 4;
 constexpr size_t kKeyRecordBytes = 4;
 constexpr char kLineEnd[] = "\r\n";
 constexpr size_t kLineEndSize = 2;
-constexpr int32_t kIncomplete = -30;
 
 bool Contains(const std::string& text, const char* word) { return text.find(word) != std::string::npos; }
 
@@ -44,14 +43,14 @@ CAnalysisCmdBase::CAnalysisCmdBase(const std::string& raw_reply) : raw_reply_(ra
 int32_t CAnalysisCmdBase::Analyse() {
   if (raw_reply_.size() < kPayloadOffset || raw_reply_.size() - kPayloadOffset < PayloadLength(raw_reply_)) {
     valid_ = false;
-    return kIncomplete;
+    return VEXO_ERROR_INCOMPLETE_REPLY;
   }
   const std::string payload = raw_reply_.substr(kPayloadOffset);
   const size_t line_end = payload.find(kLineEnd);
   command_line_ = line_end == std::string::npos ? std::string() : payload.substr(0, line_end + kLineEndSize);
   const std::string rest = payload.substr(command_line_.size());
   if (rest.size() < kStatusBytes) {
-    return kIncomplete;
+    return VEXO_ERROR_INCOMPLETE_REPLY;
   }
   status_bytes_ = rest.substr(0, kStatusBytes);
   const bool echoes_key_record = !Contains(command_line_, "getval") && Contains(command_line_, "getkey");

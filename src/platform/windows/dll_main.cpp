@@ -6,7 +6,8 @@ namespace {
 // The compiler's thread library keeps two handles for each thread that has run code of this DLL, and gives them back
 // when the thread ends. The thread that unloads the DLL lives on: without this, a host that loads the library for each
 // job would lose two handles every time. Telling the DLL's own thread callbacks that the thread leaves is what the
-// system does for one that ends.
+// system does for one that ends. (Other threads that have called the library and outlive it keep theirs: only the
+// system could tell the DLL of them.)
 void LeaveThread(HINSTANCE library) {
 #if defined(__MINGW32__)
   const auto* const base = reinterpret_cast<const char*>(library);
