@@ -1,103 +1,173 @@
 // Whatever a host sends, the virtual printer accounts for each byte once, holds back little, understands the same
-// however the bytes are cut into pieces, and still answers afterwards.
+// however the bytes are cut into pieces, reports each job's start and end in order, and still answers afterwards.
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
+#include "require.h"
 #include "virtual_printer/printer_model.h"
 
 namespace {
 
+using std::chrono::milliseconds;
 using virtual_printer::Bytes;
 using virtual_printer::CommandParser;
 using virtual_printer::PrinterModel;
-using virtual_printer::PrinterState;
+using virtual_printer::Time;
 using virtual_printer::WireEvent;
 
-void Require(bool condition) {
-  if (!condition) {
-    std::abort();
+constexpr int kHost = 1;
+constexpr int kWatcher = 2;
+constexpr milliseconds kLongEnough{24 * 3600 * 1000};
+
+// What crossed the wires in one run. Print data is reported piece by piece; joined, it no longer depends on the pieces.
+struct Record {
+  std::vector<std::pair<Bytes, std::string>> received;
+  std::vector<std::pair<Bytes, std::string>> sent;  // To the host.
+  std::vector<std::string> watched;                 // By another one.
+
+  void Append(const PrinterModel::Events& events) {
+    for (const WireEvent& event : events) {
+      if (event.connection == kWatcher) {
+        watched.push_back(event.message.text);
+      } else if (event.direction == WireEvent::Direction::kSent) {
+        sent.emplace_back(event.message.bytes, event.message.text);
+      } else {
+        AppendReceived(event.message.bytes, event.message.text);
+      }
+    }
   }
-}
 
-bool IsPrintData(const WireEvent& event) { return event.text.rfind("print data", 0) == 0; }
-
-// Print data is reported piece by piece; joined, it no longer depends on the pieces.
-void Append(std::vector<WireEvent>& events, const std::vector<WireEvent>& more) {
-  for (const WireEvent& event : more) {
-    if (!events.empty() && IsPrintData(events.back()) && IsPrintData(event)) {
-      Bytes& joined = events.back().bytes;
-      joined.insert(joined.end(), event.bytes.begin(), event.bytes.end());
-      events.back().text = "print data";
+  void AppendReceived(const Bytes& bytes, const std::string& text) {
+    const std::string data = "print data";
+    const bool is_data = text.compare(0, data.size(), data) == 0;
+    if (is_data && !received.empty() && received.back().second == data) {
+      received.back().first.insert(received.back().first.end(), bytes.begin(), bytes.end());
     } else {
-      events.push_back(event);
+      received.emplace_back(bytes, is_data ? data : text);
     }
   }
-}
+};
 
-// A piece size of 0 takes the sizes from the data itself.
-std::vector<WireEvent> Run(PrinterState& state, const std::uint8_t* data, std::size_t size, std::size_t piece_size) {
-  PrinterModel model(state);
-  std::vector<WireEvent> events;
-  for (std::size_t offset = 0; offset < size;) {
-    const std::size_t wanted = piece_size != 0 ? piece_size : 1 + data[offset] % 32;
-    const std::size_t piece = std::min(wanted, size - offset);
-    Append(events, model.Receive(data + offset, piece));
-    Require(model.PendingBytes() <= CommandParser::kMaxPending);
-    offset += piece;
+enum class Pieces { kWhole, kBytes, kByTheData };
+
+std::size_t PieceSize(Pieces pieces, std::uint8_t next, std::size_t left) {
+  switch (pieces) {
+    case Pieces::kWhole:
+      return left;
+    case Pieces::kBytes:
+      return 1;
+    case Pieces::kByTheData:
+      break;
   }
-  Append(events, model.Finish());
-  Require(model.PendingBytes() == 0);
-  return events;
+  return std::min<std::size_t>(left, 1 + next % 32);
 }
 
-void RequireSame(const std::vector<WireEvent>& left, const std::vector<WireEvent>& right) {
-  Require(left.size() == right.size());
-  for (std::size_t i = 0; i < left.size(); ++i) {
-    Require(left[i].direction == right[i].direction && left[i].bytes == right[i].bytes);
-    Require(IsPrintData(left[i]) || left[i].text == right[i].text);
+// Lets everything fall due that still can.
+void PassTheDay(PrinterModel& model, Time& now, Record& record) {
+  now += kLongEnough;
+  record.Append(model.Advance(now));
+  Require(!model.NextDeadline());
+}
+
+struct Run {
+  Run() : model({}) {
+    constexpr std::string_view kOn = "\x1B\x1C& V1 setval \"job_monitor\" \"on\"\r\n";
+    model.Connect(kWatcher);
+    model.Receive(kWatcher, reinterpret_cast<const std::uint8_t*>(kOn.data()), kOn.size(), now);
+    model.Connect(kHost);
   }
-}
 
-void RequireAllBytes(const std::vector<WireEvent>& events, const std::uint8_t* data, std::size_t size) {
+  // A pause stands before each piece.
+  void Feed(const std::uint8_t* data, std::size_t size, Pieces pieces, milliseconds pause) {
+    for (std::size_t offset = 0; offset < size;) {
+      const std::size_t piece = PieceSize(pieces, data[offset], size - offset);
+      now += pause;
+      record.Append(model.Receive(kHost, data + offset, piece, now));
+      Require(model.PendingBytes(kHost) <= CommandParser::kMaxPending);
+      Require(!model.NextDeadline() || *model.NextDeadline() > now);
+      offset += piece;
+    }
+  }
+
+  void Finish() {
+    record.Append(model.Disconnect(kHost, now));
+    PassTheDay(model, now, record);
+  }
+
+  PrinterModel model;
+  Record record;
+  Time now;
+};
+
+void RequireAllBytes(const Record& record, const std::uint8_t* data, std::size_t size) {
   Bytes received;
-  for (const WireEvent& event : events) {
-    if (event.direction == WireEvent::Direction::kReceived) {
-      received.insert(received.end(), event.bytes.begin(), event.bytes.end());
-    }
+  for (const auto& [bytes, text] : record.received) {
+    received.insert(received.end(), bytes.begin(), bytes.end());
   }
   Require(received == Bytes(data, data + size));
 }
 
+// A job ends before the next one starts.
+void RequireJobsInOrder(const Record& record) {
+  std::string printing;
+  for (const std::string& text : record.watched) {
+    const std::string type = text.substr(0, 10);
+    const std::string task = text.substr(12, 9);
+    Require(type == (printing.empty() ? "report 256" : "report 257"));
+    Require(printing.empty() || task == printing);
+    printing = printing.empty() ? task : std::string();
+  }
+  Require(printing.empty());
+}
+
 // After as much noise as can complete any command, the printer listens again.
-void RequireAnswersAfter(PrinterState& state, const std::uint8_t* data, std::size_t size) {
+void RequireAnswersAfter(const std::uint8_t* data, std::size_t size) {
   constexpr std::string_view kGetWidth("\x1B\x1C& V1 getkey\r\n\x01\xCC\x00\x02", 19);
   Bytes stream(data, data + size);
   stream.resize(size + CommandParser::kMaxPending, 0);
   stream.insert(stream.end(), kGetWidth.begin(), kGetWidth.end());
-  PrinterModel model(state);
-  const std::vector<WireEvent> events = model.Receive(stream.data(), stream.size());
-  Require(events.back().direction == WireEvent::Direction::kSent);
-  Require(events.back().bytes == Bytes{static_cast<std::uint8_t>(state.current.print_width & 0xFF),
-                                       static_cast<std::uint8_t>(state.current.print_width >> 8)});
+  Run run;
+  run.Feed(stream.data(), stream.size(), Pieces::kWhole, milliseconds(0));
+  const std::uint16_t width = run.model.State().current.print_width;
+  Require(run.record.sent.back().first ==
+          Bytes{static_cast<std::uint8_t>(width & 0xFF), static_cast<std::uint8_t>(width >> 8)});
 }
 
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  PrinterState state;
-  const std::vector<WireEvent> whole = Run(state, data, size, std::max<std::size_t>(size, 1));
-  RequireAllBytes(whole, data, size);
-  for (const std::size_t piece_size : {0, 1}) {
-    PrinterState other;
-    RequireSame(whole, Run(other, data, size, piece_size));
-    Require(state.current.print_width == other.current.print_width);
-    Require(state.saved.print_width == other.saved.print_width);
-    Require(state.print_data_bytes == other.print_data_bytes);
+  Run whole;
+  whole.Feed(data, size, Pieces::kWhole, milliseconds(0));
+  whole.Finish();
+  RequireAllBytes(whole.record, data, size);
+  RequireJobsInOrder(whole.record);
+
+  for (const Pieces pieces : {Pieces::kBytes, Pieces::kByTheData}) {
+    Run other;
+    other.Feed(data, size, pieces, milliseconds(0));
+    other.Finish();
+    Require(other.record.received == whole.record.received);
+    Require(other.record.sent == whole.record.sent);
+    Require(other.record.watched == whole.record.watched);
+    Require(other.model.State().current.print_width == whole.model.State().current.print_width);
+    Require(other.model.State().saved.print_width == whole.model.State().saved.print_width);
+    Require(other.model.State().print_data_bytes == whole.model.State().print_data_bytes);
   }
-  RequireAnswersAfter(state, data, size);
+
+  // Pauses cut jobs elsewhere, but lose nothing.
+  for (const int pause : {90, 700}) {
+    Run paused;
+    paused.Feed(data, size, Pieces::kByTheData, milliseconds(pause));
+    paused.Finish();
+    RequireAllBytes(paused.record, data, size);
+    RequireJobsInOrder(paused.record);
+  }
+  RequireAnswersAfter(data, size);
   return 0;
 }

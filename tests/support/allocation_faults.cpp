@@ -1,5 +1,8 @@
 #include "support/allocation_faults.h"
 
+#include <malloc.h>
+
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <new>
@@ -9,13 +12,21 @@ namespace {
 
 thread_local uint32_t t_countdown = 0;  // Allocations until the one that fails, which is counted too; 0: none fails.
 thread_local bool t_struck = false;
+std::atomic<int64_t> g_living_bytes{0};
 
 void* AllocateOrNull(size_t size) {
   if (t_countdown > 0 && --t_countdown == 0) {
     t_struck = true;
     return nullptr;
   }
-  return std::malloc(size > 0 ? size : 1);
+  void* const memory = std::malloc(size > 0 ? size : 1);
+  g_living_bytes += static_cast<int64_t>(malloc_usable_size(memory));
+  return memory;
+}
+
+void Free(void* memory) {
+  g_living_bytes -= static_cast<int64_t>(malloc_usable_size(memory));
+  std::free(memory);
 }
 
 void* AllocateOrThrow(size_t size) {
@@ -33,12 +44,12 @@ void* operator new(size_t size) { return AllocateOrThrow(size); }
 void* operator new[](size_t size) { return AllocateOrThrow(size); }
 void* operator new(size_t size, const std::nothrow_t& /*tag*/) noexcept { return AllocateOrNull(size); }
 void* operator new[](size_t size, const std::nothrow_t& /*tag*/) noexcept { return AllocateOrNull(size); }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete[](void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, size_t /*size*/) noexcept { std::free(memory); }
-void operator delete[](void* memory, size_t /*size*/) noexcept { std::free(memory); }
-void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept { std::free(memory); }
-void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { Free(memory); }
+void operator delete[](void* memory) noexcept { Free(memory); }
+void operator delete(void* memory, size_t /*size*/) noexcept { Free(memory); }
+void operator delete[](void* memory, size_t /*size*/) noexcept { Free(memory); }
+void operator delete(void* memory, const std::nothrow_t& /*tag*/) noexcept { Free(memory); }
+void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept { Free(memory); }
 
 namespace vexo::test {
 
@@ -53,6 +64,8 @@ bool AllocationFault::Lift() {
   t_countdown = 0;
   return t_struck;
 }
+
+int64_t LivingBytes() { return g_living_bytes; }
 
 UncountedAllocations::UncountedAllocations() : countdown_(std::exchange(t_countdown, 0)) {}
 

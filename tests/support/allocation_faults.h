@@ -41,6 +41,9 @@ class UncountedAllocations {
   uint32_t countdown_;
 };
 
+// Bytes that are allocated now, on all threads.
+int64_t LivingBytes();
+
 }  // namespace vexo::test
 
 #endif  // VEXO_TESTS_SUPPORT_ALLOCATION_FAULTS_H_

@@ -1,5 +1,7 @@
 #include "support/virtual_clock.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <mutex>
 #include <thread>
 
@@ -15,6 +17,10 @@ struct Clock {
   std::mutex mutex;
   uint64_t milliseconds = 0;
   std::vector<uint32_t> sleeps;
+
+  std::condition_variable changed;
+  std::thread::id awake;  // None: sleeps end on every thread.
+  size_t held = 0;
 };
 
 Clock& TheClock() {
@@ -51,6 +57,28 @@ std::vector<uint32_t> RecordedSleeps() {
   return clock.sleeps;
 }
 
+HeldSleepers::HeldSleepers() {
+  Clock& clock = TheClock();
+  const std::lock_guard<std::mutex> guard(clock.mutex);
+  clock.awake = std::this_thread::get_id();
+}
+
+HeldSleepers::~HeldSleepers() { Release(); }
+
+bool HeldSleepers::Await(size_t threads) const {
+  constexpr std::chrono::seconds kPatience(60);
+  Clock& clock = TheClock();
+  std::unique_lock<std::mutex> lock(clock.mutex);
+  return clock.changed.wait_for(lock, kPatience, [&] { return clock.held >= threads; });
+}
+
+void HeldSleepers::Release() {
+  Clock& clock = TheClock();
+  const std::lock_guard<std::mutex> guard(clock.mutex);
+  clock.awake = {};
+  clock.changed.notify_all();
+}
+
 }  // namespace test
 
 namespace platform {
@@ -64,7 +92,14 @@ int64_t PerformanceFrequency() { return kStepsPerMillisecond * 1000; }
 void SleepMs(uint32_t milliseconds) {
   {
     Clock& clock = TheClock();
-    const std::lock_guard<std::mutex> guard(clock.mutex);
+    std::unique_lock<std::mutex> lock(clock.mutex);
+    const auto may_end = [&] { return clock.awake == std::thread::id() || clock.awake == std::this_thread::get_id(); };
+    if (!may_end()) {
+      ++clock.held;
+      clock.changed.notify_all();
+      clock.changed.wait(lock, may_end);
+      --clock.held;
+    }
     clock.milliseconds += milliseconds;
     if (clock.sleeps.size() < kMostSleeps) {
       clock.sleeps.push_back(milliseconds);

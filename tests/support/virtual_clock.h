@@ -3,6 +3,7 @@
 #ifndef VEXO_TESTS_SUPPORT_VIRTUAL_CLOCK_H_
 #define VEXO_TESTS_SUPPORT_VIRTUAL_CLOCK_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -18,6 +19,21 @@ void AdvanceClock(uint32_t milliseconds);
 // The sleeps since SetClock, in order, whichever thread slept. A thread that never stops polling fills no memory: only
 // the first thousand are kept.
 std::vector<uint32_t> RecordedSleeps();
+
+// While one lives, a sleep on any thread but its own does not end: a background thread stands still at a known place,
+// and what the test's thread does has one outcome. Must end before such a thread is joined.
+class HeldSleepers {
+ public:
+  HeldSleepers();
+  HeldSleepers(const HeldSleepers&) = delete;
+  HeldSleepers& operator=(const HeldSleepers&) = delete;
+  ~HeldSleepers();
+
+  // Waits until this many threads sleep. False: they never do.
+  bool Await(size_t threads) const;
+
+  void Release();
+};
 
 }  // namespace vexo::test
 

@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <chrono>
-#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "test_hosts.h"
 #include "virtual_printer/faults.h"
 #include "virtual_printer/trace_format.h"
 
@@ -14,9 +16,6 @@ namespace virtual_printer {
 namespace {
 
 using std::chrono::milliseconds;
-using Transcript = std::vector<std::string>;
-
-std::string Raw(std::initializer_list<unsigned char> bytes) { return {bytes.begin(), bytes.end()}; }
 
 const std::string kPrefix = "\x1B\x1C& V1 ";
 const std::string kGetWidth = kPrefix + "getkey\r\n" + Raw({0x01, 0xCC, 0x00, 0x02});
@@ -27,38 +26,42 @@ std::string SetWidth(unsigned char low, unsigned char high) {
   return kPrefix + "setkey\r\n" + Raw({0x01, 0xCC, 0x00, 0x02, low, high});
 }
 
-std::string Hex(const Bytes& bytes) {
-  constexpr char kDigits[] = "0123456789ABCDEF";
-  std::string hex;
-  for (const auto byte : bytes) {
-    hex.append({kDigits[byte >> 4], kDigits[byte & 15]});
-  }
-  return hex;
-}
-
-// A printer with one connection, and what its host would note down.
+// A host of a printer: what the printer understood, in words, and behind "<-" the bytes that it answered.
 class Host {
  public:
-  explicit Host(PrinterState& state) : model_(state) {}
+  explicit Host(PrinterModel& model, int number = 1) : model_(model), number_(number) { model_.Connect(number_); }
 
-  // What was received, in words, and behind "<-" the bytes that were answered.
   Transcript Send(const std::string& bytes) {
-    return Note(model_.Receive(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()));
+    return Note(model_.Receive(number_, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), Time()));
   }
-  Transcript Finish() { return Note(model_.Finish()); }
-  std::size_t PendingBytes() const { return model_.PendingBytes(); }
+  Transcript Finish() { return Note(model_.Disconnect(number_, Time())); }
+  std::size_t PendingBytes() const { return model_.PendingBytes(number_); }
 
  private:
-  static Transcript Note(const std::vector<WireEvent>& events) {
+  static Transcript Note(const PrinterModel::Events& events) {
     Transcript notes;
     for (const WireEvent& event : events) {
-      notes.push_back(event.direction == WireEvent::Direction::kSent ? "<-" + Hex(event.bytes) : event.text);
+      const bool sent = event.direction == WireEvent::Direction::kSent;
+      notes.push_back(sent ? "<-" + Hex(event.message.bytes) : event.message.text);
     }
     return notes;
   }
 
-  PrinterModel model_;
+  PrinterModel& model_;
+  const int number_;
 };
+
+// Appends; print data in several pieces becomes one note.
+void Append(Transcript& notes, const Transcript& more) {
+  const std::string data = "print data";
+  for (const std::string& note : more) {
+    if (note.compare(0, data.size(), data) != 0) {
+      notes.push_back(note);
+    } else if (notes.empty() || notes.back() != data) {
+      notes.push_back(data);
+    }
+  }
+}
 
 struct Exchange {
   const char* name;
@@ -69,11 +72,18 @@ struct Exchange {
 class PrinterModelExchange : public testing::TestWithParam<Exchange> {};
 
 TEST_P(PrinterModelExchange, IsUnderstoodAndAnswered) {
-  PrinterState state;
-  EXPECT_EQ(Host(state).Send(GetParam().sent), GetParam().expected);
+  PrinterModel model({});
+  EXPECT_EQ(Host(model).Send(GetParam().sent), GetParam().expected);
 }
 
 const std::string kNotAnswered = ", not answered";
+const std::string kOn = V1("setval \"job_monitor\" \"on\"");
+const std::string kOnWords = "setval \"job_monitor\" \"on\", by V1 reports";
+const std::string kAskMonitoring = V1("getval \"job_monitor\"");
+// Reports, type 259, of which the last byte counts; and one of type 260, with four bytes of status.
+const std::string kDone = "<-1B1C26205631207265706F7274030102000001";
+const std::string kIsOff = "<-1B1C26205631207265706F7274030102000000";
+const std::string kStatusZero = "<-1B1C26205631207265706F7274040105000000000000";
 
 const Exchange kExchanges[] = {
     {"ReadsTheInitialWidth", kGetWidth, {"getkey key 0x00CC", "<-4002"}},
@@ -109,11 +119,12 @@ const Exchange kExchanges[] = {
      kPrefix + "getkey\r\n" + kGetWidth,
      {"getkey without a record" + kNotAnswered, "getkey key 0x00CC", "<-4002"}},
     {"OtherVerbsAndActionsAreOnlyShown",
-     kPrefix + "setval \"job_monitor\" \"on\"\r\n" + kPrefix + "do \"reset\x07\xC4\"\r\n" + kPrefix + "\r\n",
-     {"setval \"job_monitor\" \"on\" (not simulated)", "do \"reset\\x07\\xC4\" (not simulated)", " (not simulated)"}},
+     V1("setval \"tone\" \"on\"") + V1("getval \"tone\"") + V1("do \"reset\x07\xC4\"") + V1("") + GsH("103"),
+     {"setval \"tone\" \"on\" (not simulated)", "getval \"tone\" (not simulated)",
+      "do \"reset\\x07\\xC4\" (not simulated)", " (not simulated)", "GS ( H, 3 bytes (not simulated)"}},
     {"ReportHasNoLineEnd", kPrefix + "report" + kGetWidth, {"report (not simulated)", "getkey key 0x00CC", "<-4002"}},
     {"PrintDataAroundCommands",
-     "Total 9.99\n" + kGetWidth + "\x1D",
+     "Total 9.99\n" + kGetWidth + "\x1E",
      {"print data, 11 bytes", "getkey key 0x00CC", "<-4002", "print data, 1 byte"}},
     {"PrefixBehindItsOwnBeginnings",
      "\x1B\x1B\x1C&\x1B" + kGetWidth,
@@ -136,36 +147,88 @@ const Exchange kExchanges[] = {
     {"CutOffRecordTakesItsLengthOfWhatFollows",
      kPrefix + "setkey\r\n" + Raw({0x01, 0xCC, 0x00}) + kGetWidth + kGetWidth + kGetWidth,
      {"setkey key 0x00CC, 27 bytes (wrong length), refused", "print data, 10 bytes", "getkey key 0x00CC", "<-4002"}},
+    {"LineGivenUpForCommandsOfOtherForms",
+     kPrefix + "do \"a" + kClear + kPrefix + "do \"b" + GsH("103"),
+     {"unfinished command, 12 bytes", "clear tasks, 0 waiting", kDone, "unfinished command, 12 bytes",
+      "GS ( H, 3 bytes (not simulated)"}},
+    {"AbsurdGsHLengthIsPrintDataAndMayHoldACommand",
+     "\x1D(H" + Raw({0x00, 0x01}) + "A\x1D(H" + kGetWidth,
+     {"print data, 6 bytes", "print data, 3 bytes", "getkey key 0x00CC", "<-4002"}},
+    {"ResetWithoutAnswerLeavesTheNextByteAlone",
+     GsH("200") + kGetWidth + GsH("200") + "A",
+     {"GS ( H, task numbering reset, no answer wanted", "getkey key 0x00CC", "<-4002",
+      "GS ( H, task numbering reset, no answer wanted", "print data, 1 byte"}},
+    {"ResetTakesOneLineFeedOnly",
+     GsH("200") + "\n\n",
+     {"GS ( H, task numbering reset", "<-372400", "print data, 1 byte"}},
+    {"ResetAndClearAnswerInTheMannerOfV1",
+     kOn + GsH("200") + "\n" + kClearRealTime,
+     {kOnWords, "GS ( H, task numbering reset", kDone, "clear tasks, 0 waiting", kDone}},
+    {"ResetAndClearAnswerInTheMannerOfGsH",
+     GsH("102") + GsH("200") + "\n" + kClear + kClearRealTime,
+     {"GS ( H, monitoring on, by 37 replies", "GS ( H, task numbering reset", "<-372400", "clear tasks, 0 waiting",
+      "<-372500", "clear tasks, 0 waiting", "<-372500"}},
+    {"ClearAnswersInItsOwnMannerWithoutMonitoring",
+     kClear + kClearRealTime,
+     {"clear tasks, 0 waiting", kDone, "clear tasks, 0 waiting", "<-372500"}},
+    {"MonitoringIsTold",
+     kAskMonitoring + kOn + kAskMonitoring + V1("setval \"job_monitor\" \"off\"") + kAskMonitoring,
+     {"getval \"job_monitor\"", kIsOff, kOnWords, "getval \"job_monitor\"", kDone, "setval \"job_monitor\" \"off\"",
+      "getval \"job_monitor\"", kIsOff}},
+    {"OtherMonitoringValuesChangeNothing",
+     kOn + V1("setval \"job_monitor\" \"Off\"") + V1("setval \"job_monitor\" \"\"") + kAskMonitoring,
+     {kOnWords, "setval \"job_monitor\" \"Off\" (not simulated)", "setval \"job_monitor\" \"\" (not simulated)",
+      "getval \"job_monitor\"", kDone}},
+    {"StatusIsAReportForEveryHost",
+     V1("getval \"reprint_status\"") + GsH("102") + V1("getval \"reprint_status\""),
+     {"getval \"reprint_status\"", kStatusZero, "GS ( H, monitoring on, by 37 replies", "getval \"reprint_status\"",
+      kStatusZero}},
+    {"PaperFeedIsNotAnswered", V1("do \"print_feedform\""), {"do \"print_feedform\", paper fed"}},
+    {"TaskNumbersAreFourDigits",
+     V1("setval \"process_id\" \"7\"") + V1("setval \"process_id\" \"00x7\"") + V1("setval \"process_id\" 0007") +
+         GsH("00-007") + GsH("000007") + GsH("0000007"),
+     {"setval \"process_id\" \"7\" (not four digits), ignored",
+      "setval \"process_id\" \"00x7\" (not four digits), ignored",
+      "setval \"process_id\" 0007 (not four digits), ignored", "GS ( H, task number -007 (not four digits), ignored",
+      "GS ( H, task number 0007", "GS ( H, 7 bytes (not simulated)"}},
 };
 
 INSTANTIATE_TEST_SUITE_P(Table, PrinterModelExchange, testing::ValuesIn(kExchanges),
                          [](const auto& row) { return std::string(row.param.name); });
 
+// Together they hold each command, so that each is split at each place; the second one holds beginnings of commands.
+const std::string kSplitStreams[] = {
+    kUnknownKey + SetWidth(0x80, 0x02) + kSave + kPrefix + "do \"cut" + kGetWidth,
+    "\x1B\x1C&c\x10\x14\x08\x01\x1D(\x1D(H\x1B\x1C" + kGetWidth,
+    kOn + kAskMonitoring + V1("getval \"reprint_status\"") + V1("setval \"process_id\" \"0007\"") +
+        V1("do \"print_feedform\"") + kClear + kGetWidth,
+    GsH("102") + GsH("000007") + GsH("200") + "\n" + GsH("200") + kClearRealTime + GsH("") + GsH("100") + kGetWidth,
+};
+
 TEST(PrinterModel, UnderstandsACommandHoweverItIsSplit) {
-  const std::string stream = kUnknownKey + SetWidth(0x80, 0x02) + kSave + kPrefix + "do \"cut" + kGetWidth;
-  PrinterState whole_state;
-  const Transcript whole = Host(whole_state).Send(stream);
-  ASSERT_EQ(whole.back(), "<-8002");
+  for (const std::string& stream : kSplitStreams) {
+    Transcript whole;
+    PrinterModel whole_model({});
+    Append(whole, Host(whole_model).Send(stream));
+    ASSERT_EQ(whole.back(), stream == kSplitStreams[0] ? "<-8002" : "<-4002");
 
-  for (std::size_t split = 1; split < stream.size(); ++split) {
-    PrinterState state;
-    Host host(state);
-    Transcript pieces = host.Send(stream.substr(0, split));
-    for (const std::string& note : host.Send(stream.substr(split))) {
-      pieces.push_back(note);
+    for (std::size_t split = 1; split < stream.size(); ++split) {
+      PrinterModel model({});
+      Host host(model);
+      Transcript pieces;
+      Append(pieces, host.Send(stream.substr(0, split)));
+      Append(pieces, host.Send(stream.substr(split)));
+      EXPECT_EQ(pieces, whole) << "split at " << split;
     }
-    EXPECT_EQ(pieces, whole) << "split at " << split;
-  }
 
-  PrinterState state;
-  Host host(state);
-  Transcript pieces;
-  for (const char byte : stream) {
-    for (const std::string& note : host.Send(std::string(1, byte))) {
-      pieces.push_back(note);
+    PrinterModel model({});
+    Host host(model);
+    Transcript pieces;
+    for (const char byte : stream) {
+      Append(pieces, host.Send(std::string(1, byte)));
     }
+    EXPECT_EQ(pieces, whole) << "byte by byte";
   }
-  EXPECT_EQ(pieces, whole) << "byte by byte";
 }
 
 TEST(PrinterModel, HoldsBackLittleOfEndlessInput) {
@@ -174,10 +237,12 @@ TEST(PrinterModel, HoldsBackLittleOfEndlessInput) {
       std::string(100000, '\x1B'),
       kPrefix + std::string(100000, 'A'),
       kPrefix + "setkey\r\n" + Raw({0x01, 0x00, 0x00, 0xFF}) + std::string(100000, '\x1B'),
+      "\x1D(H" + Raw({0xFF, 0x00}) + std::string(100000, 'A'),
+      "\x1D(H" + std::string(100000, '\xFF'),
   };
   for (const std::string& input : inputs) {
-    PrinterState state;
-    Host host(state);
+    PrinterModel model({});
+    Host host(model);
     for (std::size_t offset = 0; offset < input.size(); offset += 100) {
       host.Send(input.substr(offset, 100));
       ASSERT_LE(host.PendingBytes(), CommandParser::kMaxPending);
@@ -187,8 +252,9 @@ TEST(PrinterModel, HoldsBackLittleOfEndlessInput) {
 }
 
 TEST(PrinterModel, SavesOnlyWhenAskedAndOnlyWhenNothingWasRefused) {
-  PrinterState state;
-  Host host(state);
+  PrinterModel model({});
+  const PrinterState& state = model.State();
+  Host host(model);
   host.Send(SetWidth(0x80, 0x02));
   EXPECT_EQ(state.current.print_width, 640);
   EXPECT_EQ(state.saved.print_width, kDefaultPrintWidth);
@@ -199,9 +265,9 @@ TEST(PrinterModel, SavesOnlyWhenAskedAndOnlyWhenNothingWasRefused) {
 }
 
 TEST(PrinterModel, ConnectionsShareTheSettingsButNotTheirStreams) {
-  PrinterState state;
-  Host first(state);
-  Host second(state);
+  PrinterModel model({});
+  Host first(model, 1);
+  Host second(model, 2);
   first.Send(kUnknownKey + SetWidth(0x80, 0x02) + kSave.substr(0, 12));
   EXPECT_EQ(second.Send(kGetWidth + kSave),
             (Transcript{"getkey key 0x00CC", "<-8002", "do \"save_param_zone\"", "<-00"}));
@@ -209,20 +275,28 @@ TEST(PrinterModel, ConnectionsShareTheSettingsButNotTheirStreams) {
 }
 
 TEST(PrinterModel, CountsPrintDataAlone) {
-  PrinterState state;
-  Host host(state);
+  PrinterModel model({});
+  Host host(model);
   host.Send("12345" + kGetWidth + "678\x1B");
-  EXPECT_EQ(state.print_data_bytes, 8u);
+  EXPECT_EQ(model.State().print_data_bytes, 8u);
   EXPECT_EQ(host.Finish(), (Transcript{"print data, 1 byte"}));
-  EXPECT_EQ(state.print_data_bytes, 9u);
+  EXPECT_EQ(model.State().print_data_bytes, 9u);
 }
 
-TEST(PrinterModel, ReportsWhatAConnectionLeftUnfinished) {
-  PrinterState state;
-  Host host(state);
-  host.Send(kGetWidth.substr(0, 17));
-  EXPECT_EQ(host.Finish(), (Transcript{"unfinished command, 17 bytes"}));
-  EXPECT_EQ(host.Finish(), Transcript{});
+TEST(PrinterModel, TellsWhatAConnectionLeftUnfinished) {
+  const std::pair<std::string, Transcript> rows[] = {
+      {"", {}},
+      {kGetWidth.substr(0, 17), {"unfinished command, 17 bytes"}},
+      {GsH("102").substr(0, 7), {"unfinished command, 7 bytes"}},
+      {kClear.substr(0, 4), {"print data, 4 bytes"}},
+      {GsH("200"), {"GS ( H, task numbering reset, no answer wanted"}},
+  };
+  for (const auto& [sent, expected] : rows) {
+    PrinterModel model({});
+    Host host(model);
+    EXPECT_EQ(host.Send(sent), Transcript{});
+    EXPECT_EQ(host.Finish(), expected);
+  }
 }
 
 struct Plan {
@@ -263,6 +337,12 @@ TEST(Faults, WithoutALimitEverythingCounts) {
   ReceiveLimit limit(Faults{});
   EXPECT_EQ(limit.Admit(1000000), 1000000u);
   EXPECT_FALSE(limit.Reached());
+}
+
+TEST(Faults, GarbageBeginsNoFrame) {
+  const Bytes garbage = Garbage(1000);
+  EXPECT_EQ(garbage.size(), 1000u);
+  EXPECT_EQ(std::count(garbage.begin(), garbage.end(), 0x1B) + std::count(garbage.begin(), garbage.end(), 0x37), 0);
 }
 
 TEST(TraceFormat, WrapsBytesUnderTheFirstRow) {

@@ -1,16 +1,38 @@
 #include "virtual_printer/command_parser.h"
 
-#include <array>
+#include <algorithm>
 #include <iterator>
 #include <utility>
 
 namespace virtual_printer {
 namespace {
 
-constexpr std::array<std::uint8_t, 7> kPrefix = {0x1B, 0x1C, '&', ' ', 'V', '1', ' '};
+using namespace std::string_view_literals;
+
+// What a command begins with. The clear commands consist of nothing else.
+struct Opening {
+  std::string_view bytes;
+  Command::Kind kind;
+};
+
+constexpr Opening kOpenings[] = {
+    {"\x1B\x1C& V1 "sv, Command::Kind::kV1},
+    {"\x1D(H"sv, Command::Kind::kGsH},
+    {"\x1B\x1C&cl"sv, Command::Kind::kClearTasks},
+    {"\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"sv, Command::Kind::kClearTasksRealTime},
+};
+constexpr std::size_t kV1PrefixLength = 7;
+
 constexpr std::string_view kLineEnd = "\r\n";
 // The only record form there is: one that holds one entry.
 constexpr std::uint8_t kRecordCount = 1;
+
+// Opening and length. The bodies in use are a few bytes; an absurd length is noise in the print data.
+constexpr std::size_t kGsHHeaderLength = 5;
+constexpr std::size_t kMaxGsHBody = 255;
+// The one GS ( H that may be followed by a byte beyond its length: the one that asks for an answer.
+constexpr std::string_view kResetBody = "200";
+constexpr std::uint8_t kAnswerWanted = 0x0A;
 
 // What follows the line of a verb. A verb without an entry is complete with its line end.
 enum class Tail {
@@ -39,25 +61,46 @@ bool HasTail(std::string_view line, Tail tail) {
   return false;
 }
 
-// ESC occurs in the prefix only as its first byte, so a mismatch can only begin a new match, never continue a shorter
-// one.
-std::size_t MatchedAfter(std::size_t matched, std::uint8_t byte) {
-  if (byte == kPrefix[matched]) {
-    return matched + 1;
-  }
-  return byte == kPrefix[0] ? 1 : 0;
+std::string_view AsText(const Bytes& bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
+
+bool BeginsWith(std::string_view text, std::string_view beginning) {
+  return text.substr(0, beginning.size()) == beginning;
 }
 
 bool EndsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-Command SplitLine(std::string_view line) {
-  const std::size_t blank = line.find(' ');
-  if (blank == std::string_view::npos) {
-    return {std::string(line), {}, {}};
+bool MayBecomeACommand(std::string_view text) {
+  return std::any_of(std::begin(kOpenings), std::end(kOpenings),
+                     [&](const Opening& opening) { return BeginsWith(opening.bytes, text); });
+}
+
+// How much of the end of the stream may be an opening, when all but its last byte matched this much before. No opening
+// holds the first byte of one again, so a mismatch can only begin a new match, never continue a shorter one.
+std::size_t MatchedAfter(std::size_t matched, std::string_view stream) {
+  for (const std::size_t length : {matched + 1, std::size_t{1}}) {
+    if (MayBecomeACommand(stream.substr(stream.size() - length))) {
+      return length;
+    }
   }
-  return {std::string(line.substr(0, blank)), std::string(line.substr(blank + 1)), {}};
+  return 0;
+}
+
+const Opening* FindOpening(std::string_view bytes) {
+  const auto* const found = std::find_if(std::begin(kOpenings), std::end(kOpenings),
+                                         [&](const Opening& opening) { return opening.bytes == bytes; });
+  return found != std::end(kOpenings) ? found : nullptr;
+}
+
+Command SplitLine(std::string_view line) {
+  Command command;
+  const std::size_t blank = line.find(' ');
+  command.verb = line.substr(0, blank);
+  if (blank != std::string_view::npos) {
+    command.arguments = line.substr(blank + 1);
+  }
+  return command;
 }
 
 }  // namespace
@@ -73,6 +116,9 @@ std::vector<Frame> CommandParser::Feed(const std::uint8_t* data, std::size_t siz
 }
 
 std::vector<Frame> CommandParser::Finish() {
+  if (state_ == State::kGsHTail) {
+    EndCommand();
+  }
   Emit(state_ == State::kPrintData ? Frame::Kind::kPrintData : Frame::Kind::kUnfinishedCommand, pending_.size());
   state_ = State::kPrintData;
   matched_ = 0;
@@ -80,24 +126,52 @@ std::vector<Frame> CommandParser::Finish() {
 }
 
 void CommandParser::TakeByte(std::uint8_t byte) {
-  if (state_ == State::kRecord) {
-    TakeRecordByte(byte);
-    return;
+  switch (state_) {
+    case State::kPrintData:
+    case State::kLine:
+      TakeTextByte(byte);
+      break;
+    case State::kRecord:
+      TakeRecordByte(byte);
+      break;
+    case State::kGsH:
+      TakeGsHByte(byte);
+      break;
+    case State::kGsHTail:
+      TakeGsHTail(byte);
+      break;
   }
+}
+
+void CommandParser::TakeTextByte(std::uint8_t byte) {
   pending_.push_back(byte);
-  matched_ = MatchedAfter(matched_, byte);
-  if (matched_ == kPrefix.size()) {
-    BeginCommand();
+  matched_ = MatchedAfter(matched_, AsText(pending_));
+  if (const Opening* opening = FindOpening(AsText(pending_).substr(pending_.size() - matched_))) {
+    BeginCommand(opening->kind);
   } else if (state_ == State::kLine) {
     ContinueLine();
   }
 }
 
-void CommandParser::BeginCommand() {
-  // A prefix inside a line means that the host gave the line up: its new command must not be lost with the old one.
+void CommandParser::BeginCommand(Command::Kind kind) {
+  // A command inside a line means that the host gave the line up: its new command must not be lost with the old one.
   Emit(state_ == State::kLine ? Frame::Kind::kUnfinishedCommand : Frame::Kind::kPrintData, pending_.size() - matched_);
   matched_ = 0;
-  state_ = State::kLine;
+  command_ = {};
+  command_.kind = kind;
+  record_start_ = pending_.size();
+  switch (kind) {
+    case Command::Kind::kV1:
+      state_ = State::kLine;
+      break;
+    case Command::Kind::kGsH:
+      state_ = State::kGsH;
+      break;
+    case Command::Kind::kClearTasks:
+    case Command::Kind::kClearTasksRealTime:
+      EndCommand();
+      break;
+  }
 }
 
 void CommandParser::ContinueLine() {
@@ -146,6 +220,45 @@ bool CommandParser::RecordIsComplete() const {
   return received == kRecordHeaderLength + value_length;
 }
 
+void CommandParser::TakeGsHByte(std::uint8_t byte) {
+  pending_.push_back(byte);
+  if (pending_.size() < kGsHHeaderLength) {
+    return;
+  }
+  const std::uint8_t low = pending_[kGsHHeaderLength - 2];
+  const std::uint8_t high = pending_[kGsHHeaderLength - 1];
+  const std::size_t length = low + 256U * high;
+  if (length > kMaxGsHBody) {
+    // No command at all, then; and what stood for the length may begin one.
+    pending_.resize(kGsHHeaderLength - 2);
+    state_ = State::kPrintData;
+    TakeByte(low);
+    TakeByte(high);
+    return;
+  }
+  record_start_ = kGsHHeaderLength;
+  if (pending_.size() < kGsHHeaderLength + length) {
+    return;
+  }
+  if (AsText(pending_).substr(kGsHHeaderLength) == kResetBody) {
+    state_ = State::kGsHTail;
+  } else {
+    EndCommand();
+  }
+}
+
+// Whether the byte belongs to the command can only be told when it is there, be it much later. The printer loses
+// nothing by waiting: without this byte the command is not answered.
+void CommandParser::TakeGsHTail(std::uint8_t byte) {
+  if (byte == kAnswerWanted) {
+    pending_.push_back(byte);
+    EndCommand();
+  } else {
+    EndCommand();
+    TakeByte(byte);
+  }
+}
+
 void CommandParser::EndCommand() {
   command_.record.assign(pending_.begin() + static_cast<std::ptrdiff_t>(record_start_), pending_.end());
   Emit(Frame::Kind::kCommand, pending_.size(), std::move(command_));
@@ -153,10 +266,7 @@ void CommandParser::EndCommand() {
   state_ = State::kPrintData;
 }
 
-std::string_view CommandParser::LineText() const {
-  const std::string_view pending(reinterpret_cast<const char*>(pending_.data()), pending_.size());
-  return pending.substr(kPrefix.size());
-}
+std::string_view CommandParser::LineText() const { return AsText(pending_).substr(kV1PrefixLength); }
 
 void CommandParser::Emit(Frame::Kind kind, std::size_t size, Command command) {
   if (size == 0) {

@@ -11,12 +11,20 @@
 
 namespace virtual_printer {
 
-// A V1 command taken apart: `do "save_param_zone"` has the verb do and the arguments "save_param_zone", quotes
-// included.
+// A command taken apart. A V1 command is a line of text: `do "save_param_zone"` has the verb do and the arguments
+// "save_param_zone", quotes included.
 struct Command {
+  enum class Kind {
+    kV1,
+    kGsH,                 // GS ( H: two bytes of length, and a body.
+    kClearTasks,          // A fixed byte string, of hosts that send V1 commands.
+    kClearTasksRealTime,  // Another one, of hosts that send GS ( H.
+  };
+
+  Kind kind = Kind::kV1;
   std::string verb;
   std::string arguments;
-  Bytes record;  // The binary record of setkey and getkey; empty when none followed the line.
+  Bytes record;  // The binary record of setkey and getkey, empty when none followed the line; the body of a GS ( H.
 };
 
 // One stretch of what a host sent. The bytes of all frames, one after the other, are exactly what was received.
@@ -33,8 +41,8 @@ struct Frame {
   Command command;  // Filled for kCommand only.
 };
 
-// Finds the V1 commands in the stream of one connection, which may arrive in pieces of any size. Whatever is not a
-// command is print data, as on a real printer; so noise never stops it from seeing the next command.
+// Finds the commands in the stream of one connection, which may arrive in pieces of any size. Whatever is not a command
+// is print data, as on a real printer; so noise never stops it from seeing the next command.
 class CommandParser {
  public:
   // Longest command line, prefix and line end included. Lines in use stay far below.
@@ -53,11 +61,14 @@ class CommandParser {
   std::size_t PendingBytes() const { return pending_.size(); }
 
  private:
-  enum class State { kPrintData, kLine, kRecord };
+  enum class State { kPrintData, kLine, kRecord, kGsH, kGsHTail };
 
   void TakeByte(std::uint8_t byte);
+  void TakeTextByte(std::uint8_t byte);
   void TakeRecordByte(std::uint8_t byte);
-  void BeginCommand();
+  void TakeGsHByte(std::uint8_t byte);
+  void TakeGsHTail(std::uint8_t byte);
+  void BeginCommand(Command::Kind kind);
   void ContinueLine();
   void EndLine();
   void EndCommand();
@@ -67,9 +78,9 @@ class CommandParser {
 
   State state_ = State::kPrintData;
   Bytes pending_;
-  std::size_t matched_ = 0;       // How many bytes of the prefix the end of pending_ matches.
-  Command command_;               // The command whose record is being received...
-  std::size_t record_start_ = 0;  // ...and where in pending_ that record begins.
+  std::size_t matched_ = 0;       // How many bytes at the end of pending_ may be the opening of a command.
+  Command command_;               // The command whose record or body is being received...
+  std::size_t record_start_ = 0;  // ...and where in pending_ that part begins.
   std::vector<Frame> frames_;
 };
 

@@ -1,6 +1,7 @@
 #include "virtual_printer/connection.h"
 
 #include <utility>
+#include <vector>
 
 namespace virtual_printer {
 namespace {
@@ -9,17 +10,19 @@ namespace {
 // buffers fill up, too.
 constexpr std::size_t kMaxQueuedPieces = 256;
 
+// Reports on the jobs of other hosts come in without being read. One that never takes them loses the rest.
+constexpr std::size_t kMaxBacklog = 65536;
+
 }  // namespace
 
-Connection::Connection(asio::ip::tcp::socket socket, int number, PrinterState& state, const Faults& faults,
-                       Trace& trace, std::function<void()> on_closed)
+Connection::Connection(asio::ip::tcp::socket socket, int number, const Faults& faults, Trace& trace,
+                       ConnectionListener& listener)
     : socket_(std::move(socket)),
       pause_(socket_.get_executor()),
       number_(number),
       faults_(faults),
       trace_(trace),
-      on_closed_(std::move(on_closed)),
-      model_(state),
+      listener_(listener),
       limit_(faults) {}
 
 void Connection::Start() {
@@ -27,6 +30,28 @@ void Connection::Start() {
   std::error_code ignored;
   socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
   Read();
+}
+
+void Connection::Take(const WireEvent& event) {
+  if (closed_) {
+    return;
+  }
+  if (event.direction == WireEvent::Direction::kReceived) {
+    trace_.Event(event);
+    return;
+  }
+  Queue(event.message);
+  if (!sending_) {
+    SendNext();
+  }
+}
+
+void Connection::Drop(const std::string& why) {
+  if (closed_) {
+    return;
+  }
+  TellHostEnded();
+  Close(why + (queue_.empty() ? "" : ", unsent answers are lost"));
 }
 
 void Connection::Read() {
@@ -46,47 +71,40 @@ void Connection::Read() {
 }
 
 void Connection::OnReceived(std::size_t size) {
-  Handle(model_.Receive(received_.data(), limit_.Admit(size)));
+  listener_.OnReceived(number_, received_.data(), limit_.Admit(size));
   if (limit_.Reached()) {
-    Handle(model_.Finish());
-    Close("dropped at byte " + std::to_string(*faults_.drop_after) +
-          (queue_.empty() ? "" : ", unsent answers are lost"));
-    return;
-  }
-  if (!sending_) {
-    SendNext();
-  }
-  if (queue_.size() < kMaxQueuedPieces) {
+    Drop("dropped at byte " + std::to_string(*faults_.drop_after));
+  } else if (queue_.size() < kMaxQueuedPieces) {
     Read();
   }
 }
 
 void Connection::OnHostEnded(const std::error_code& error) {
-  Handle(model_.Finish());
-  host_ended_ = error == asio::error::eof ? "closed by the host" : "lost: " + error.message();
+  TellHostEnded();
+  close_reason_ = error == asio::error::eof ? "closed by the host" : "lost: " + error.message();
   // A host may close its sending side only, and still wait for the answers.
   if (!sending_) {
-    Close(host_ended_);
+    Close(close_reason_);
   }
 }
 
-void Connection::Handle(const std::vector<WireEvent>& events) {
-  for (const WireEvent& event : events) {
-    if (event.direction == WireEvent::Direction::kReceived) {
-      trace_.Event(number_, event);
-    } else {
-      QueueAnswer(event);
-    }
+void Connection::TellHostEnded() {
+  if (!std::exchange(host_ended_, true)) {
+    listener_.OnHostEnded(number_);
   }
 }
 
-void Connection::QueueAnswer(const WireEvent& answer) {
-  const std::vector<AnswerPiece> pieces = PlanAnswer(faults_, answer.bytes);
+void Connection::Queue(const Message& message) {
+  if (queue_.size() >= kMaxBacklog) {
+    trace_.Note(number_, "not sent, the host takes nothing: " + message.text);
+    return;
+  }
+  const std::vector<AnswerPiece> pieces = PlanAnswer(faults_, message.bytes);
   if (pieces.empty()) {
-    trace_.Note(number_, "not answered: " + answer.text);
+    trace_.Note(number_, "not answered: " + message.text);
   }
   for (std::size_t i = 0; i < pieces.size(); ++i) {
-    std::string text = answer.text;
+    std::string text = message.text;
     if (pieces.size() > 1) {
       text += " (byte " + std::to_string(i + 1) + " of " + std::to_string(pieces.size()) + ")";
     }
@@ -97,38 +115,57 @@ void Connection::QueueAnswer(const WireEvent& answer) {
 void Connection::SendNext() {
   sending_ = !queue_.empty();
   if (!sending_) {
-    if (!host_ended_.empty()) {
-      Close(host_ended_);
+    if (!close_reason_.empty()) {
+      Close(close_reason_);
     }
     return;
   }
   pause_.expires_after(queue_.front().piece.pause);
   pause_.async_wait([self = shared_from_this()](const std::error_code& error) {
     if (!error && !self->closed_) {
-      self->WriteFront();
+      self->Write();
     }
   });
 }
 
-void Connection::WriteFront() {
-  const QueuedPiece& front = queue_.front();
-  trace_.Event(number_, {WireEvent::Direction::kSent, front.piece.bytes, front.text});
-  asio::async_write(socket_, asio::buffer(front.piece.bytes),
-                    [self = shared_from_this()](const std::error_code& error, std::size_t) {
-                      if (self->closed_) {
-                        return;
-                      }
-                      if (error) {
-                        self->Close("lost: " + error.message());
-                        return;
-                      }
-                      self->queue_.pop_front();
-                      self->SendNext();
-                      const bool may_read = !self->closed_ && self->host_ended_.empty() && !self->reading_;
-                      if (may_read && self->queue_.size() < kMaxQueuedPieces) {
-                        self->Read();
-                      }
-                    });
+void Connection::Write() {
+  const std::size_t pieces = CountReadyPieces();
+  std::vector<asio::const_buffer> buffers;
+  for (std::size_t i = 0; i < pieces; ++i) {
+    const QueuedPiece& queued = queue_[i];
+    trace_.Event({number_, WireEvent::Direction::kSent, {queued.piece.bytes, queued.text}});
+    buffers.push_back(asio::buffer(queued.piece.bytes));
+  }
+  asio::async_write(socket_, buffers, [self = shared_from_this(), pieces](const std::error_code& error, std::size_t) {
+    if (self->closed_) {
+      return;
+    }
+    if (error) {
+      self->Drop("lost: " + error.message());
+    } else {
+      self->OnWritten(pieces);
+    }
+  });
+}
+
+// What falls due together leaves together: a host that asks for something when a job has ended reads the answer alone,
+// and would lose the start of the next job if that came in behind its question.
+std::size_t Connection::CountReadyPieces() const {
+  std::size_t count = 1;
+  const bool pieces_leave_alone = faults_.split_pause.has_value();
+  while (!pieces_leave_alone && count < queue_.size() && queue_[count].piece.pause == std::chrono::milliseconds(0)) {
+    ++count;
+  }
+  return count;
+}
+
+void Connection::OnWritten(std::size_t pieces) {
+  queue_.erase(queue_.begin(), queue_.begin() + static_cast<std::ptrdiff_t>(pieces));
+  SendNext();
+  const bool may_read = !closed_ && close_reason_.empty() && !reading_;
+  if (may_read && queue_.size() < kMaxQueuedPieces) {
+    Read();
+  }
 }
 
 void Connection::Close(const std::string& why) {
@@ -138,7 +175,7 @@ void Connection::Close(const std::string& why) {
   pause_.cancel();
   socket_.shutdown(asio::ip::tcp::socket::shutdown_both, ignored);
   socket_.close(ignored);
-  on_closed_();
+  listener_.OnClosed(number_);
 }
 
 }  // namespace virtual_printer

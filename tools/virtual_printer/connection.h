@@ -6,26 +6,45 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <string>
 #include <system_error>
 
 #include "virtual_printer/faults.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/message.h"
 #include "virtual_printer/trace.h"
 
 namespace virtual_printer {
+
+// Whoever takes what connections bring.
+class ConnectionListener {
+ public:
+  virtual void OnReceived(int connection, const std::uint8_t* data, std::size_t size) = 0;
+  // The host sends nothing any more; it may still take what it is sent. Called once for each connection.
+  virtual void OnHostEnded(int connection) = 0;
+  // Called once, last.
+  virtual void OnClosed(int connection) = 0;
+
+ protected:
+  ~ConnectionListener() = default;
+};
 
 // One host's TCP connection to the printer. It lives as long as an operation on its socket is under way, and belongs to
 // the one thread of its io_context.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-  // The number names the connection in the trace. The state and the trace must outlive the connection.
-  Connection(asio::ip::tcp::socket socket, int number, PrinterState& state, const Faults& faults, Trace& trace,
-             std::function<void()> on_closed);
+  // The number names the connection to the listener and in the trace. The references must outlive the connection; the
+  // faults may change at any time.
+  Connection(asio::ip::tcp::socket socket, int number, const Faults& faults, Trace& trace,
+             ConnectionListener& listener);
 
   void Start();
+
+  // Something received is shown, something to send is sent behind all that was given before.
+  void Take(const WireEvent& event);
+
+  // Ends the connection at once.
+  void Drop(const std::string& why);
 
  private:
   struct QueuedPiece {
@@ -36,26 +55,28 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Read();
   void OnReceived(std::size_t size);
   void OnHostEnded(const std::error_code& error);
-  void Handle(const std::vector<WireEvent>& events);
-  void QueueAnswer(const WireEvent& answer);
+  void TellHostEnded();
+  void Queue(const Message& message);
   void SendNext();
-  void WriteFront();
+  void Write();
+  std::size_t CountReadyPieces() const;
+  void OnWritten(std::size_t pieces);
   void Close(const std::string& why);
 
   asio::ip::tcp::socket socket_;
   asio::steady_timer pause_;
   const int number_;
-  const Faults faults_;
+  const Faults& faults_;
   Trace& trace_;
-  std::function<void()> on_closed_;
-  PrinterModel model_;
+  ConnectionListener& listener_;
   ReceiveLimit limit_;
 
   std::array<std::uint8_t, 4096> received_{};
   std::deque<QueuedPiece> queue_;  // Its front is waiting for its pause, or being written.
   bool reading_ = false;
   bool sending_ = false;
-  std::string host_ended_;  // How the host ended its side; empty while it may send.
+  bool host_ended_ = false;
+  std::string close_reason_;  // Once everything is sent; empty while the connection stays open.
   bool closed_ = false;
 };
 

@@ -10,6 +10,8 @@
 
 namespace virtual_printer {
 
+constexpr std::chrono::milliseconds kDefaultSplitPause{5};
+
 // How a printer misbehaves on request, so that a host can be tried against it. The default is a printer without fault.
 struct Faults {
   bool silent = false;                                   // Answers nothing.
@@ -26,6 +28,9 @@ struct AnswerPiece {
 
 // How an answer leaves a printer with these faults; nothing when it never does.
 std::vector<AnswerPiece> PlanAnswer(const Faults& faults, const Bytes& answer);
+
+// Bytes that mean nothing to any host, as an unsound line brings them; always the same ones.
+Bytes Garbage(std::size_t size);
 
 // Counts what a connection brings until the connection is to be dropped.
 class ReceiveLimit {

@@ -2,10 +2,14 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <optional>
+#include <string>
 #include <system_error>
 
+#include "virtual_printer/console.h"
+#include "virtual_printer/control_panel.h"
 #include "virtual_printer/options.h"
-#include "virtual_printer/printer_state.h"
+#include "virtual_printer/printer_service.h"
 #include "virtual_printer/tcp_server.h"
 #include "virtual_printer/trace.h"
 
@@ -13,7 +17,8 @@ namespace virtual_printer {
 namespace {
 
 int Run(const Options& options) {
-  PrinterState state(ParameterZone{options.width});
+  // The console is read past C's input, whose lock a thread that waits for a line would hold when the program ends.
+  std::ios::sync_with_stdio(false);
   Trace trace(options.trace ? &std::cout : nullptr);
   const asio::ip::tcp::endpoint endpoint(asio::ip::make_address(options.address), options.port);
   const auto lifetime = options.once ? TcpServer::Lifetime::kOneConnection : TcpServer::Lifetime::kUntilStopped;
@@ -25,9 +30,16 @@ int Run(const Options& options) {
 #endif
   signals.async_wait([&context](const std::error_code&, int) { context.stop(); });
   try {
-    TcpServer server(context, endpoint, lifetime, state, options.faults, trace);
+    PrinterService service(context, options.printer, options.faults, trace);
+    TcpServer server(context, endpoint, lifetime, service);
     // Scripts wait for this line; it says that connections are taken from now on.
     std::cout << "virtual printer ready on " << server.LocalEndpoint() << std::endl;
+
+    ControlPanel panel(context, service, options.faults.split_pause.value_or(kDefaultSplitPause), std::cout);
+    std::optional<Console> console;
+    if (options.console) {
+      console.emplace(context, [&panel](const std::string& line) { panel.OnLine(line); });
+    }
     context.run();
   } catch (const std::system_error& error) {
     // The one failure that everybody meets gets the same plain words on every system.

@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <asio.hpp>
 #include <chrono>
+#include <map>
+#include <string>
 
 namespace virtual_printer {
 namespace {
@@ -10,7 +12,8 @@ namespace {
 constexpr int kMaxNumber = 0xFFFF;
 constexpr int kMaxMilliseconds = 3600 * 1000;
 constexpr int kMaxBytes = 1000 * 1000 * 1000;
-constexpr int kDefaultSplitPause = 5;
+
+const std::map<std::string, ReportFamily> kFamilies = {{"v1", ReportFamily::kV1}, {"gs", ReportFamily::kGsH}};
 
 std::string CheckAddress(const std::string& text) {
   std::error_code error;
@@ -22,8 +25,11 @@ std::string CheckAddress(const std::string& text) {
 
 std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
   Options options;
+  PrinterSetup& printer = options.printer;
   int delay = 0;
-  int split = kDefaultSplitPause;
+  int split = static_cast<int>(kDefaultSplitPause.count());
+  int job_time = static_cast<int>(printer.job_times.printing.count());
+  int job_gap = static_cast<int>(printer.job_times.quiet.count());
   std::size_t drop_after = 0;
 
   CLI::App app("A receipt printer without paper: listens on a TCP port and answers as a printer does.",
@@ -32,11 +38,36 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
   app.add_option("--port", options.port, "Port to listen on; 0 takes any free one")
       ->check(CLI::Range(0, kMaxNumber))
       ->capture_default_str();
-  app.add_option("--width", options.width, "Print width at the start, in dots")
+  app.add_option("--width", printer.zone.print_width, "Print width at the start, in dots")
       ->check(CLI::Range(0, kMaxNumber))
       ->capture_default_str();
   app.add_flag("--trace", options.trace, "Show what is received and sent");
   app.add_flag("--once", options.once, "Take one connection and exit when it has ended");
+
+  app.add_flag("--console", options.console, "Take commands on standard input; help shows them");
+
+  const std::string jobs = "Print jobs";
+  app.add_option("--job-time", job_time, "Print each job for this many milliseconds")
+      ->check(CLI::Range(0, kMaxMilliseconds))
+      ->capture_default_str()
+      ->group(jobs);
+  app.add_option("--job-gap", job_gap, "Take a pause of this many milliseconds in the data for the end of a job")
+      ->check(CLI::Range(0, kMaxMilliseconds))
+      ->capture_default_str()
+      ->group(jobs);
+  app.add_option("--status", printer.status, "Status at the start, as the host asks for it and at the end of a job")
+      ->capture_default_str()
+      ->group(jobs);
+  app.add_option("--family", printer.family, "Report in this manner, whatever the host has asked for")
+      ->transform(CLI::CheckedTransformer(kFamilies))
+      ->option_text("v1|gs")
+      ->group(jobs);
+  app.add_option("--monitoring", printer.monitoring, "Send the first connection reports without being asked")
+      ->transform(CLI::CheckedTransformer(kFamilies))
+      ->option_text("v1|gs")
+      ->group(jobs);
+  app.add_flag("--task-over", printer.task_over, "Tell the host that sent a job of its end in a V2 answer, too")
+      ->group(jobs);
 
   const std::string misbehaviour = "Misbehaviour";
   app.add_option("--delay", delay, "Work this many milliseconds on each answer")
@@ -46,7 +77,7 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
   const CLI::Option* split_option =
       app.add_option("--split", split, "Send answers in single bytes, this many milliseconds apart")
           ->expected(0, 1)
-          ->default_str(std::to_string(kDefaultSplitPause))
+          ->default_str(std::to_string(split))
           ->check(CLI::Range(1, kMaxMilliseconds))
           ->group(misbehaviour);
   const CLI::Option* drop_option =
@@ -61,6 +92,7 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
     return std::nullopt;
   }
 
+  printer.job_times = {std::chrono::milliseconds(job_time), std::chrono::milliseconds(job_gap)};
   options.faults.delay = std::chrono::milliseconds(delay);
   if (split_option->count() > 0) {
     options.faults.split_pause = std::chrono::milliseconds(split);

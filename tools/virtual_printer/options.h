@@ -14,10 +14,11 @@ namespace virtual_printer {
 struct Options {
   std::string address = "127.0.0.1";
   std::uint16_t port = 9100;
-  std::uint16_t width = kDefaultPrintWidth;
+  PrinterSetup printer;
   Faults faults;
   bool trace = false;
   bool once = false;
+  bool console = false;
 };
 
 // Reads the command line. When there is nothing left to do (a wrong argument, --help), it has said so, and *exit_status

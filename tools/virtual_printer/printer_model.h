@@ -3,66 +3,63 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <string>
+#include <functional>
+#include <map>
+#include <optional>
 #include <vector>
 
-#include "virtual_printer/bytes.h"
-#include "virtual_printer/command_parser.h"
+#include "virtual_printer/message.h"
 #include "virtual_printer/printer_state.h"
+#include "virtual_printer/session.h"
 
 namespace virtual_printer {
 
-// Something that crossed the wire, with the words for it: `setkey key 0x00CC = 576`.
-struct WireEvent {
-  enum class Direction { kReceived, kSent };
-
-  Direction direction = Direction::kReceived;
-  Bytes bytes;
-  std::string text;
-};
-
-// The printer at its end of one connection: takes the host's bytes, gives the answers. It knows no sockets, threads or
-// time, so a test drives it directly. Each connection has a model of its own; all of them work on one PrinterState.
+// A whole printer: takes the bytes of its hosts, gives what they are sent. It knows no sockets or threads and has no
+// clock, so a test drives it directly and through any length of time. Times must not run backwards.
+//
+// What the calls give is in order: an answer stands directly behind its command, a report where it fell due.
 class PrinterModel {
  public:
-  // The state must outlive the model.
-  explicit PrinterModel(PrinterState& state) : state_(state) {}
+  using Events = std::vector<WireEvent>;
 
-  // Takes what has arrived, in pieces of any size. Gives what was understood and what is answered, in order: an answer
-  // stands directly behind its command.
-  std::vector<WireEvent> Receive(const std::uint8_t* data, std::size_t size);
+  explicit PrinterModel(const PrinterSetup& setup) : state_(setup) {}
+  PrinterModel(const PrinterModel&) = delete;
+  PrinterModel& operator=(const PrinterModel&) = delete;
 
-  // The host has closed the connection. Gives what was still incomplete; nothing is answered any more.
-  std::vector<WireEvent> Finish();
+  // A host has connected. The caller chooses the number; it must not be in use.
+  void Connect(int connection);
+
+  // Bytes of a connected host have arrived, in pieces of any size.
+  Events Receive(int connection, const std::uint8_t* data, std::size_t size, Time now);
+
+  // The host sends nothing any more. Gives what it left incomplete; from then on it is sent no reports.
+  Events Disconnect(int connection, Time now);
+
+  // Lets time pass. To be called when NextDeadline has come; the other calls do so themselves.
+  Events Advance(Time now);
+  std::optional<Time> NextDeadline() const { return state_.jobs.NextDeadline(); }
+
+  // Sends all connected hosts what no job has caused, each in its own manner. Without a value, a job ends with the
+  // printer's status.
+  Events AnnounceStart(TaskNumber task) const;
+  Events AnnounceEnd(TaskNumber task, std::optional<std::uint32_t> value) const;
+  Events AnnounceState(TaskNumber task) const;
+  Events SendToAll(const Message& message) const;
+
+  void SetStatus(std::uint32_t status) { state_.status = status; }
+  const PrinterState& State() const { return state_; }
 
   // Bytes of an incomplete command, at most CommandParser::kMaxPending.
-  std::size_t PendingBytes() const { return parser_.PendingBytes(); }
+  std::size_t PendingBytes(int connection) const { return sessions_.at(connection).PendingBytes(); }
 
  private:
-  // What came of a command: how it reads, and the answer, if it has one.
-  struct Reaction {
-    std::string received;
-    Bytes answer = {};
-    std::string sent = {};
-  };
+  void React(int connection, const std::vector<Frame>& frames, Time now, Events& events);
+  void AppendPassed(Time now, Events& events);
+  void AppendReport(const JobReport& report, Events& events) const;
+  Events ToEach(const std::function<Message(ReportFamily)>& message) const;
 
-  std::vector<WireEvent> React(const std::vector<Frame>& frames);
-  Reaction ReactTo(const Frame& frame);
-  Reaction Execute(const Command& command);
-
-  // The verbs.
-  Reaction SetKey(const Command& command);
-  Reaction GetKey(const Command& command);
-  Reaction Do(const Command& command);
-
-  // The actions of the verb do.
-  Reaction SaveParameterZone(const Command& command);
-
-  Reaction RefuseSetting(std::string received);
-
-  PrinterState& state_;
-  CommandParser parser_;
-  bool setting_refused_ = false;  // Since the last save_param_zone of this connection.
+  PrinterState state_;
+  std::map<int, Session> sessions_;  // By connection. They refer to state_.
 };
 
 }  // namespace virtual_printer

@@ -2,6 +2,11 @@
 #define VIRTUAL_PRINTER_PRINTER_STATE_H_
 
 #include <cstdint>
+#include <optional>
+
+#include "virtual_printer/left_monitoring.h"
+#include "virtual_printer/print_jobs.h"
+#include "virtual_printer/report_frames.h"
 
 namespace virtual_printer {
 
@@ -12,14 +17,37 @@ struct ParameterZone {
   std::uint16_t print_width = kDefaultPrintWidth;  // In dots.
 };
 
+// How a printer is when it is switched on.
+struct PrinterSetup {
+  ParameterZone zone;
+  std::uint32_t status = 0;
+  JobTimes job_times;
+  std::optional<ReportFamily> family;      // Reports so, whatever the host has asked for.
+  std::optional<ReportFamily> monitoring;  // Is on already, for the first host to come.
+  bool task_over = false;                  // The host that sent a job hears of its end by a V2 answer, too.
+};
+
 // What a printer has only once, however many hosts are connected.
 struct PrinterState {
-  PrinterState() = default;
-  explicit PrinterState(ParameterZone zone) : current(zone), saved(zone) {}
+  explicit PrinterState(const PrinterSetup& printer_setup)
+      : setup(printer_setup),
+        current(setup.zone),
+        saved(setup.zone),
+        status(setup.status),
+        jobs(setup.job_times),
+        left_monitoring(setup.monitoring) {}
 
+  // Whether print data makes jobs.
+  bool WatchesJobs() const { return monitoring_hosts > 0 || !left_monitoring.IsEmpty() || setup.task_over; }
+
+  const PrinterSetup setup;
   ParameterZone current;               // In force.
   ParameterZone saved;                 // Survives switching off.
   std::uint64_t print_data_bytes = 0;  // Received so far.
+  std::uint32_t status;                // As hosts read it, and as it is reported with the end of a job.
+  PrintJobs jobs;
+  int monitoring_hosts = 0;  // Connections that are sent reports.
+  LeftMonitoring left_monitoring;
 };
 
 }  // namespace virtual_printer

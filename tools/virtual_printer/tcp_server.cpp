@@ -1,11 +1,7 @@
 #include "virtual_printer/tcp_server.h"
 
 #include <chrono>
-#include <memory>
-#include <sstream>
 #include <utility>
-
-#include "virtual_printer/connection.h"
 
 namespace virtual_printer {
 namespace {
@@ -24,14 +20,12 @@ constexpr std::chrono::milliseconds kAcceptPause{100};
 }  // namespace
 
 TcpServer::TcpServer(asio::io_context& context, const asio::ip::tcp::endpoint& endpoint, Lifetime lifetime,
-                     PrinterState& state, const Faults& faults, Trace& trace)
+                     PrinterService& service)
     : context_(context),
       acceptor_(context, endpoint, kReuseAddress),
       accept_pause_(context),
       lifetime_(lifetime),
-      state_(state),
-      faults_(faults),
-      trace_(trace) {
+      service_(service) {
   Accept();
 }
 
@@ -49,24 +43,13 @@ void TcpServer::Accept() {
       });
       return;
     }
-    Serve(std::move(socket));
+    service_.Serve(std::move(socket), [this] { OnConnectionClosed(); });
     if (lifetime_ == Lifetime::kOneConnection) {
       acceptor_.close();
     } else {
       Accept();
     }
   });
-}
-
-void TcpServer::Serve(asio::ip::tcp::socket socket) {
-  const int number = ++connections_;
-  std::error_code gone;
-  std::ostringstream note;
-  note << "connected from " << socket.remote_endpoint(gone);
-  trace_.Note(number, note.str());
-  std::make_shared<Connection>(std::move(socket), number, state_, faults_, trace_, [this] {
-    OnConnectionClosed();
-  })->Start();
 }
 
 void TcpServer::OnConnectionClosed() {

@@ -3,13 +3,11 @@
 
 #include <asio.hpp>
 
-#include "virtual_printer/faults.h"
-#include "virtual_printer/printer_state.h"
-#include "virtual_printer/trace.h"
+#include "virtual_printer/printer_service.h"
 
 namespace virtual_printer {
 
-// Puts the printer on a TCP port. Any number of hosts may be connected at a time; they share the printer's state.
+// Puts the printer on a TCP port. Any number of hosts may be connected at a time; the printer serves them all.
 class TcpServer {
  public:
   enum class Lifetime {
@@ -19,25 +17,21 @@ class TcpServer {
 
   // Listens from now on. The references must outlive the server. Throws std::system_error when the endpoint cannot be
   // had, for instance because its port is in use.
-  TcpServer(asio::io_context& context, const asio::ip::tcp::endpoint& endpoint, Lifetime lifetime, PrinterState& state,
-            const Faults& faults, Trace& trace);
+  TcpServer(asio::io_context& context, const asio::ip::tcp::endpoint& endpoint, Lifetime lifetime,
+            PrinterService& service);
 
   // Where hosts can connect: the port is the real one, also when any free port was asked for.
   asio::ip::tcp::endpoint LocalEndpoint() const { return acceptor_.local_endpoint(); }
 
  private:
   void Accept();
-  void Serve(asio::ip::tcp::socket socket);
   void OnConnectionClosed();
 
   asio::io_context& context_;
   asio::ip::tcp::acceptor acceptor_;
   asio::steady_timer accept_pause_;
   const Lifetime lifetime_;
-  PrinterState& state_;
-  const Faults faults_;
-  Trace& trace_;
-  int connections_ = 0;
+  PrinterService& service_;
 };
 
 }  // namespace virtual_printer

@@ -4,10 +4,10 @@
 
 namespace virtual_printer {
 
-void Trace::Event(int connection, const WireEvent& event) {
+void Trace::Event(const WireEvent& event) {
   if (out_ != nullptr) {
     const char* arrow = event.direction == WireEvent::Direction::kReceived ? "->" : "<-";
-    *out_ << FormatTraceEntry(Now(), connection, arrow, event.bytes, event.text) << std::flush;
+    *out_ << FormatTraceEntry(Now(), event.connection, arrow, event.message.bytes, event.message.text) << std::flush;
   }
 }
 

@@ -5,7 +5,7 @@
 #include <ostream>
 #include <string_view>
 
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/message.h"
 
 namespace virtual_printer {
 
@@ -16,7 +16,7 @@ class Trace {
   // A null stream makes a trace that writes nothing; any other must outlive the trace.
   explicit Trace(std::ostream* out) : out_(out), start_(std::chrono::steady_clock::now()) {}
 
-  void Event(int connection, const WireEvent& event);
+  void Event(const WireEvent& event);
   void Note(int connection, std::string_view text);
 
  private:

@@ -1,0 +1,250 @@
+// The monitor object: its making, its settings, and which results the last-error value keeps.
+#include <functional>
+#include <new>
+#include <stdexcept>
+
+#include "monitor_fixture.h"
+#include "support/allocation_faults.h"
+
+namespace vexo {
+namespace {
+
+using test::MonitorTest;
+using Step = test::ScriptedPort::Step;
+
+void Ignore(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {}
+
+class MonitorObject : public MonitorTest {
+ protected:
+  // The call gives `result`, and stores `stored`.
+  void ExpectResult(const char* call_text, int32_t result, int32_t stored, const std::function<int32_t()>& call) {
+    StoreLastErrorCode(kUntouched);
+    EXPECT_EQ(result, call()) << call_text;
+    EXPECT_EQ(stored, GetLastErrorCode()) << call_text;
+  }
+
+  char text_[8] = {};
+  uint16_t status_ = 0;
+  uint32_t number_ = 0;
+  int64_t id_ = 0;
+};
+
+#define EXPECT_RESULT(result, stored, call) ExpectResult(#call, result, stored, [&]() -> int32_t { return call; })
+#define EXPECT_REFUSED(call) EXPECT_RESULT(-7002, -7002, call)
+
+TEST_F(MonitorObject, NullArgumentsAreRefused) {
+  Open();
+  CVEXOPrinterReadHelper* const none = nullptr;
+  EXPECT_REFUSED(DestroyReprintMonitorObj(none));
+  EXPECT_REFUSED(RegisterPrinter(none, &handle_));
+  EXPECT_REFUSED(RegisterPrinter(monitor_, nullptr));
+  EXPECT_REFUSED(SelectSDKRepintType(none, 1));
+  EXPECT_REFUSED(SetDelayTime(none, 1));
+  EXPECT_REFUSED(SetReadTimeOut(none, 1));
+  EXPECT_REFUSED(SetPollingTime(none, 1));
+  EXPECT_REFUSED(OpenReprintMonitorWork(none));
+  EXPECT_REFUSED(CloseReprintMonitorWork(none));
+  EXPECT_REFUSED(QueryReprintMonitorWork(none, text_, 8));
+  EXPECT_REFUSED(QueryReprintMonitorWork(monitor_, nullptr, 8));
+  EXPECT_REFUSED(QueryReprintMonitorWork(monitor_, text_, 0));
+  EXPECT_REFUSED(GetStatusReport(none, &status_, &number_));
+  EXPECT_REFUSED(GetStatusReport(monitor_, nullptr, &number_));
+  EXPECT_REFUSED(SetPrintTaskId(none, 1));
+  EXPECT_REFUSED(SetClearPrintTask(none));
+  EXPECT_REFUSED(GetDeviceStatus(none, &number_));
+  EXPECT_REFUSED(GetDeviceStatus(monitor_, nullptr));
+  EXPECT_REFUSED(SetPaperFeed(none));
+  EXPECT_REFUSED(ResetPrinterInteriorId(none, 0));
+  EXPECT_REFUSED(AddReprintMonitorFun(none, Ignore, &id_));
+  EXPECT_REFUSED(AddReprintMonitorFun(monitor_, nullptr, &id_));
+  EXPECT_REFUSED(AddReprintMonitorFun(monitor_, Ignore, nullptr));
+  EXPECT_REFUSED(RemoveReprintMonitorFun(none, 1));
+  EXPECT_TRUE(Sent().empty());
+}
+
+TEST_F(MonitorObject, ValuesOutOfRangeAreRefusedBeforeTheWorkIsLookedAt) {
+  for (int round = 0; round < 2; ++round) {
+    EXPECT_REFUSED(SelectSDKRepintType(monitor_, 2));
+    EXPECT_REFUSED(SelectSDKRepintType(monitor_, 0xFFFFFFFF));
+    EXPECT_REFUSED(SetPrintTaskId(monitor_, 0));
+    EXPECT_REFUSED(SetPrintTaskId(monitor_, 10000));
+    EXPECT_REFUSED(SetPrintTaskId(monitor_, INT32_MIN));
+    EXPECT_REFUSED(ResetPrinterInteriorId(monitor_, 2));
+    Open();
+  }
+  EXPECT_RESULT(0, kUntouched, SetPrintTaskId(monitor_, 1));
+  EXPECT_EQ(test::kV1Prefix + "setval \"process_id\" \"0001\"\r\n", Sent().at(0)) << "another family was chosen";
+}
+
+TEST_F(MonitorObject, ClosedWorkIsReportedAndNotStored) {
+  EXPECT_RESULT(-7101, kUntouched, SetPrintTaskId(monitor_, 1));
+  EXPECT_RESULT(-7101, kUntouched, SetClearPrintTask(monitor_));
+  EXPECT_RESULT(-7101, kUntouched, ResetPrinterInteriorId(monitor_, 0));
+  EXPECT_RESULT(-7101, kUntouched, ResetPrinterInteriorId(monitor_, 1));
+  EXPECT_TRUE(Sent().empty());
+}
+
+TEST_F(MonitorObject, SuccessLeavesTheLastError) {
+  EXPECT_RESULT(0, kUntouched, RegisterPrinter(monitor_, &handle_));
+  EXPECT_RESULT(0, kUntouched, SelectSDKRepintType(monitor_, 0));
+  EXPECT_RESULT(0, kUntouched, SelectSDKRepintType(monitor_, 1));
+  EXPECT_RESULT(0, kUntouched, SetDelayTime(monitor_, -1));
+  EXPECT_RESULT(0, kUntouched, SetReadTimeOut(monitor_, 100));
+  EXPECT_RESULT(0, kUntouched, SetPollingTime(monitor_, 1));
+  EXPECT_RESULT(0, kUntouched, OpenReprintMonitorWork(monitor_));
+  EXPECT_RESULT(0, kUntouched, SetPaperFeed(monitor_));
+  EXPECT_RESULT(0, kUntouched, AddReprintMonitorFun(monitor_, Ignore, &id_));
+  EXPECT_RESULT(0, kUntouched, RemoveReprintMonitorFun(monitor_, id_));
+  EXPECT_RESULT(0, kUntouched, RemoveReprintMonitorFun(monitor_, 12345));
+  Hear(test::Started("0007"));
+  EXPECT_RESULT(7, kUntouched, GetStatusReport(monitor_, &status_, &number_));
+  EXPECT_RESULT(0, kUntouched, CloseReprintMonitorWork(monitor_));
+  EXPECT_RESULT(999, 999, GetStatusReport(monitor_, &status_, &number_));
+}
+
+TEST_F(MonitorObject, SendingThatFailsIsStoredButForTheTagging) {
+  Open();
+  for (const int32_t code : {-321, -6, 5, 10054}) {
+    const auto will_fail = [&] { port_.OnWrite({code}); };
+    will_fail();
+    EXPECT_RESULT(code, code, OpenReprintMonitorWork(monitor_));
+    will_fail();
+    EXPECT_RESULT(code, code, CloseReprintMonitorWork(monitor_));
+    will_fail();
+    EXPECT_RESULT(code, code, QueryReprintMonitorWork(monitor_, text_, 8));
+    will_fail();
+    EXPECT_RESULT(code, code, SetClearPrintTask(monitor_));
+    will_fail();
+    EXPECT_RESULT(code, code, GetDeviceStatus(monitor_, &number_));
+    will_fail();
+    EXPECT_RESULT(code, code, SetPaperFeed(monitor_));
+    will_fail();
+    EXPECT_RESULT(code, code, ResetPrinterInteriorId(monitor_, 1));
+    will_fail();
+    EXPECT_RESULT(-7003, -7003, ResetPrinterInteriorId(monitor_, 0));
+    will_fail();
+    EXPECT_RESULT(code, kUntouched, SetPrintTaskId(monitor_, 1));
+  }
+  EXPECT_TRUE(test::RecordedSleeps().empty()) << "waited for the answer to a command that was not sent";
+}
+
+TEST_F(MonitorObject, BindsOnlyAnOpenPrinter) {
+  const struct {
+    VexoPrinterHandle handle;
+    int32_t result;
+    int32_t send_result;
+  } rows[] = {{{559, nullptr, &port_, 1}, -6, -6},
+              {{560, nullptr, &port_, 0}, -309, -6},
+              {{560, nullptr, nullptr, 1}, -309, -6},
+              {test::OpenHandle(&port_), 0, 0}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(0, RegisterPrinter(monitor_, &handle_));
+    VexoPrinterHandle handle = row.handle;
+    EXPECT_RESULT(row.result, row.result != 0 ? row.result : kUntouched, RegisterPrinter(monitor_, &handle));
+    EXPECT_EQ(row.send_result, SetPaperFeed(monitor_));
+    EXPECT_EQ(0, RegisterPrinter(monitor_, &handle_));
+  }
+  handle_.portOpen = 0;
+  EXPECT_RESULT(-309, -309, OpenReprintMonitorWork(monitor_));
+  handle_.magic = 0;
+  EXPECT_RESULT(-6, -6, OpenReprintMonitorWork(monitor_));
+  EXPECT_RESULT(-7101, -6, (SetPaperFeed(monitor_), SetPrintTaskId(monitor_, 1)));
+}
+
+TEST_F(MonitorObject, WriteThatTimedOutIsTriedOnceMore) {
+  const struct {
+    std::vector<int32_t> results;
+    int32_t result;
+    size_t writes;
+  } rows[] = {
+      {{0}, 0, 1}, {{-322, 0}, 0, 2}, {{-322, -322, 0}, -322, 2}, {{-322, -321}, -321, 2}, {{-321, 0}, -321, 1}};
+  for (const auto& row : rows) {
+    test::ScriptedPort port;
+    for (const int32_t result : row.results) {
+      port.OnWrite({result});
+    }
+    handle_.port = &port;
+    EXPECT_EQ(row.result, SetPaperFeed(monitor_));
+    EXPECT_EQ(row.writes, port.Written().size());
+  }
+}
+
+TEST_F(MonitorObject, PortThatThrowsWhileWritingLeavesTheLastResult) {
+  const Step throwing = {0, {}, {}, [] { throw std::runtime_error("a host's own port"); }};
+  port_.OnWrite(throwing);
+  EXPECT_EQ(0, SetPaperFeed(monitor_));
+  port_.OnWrite({-322});
+  port_.OnWrite(throwing);
+  EXPECT_EQ(-322, SetPaperFeed(monitor_));
+}
+
+TEST_F(MonitorObject, PortThatThrowsWhileReadingIsAnError) {
+  Open();
+  const auto will_throw = [&] { port_.OnRead({0, {}, {}, [] { throw std::runtime_error("a host's own port"); }}); };
+  will_throw();
+  EXPECT_RESULT(-300, -300, QueryReprintMonitorWork(monitor_, text_, 8));
+  will_throw();
+  EXPECT_RESULT(-300, -300, SetClearPrintTask(monitor_));
+  will_throw();
+  EXPECT_RESULT(-300, -300, GetDeviceStatus(monitor_, &number_));
+  will_throw();
+  EXPECT_RESULT(-300, -300, ResetPrinterInteriorId(monitor_, 0));
+  will_throw();
+  EXPECT_RESULT(-300, kUntouched, GetPrinterTaskOverInfo(&handle_, 0, text_, 8, &number_));
+}
+
+// Every allocation of every call fails once: the code is -9, and no report is lost by it.
+TEST_F(MonitorObject, MemoryThatRunsOutIsAnErrorAndLosesNoReport) {
+  const std::function<int32_t()> calls[] = {
+      [&] { return OpenReprintMonitorWork(monitor_); },
+      [&] { return QueryReprintMonitorWork(monitor_, text_, 8); },
+      [&] { return SetPrintTaskId(monitor_, 7); },
+      [&] { return SetClearPrintTask(monitor_); },
+      [&] { return GetDeviceStatus(monitor_, &number_); },
+      [&] { return SetPaperFeed(monitor_); },
+      [&] { return AddReprintMonitorFun(monitor_, Ignore, &id_); },
+  };
+  const std::string answer = test::Frame(0x104, std::string("?\x01\0\0\0", 5));
+  Open();
+  for (const auto& call : calls) {
+    SCOPED_TRACE(&call - calls);
+    bool struck = true;
+    for (uint32_t nth = 1; struck; ++nth) {
+      test::ScriptedPort port;
+      handle_.port = &port;
+      port.OnRead({0, test::BytesOf(test::Started("0007"))});
+      for (int receive = 0; receive < 3; ++receive) {
+        port.OnRead({0, test::BytesOf(answer)});
+      }
+      test::AllocationFault fault(nth);
+      const int32_t result = call();
+      struck = fault.Lift();
+      EXPECT_EQ(struck ? -9 : 0, result) << nth;
+      EXPECT_EQ(0, RemoveReprintMonitorFun(monitor_, id_));
+      for (int pass = 0; pass < 4; ++pass) {
+        monitor_->Poll(0);
+      }
+      EXPECT_EQ("task 7 status 1", TakeReport()) << nth;
+      EXPECT_EQ("none", TakeReport()) << nth;
+    }
+  }
+  handle_.port = &port_;
+}
+
+TEST(MonitorObjectWithoutMemory, IsNullAndStored) {
+  bool struck = true;
+  for (uint32_t nth = 1; struck; ++nth) {
+    StoreLastErrorCode(0);
+    test::AllocationFault fault(nth);
+    CVEXOPrinterReadHelper* const monitor = GetReprintMonitorObj();
+    struck = fault.Lift();
+    EXPECT_EQ(struck, monitor == nullptr) << nth;
+    EXPECT_EQ(struck ? -7020 : 0, GetLastErrorCode());
+    if (monitor != nullptr) {
+      EXPECT_EQ(0, DestroyReprintMonitorObj(monitor));
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,228 @@
+// The reader thread at work while the host does what it likes on other threads. These tests are there for
+// ThreadSanitizer as much as for their assertions. Pauses take no time: the reader polls without rest.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "support/report_frames.h"
+#include "support/stream_port.h"
+#include "vexo/extend.h"
+
+namespace vexo {
+namespace {
+
+using test::Eventually;
+using test::StreamPort;
+
+std::atomic<int> g_called[2];
+std::atomic<bool> g_may_be_called[2];
+std::atomic<int> g_strange{0};
+std::atomic<CVEXOPrinterReadHelper*> g_monitor{nullptr};
+
+template <int kIndex>
+void Count(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
+  ++g_called[kIndex];
+  g_strange += g_may_be_called[kIndex] ? 0 : 1;
+}
+
+std::string OneEvent(size_t /*room*/) { return test::Ended("0001", 2) + test::ValueReply(3); }
+
+// A monitor whose printer is at work.
+class Monitored {
+ public:
+  template <typename... Behaviour>
+  explicit Monitored(Behaviour... behaviour) : port_(std::move(behaviour)...) {
+    EXPECT_EQ(0, SetReadTimeOut(monitor_, 40));
+    EXPECT_EQ(0, RegisterPrinter(monitor_, &handle_));
+  }
+  Monitored() : Monitored(OneEvent) {}
+  ~Monitored() { EXPECT_EQ(0, DestroyReprintMonitorObj(monitor_)); }
+
+  void Open() { ASSERT_EQ(0, OpenReprintMonitorWork(monitor_)); }
+  void Add(MonitorCallback callback) {
+    int64_t id = 0;
+    ASSERT_EQ(0, AddReprintMonitorFun(monitor_, callback, &id));
+  }
+
+  CVEXOPrinterReadHelper* monitor() { return monitor_; }
+
+ private:
+  StreamPort port_;
+  VexoPrinterHandle handle_ = test::OpenHandle(&port_);
+  CVEXOPrinterReadHelper* const monitor_ = GetReprintMonitorObj();
+};
+
+template <int kIndex>
+void AddAndRemove(CVEXOPrinterReadHelper* monitor) {
+  for (int round = 0; round < 1000; ++round) {
+    int64_t id = 0;
+    g_may_be_called[kIndex] = true;
+    const int before = g_called[kIndex];
+    EXPECT_EQ(0, AddReprintMonitorFun(monitor, Count<kIndex>, &id));
+    EXPECT_TRUE(round % 100 != 0 || Eventually([&] { return g_called[kIndex] > before; }));
+    EXPECT_EQ(0, RemoveReprintMonitorFun(monitor, id));
+    g_may_be_called[kIndex] = false;
+  }
+}
+
+TEST(MonitorThreads, CallbacksComeAndGoWhileEventsAreDelivered) {
+  g_strange = 0;
+  Monitored monitored;
+  monitored.Open();
+  std::thread other([&] { AddAndRemove<1>(monitored.monitor()); });
+  AddAndRemove<0>(monitored.monitor());
+  other.join();
+  EXPECT_EQ(0, g_strange) << "called after it was removed";
+}
+
+std::atomic<int> g_nested_calls{0};
+
+void CallExports(int32_t event, int32_t task, uint32_t value) {
+  CVEXOPrinterReadHelper* const monitor = g_monitor;
+  g_strange += event == 2 && task == 1 && value == 2 ? 0 : 1;
+  uint32_t number = 0;
+  uint16_t status = 0;
+  int64_t id = 0;
+  // The first ones decode more events, which come here again.
+  if (++g_nested_calls % 50 == 1) {
+    g_strange += GetDeviceStatus(monitor, &number) == 0 && number == ~3U ? 0 : 1;
+    g_strange += SetClearPrintTask(monitor) == 0 ? 0 : 1;
+  }
+  g_strange += SetPrintTaskId(monitor, 1) == 0 && SetPaperFeed(monitor) == 0 ? 0 : 1;
+  g_strange += GetStatusReport(monitor, &status, &number) == 999 ? 0 : 1;
+  g_strange += AddReprintMonitorFun(monitor, CallExports, &id) == 0 ? 0 : 1;
+}
+
+TEST(MonitorThreads, ExportsAreCalledInsideCallbacksAndBesideThem) {
+  g_strange = 0;
+  g_nested_calls = 0;
+  Monitored monitored;
+  g_monitor = monitored.monitor();
+  monitored.Add(CallExports);
+  monitored.Open();
+  std::thread other([&] {
+    for (int round = 0; round < 100; ++round) {
+      // A callback that runs during this call may ask, too, and take the answer.
+      uint32_t status = ~3U;
+      const int32_t result = GetDeviceStatus(monitored.monitor(), &status);
+      EXPECT_TRUE(result == 0 || result == -7003) << result;
+      EXPECT_EQ(~3U, status);
+      EXPECT_EQ(0, SetPrintTaskId(monitored.monitor(), 2));
+      EXPECT_EQ(0, SetPollingTime(monitored.monitor(), round));
+    }
+  });
+  EXPECT_TRUE(Eventually([] { return g_nested_calls >= 2000; }));
+  other.join();
+  EXPECT_EQ(0, g_strange);
+}
+
+// The outcome of a command is its own, whatever other commands and the reader thread meet meanwhile.
+TEST(MonitorThreads, CommandsOfSeveralThreadsGetTheirOwnResults) {
+  constexpr int kRounds = 20000;
+  constexpr uint32_t kFeedLength = 28;  // The other command is longer.
+  Monitored monitored([](size_t /*room*/) { return std::string(); },
+                      [](uint32_t length) { return length == kFeedLength ? -321 : 0; });
+  monitored.Open();
+  int wrong_feeds = 0;
+  std::thread feeder([&] {
+    for (int round = 0; round < kRounds; ++round) {
+      wrong_feeds += SetPaperFeed(monitored.monitor()) == -321 ? 0 : 1;
+    }
+  });
+  int wrong_tags = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    wrong_tags += SetPrintTaskId(monitored.monitor(), 1) == 0 ? 0 : 1;
+  }
+  feeder.join();
+  EXPECT_EQ(0, wrong_feeds);
+  EXPECT_EQ(0, wrong_tags);
+}
+
+TEST(MonitorThreads, ReaderOutlivesAPortThatThrows) {
+  g_may_be_called[0] = true;
+  int reads = 0;
+  Monitored monitored([&reads](size_t room) -> std::string {
+    if (++reads % 2 == 0) {
+      throw std::runtime_error("a host's own port");
+    }
+    return OneEvent(room);
+  });
+  const int before = g_called[0];
+  monitored.Add(Count<0>);
+  monitored.Open();
+  EXPECT_TRUE(Eventually([&] { return g_called[0] >= before + 100; }));
+}
+
+TEST(MonitorThreads, MonitorsAreDestroyedWhileTheyPoll) {
+  g_may_be_called[0] = true;
+  for (int round = 0; round < 100; ++round) {
+    Monitored monitored;
+    const int before = g_called[0];
+    monitored.Add(Count<0>);
+    monitored.Open();
+    EXPECT_TRUE(round % 2 == 0 || Eventually([&] { return g_called[0] > before; }));
+  }
+}
+
+constexpr int kMonitors = 8;
+std::atomic<int> g_events_of[kMonitors];
+
+void CountTask(int32_t /*event*/, int32_t task, uint32_t /*value*/) { ++g_events_of[task]; }
+
+TEST(MonitorThreads, MonitorsDoNotMixTheirPrinters) {
+  constexpr int kEvents = 200;
+  for (auto& events : g_events_of) {
+    events = 0;
+  }
+  std::vector<std::thread> hosts;
+  for (int task = 0; task < kMonitors; ++task) {
+    hosts.emplace_back([task] {
+      int left = kEvents;
+      Monitored monitored([&left, task](size_t /*room*/) {
+        return left-- > 0 ? test::Started("000" + std::to_string(task)) : std::string();
+      });
+      monitored.Add(CountTask);
+      monitored.Open();
+      EXPECT_TRUE(Eventually([&] { return g_events_of[task] == kEvents; }));
+    });
+  }
+  for (std::thread& host : hosts) {
+    host.join();
+  }
+  for (const auto& events : g_events_of) {
+    EXPECT_EQ(kEvents, events);
+  }
+}
+
+std::atomic<int> g_deadlocks_avoided{0};
+
+[[maybe_unused]] void DestroyMonitor(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
+  try {
+    DestroyReprintMonitorObj(g_monitor);
+  } catch (const std::system_error& error) {
+    g_deadlocks_avoided += error.code() == std::errc::resource_deadlock_would_occur ? 1 : 0;
+    throw;
+  }
+}
+
+// ThreadSanitizer takes a thread that could not wait for itself as waited for, and the later wait as a fault of its
+// own.
+#ifndef __SANITIZE_THREAD__
+TEST(MonitorThreads, ReaderThatDestroysItsMonitorIsTold) {
+  g_deadlocks_avoided = 0;
+  Monitored monitored;  // Destroyed once more, by this thread, which waits for the reader's end.
+  g_monitor = monitored.monitor();
+  monitored.Add(DestroyMonitor);
+  monitored.Open();
+  EXPECT_TRUE(Eventually([] { return g_deadlocks_avoided == 1; }));
+}
+#endif
+
+}  // namespace
+}  // namespace vexo

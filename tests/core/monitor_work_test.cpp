@@ -1,0 +1,210 @@
+// Monitoring switched on and off, asked for, and the events that wait for the host.
+#include <stdexcept>
+
+#include "monitor_fixture.h"
+
+namespace vexo {
+namespace {
+
+using namespace std::string_literals;
+using test::Ended;
+using test::kV1Prefix;
+using test::MonitorTest;
+using test::Started;
+using test::ValueReply;
+using Sleeps = std::vector<uint32_t>;
+using Texts = std::vector<std::string>;
+
+class MonitorWork : public MonitorTest {
+ protected:
+  // The word, or the code.
+  std::string Query(int32_t length) {
+    char buffer[8] = "#######";
+    const int32_t result = QueryReprintMonitorWork(monitor_, buffer, length);
+    if (result != 0) {
+      EXPECT_STREQ("#######", buffer);
+      return std::to_string(result);
+    }
+    return std::string(buffer, std::string_view(buffer).find('#'));
+  }
+};
+
+TEST_F(MonitorWork, SwitchesThePrinter) {
+  const struct {
+    uint32_t family;
+    std::string on;
+    std::string off;
+    Sleeps before_off;
+  } rows[] = {
+      {1, kV1Prefix + "setval \"job_monitor\" \"on\"\r\n", kV1Prefix + "setval \"job_monitor\" \"off\"\r\n", {}},
+      {0, "\x1d(H\x03\0"s + "102", "\x1d(H\x03\0"s + "100", {300}}};
+  for (const auto& row : rows) {
+    test::SetClock(0);
+    SelectSDKRepintType(monitor_, row.family);
+    EXPECT_EQ(0, OpenReprintMonitorWork(monitor_));
+    EXPECT_EQ(Texts{row.on}, Sent());
+    EXPECT_EQ(Sleeps{}, test::RecordedSleeps());
+    EXPECT_EQ(0, CloseReprintMonitorWork(monitor_));
+    EXPECT_EQ(Texts{row.off}, Sent());
+    EXPECT_EQ(row.before_off, test::RecordedSleeps());
+  }
+}
+
+TEST_F(MonitorWork, FailedCommandLeavesTheWorkAsItWas) {
+  port_.OnWrite({-321});
+  EXPECT_EQ(-321, OpenReprintMonitorWork(monitor_));
+  EXPECT_EQ(-7101, SetPrintTaskId(monitor_, 1));
+  Open();
+  Hear(Started("0007"));
+  port_.OnWrite({-321});
+  EXPECT_EQ(-321, CloseReprintMonitorWork(monitor_));
+  EXPECT_EQ(0, SetPrintTaskId(monitor_, 1));
+  EXPECT_EQ("task 7 status 1", TakeReport());
+}
+
+TEST_F(MonitorWork, CloseForgetsWhatWasHeard) {
+  Open(0);
+  Hear("7\"0012\0"s + Ended("0001", 2) + ValueReply(3) + Started("0002").substr(0, 16));
+  EXPECT_EQ(0, CloseReprintMonitorWork(monitor_));
+  EXPECT_EQ("none", TakeReport());
+  Open(0);
+  Hear(Started("0002").substr(16) + "7#\0"s);
+  EXPECT_EQ("task 0 status 2 value 4294967295", TakeReport()) << "the job that ended is of an earlier time";
+  EXPECT_EQ("none", TakeReport());
+}
+
+TEST_F(MonitorWork, QueryAsksThePrinterOfFamilyOne) {
+  const struct {
+    std::string payload;
+    int32_t length;
+    std::string answer;
+  } rows[] = {{"?\x01", 8, "on"},
+              {"?\0"s, 8, "off"},
+              {"?\x02", 8, "off"},
+              {"?", 8, "off"},
+              {"", 8, "off"},
+              {"?\x01", 2, "on"},
+              {"?\x01", 1, "-7007"},
+              {"?\0"s, 3, "off"},
+              {"?\0"s, 2, "-7007"},
+              {"?\x01", -1, "-7007"},
+              {"?\x01"
+               "123456",
+               7, "-7007"}};
+  for (const auto& row : rows) {
+    WillHear("");
+    WillHear(test::Frame(0x103, row.payload));
+    EXPECT_EQ(row.answer, Query(row.length)) << testing::PrintToString(row.payload);
+    EXPECT_EQ(Texts{kV1Prefix + "getval \"job_monitor\"\r\n"}, Sent());
+  }
+  EXPECT_EQ(-7007, GetLastErrorCode());
+}
+
+TEST_F(MonitorWork, QueryLooksTwiceForTheAnswer) {
+  EXPECT_EQ("-7003", Query(8));
+  EXPECT_EQ(Sleeps(18, 20), test::RecordedSleeps()) << "two polls of 200 ms, which pause after each receive but one";
+  EXPECT_EQ(-7003, GetLastErrorCode());
+
+  // The receives are one before the question and ten in each poll.
+  const std::string answer = test::Frame(0x103, "?\x01");
+  for (const auto& [silent_receives, result] : {std::pair(1, "on"), std::pair(10, "on"), std::pair(11, "-7003")}) {
+    for (int receive = 0; receive < silent_receives; ++receive) {
+      WillHear("");
+    }
+    WillHear(answer);
+    EXPECT_EQ(result, Query(8)) << silent_receives;
+  }
+}
+
+TEST_F(MonitorWork, QueryTakesNoAnswerFromBefore) {
+  Hear(test::Frame(0x103, "?\x01"));
+  WillHear(test::Frame(0x103, "?\x01"));
+  WillHear(test::Frame(0x103, "?\0"s));
+  EXPECT_EQ("off", Query(8));
+}
+
+TEST_F(MonitorWork, QueryOfFamilyZeroAsksTheMonitor) {
+  SelectSDKRepintType(monitor_, 0);
+  EXPECT_EQ("off", Query(8));
+  Open(0);
+  const size_t operations = port_.Operations().size();
+  EXPECT_EQ("on", Query(2));
+  EXPECT_EQ("-7007", Query(1));
+  EXPECT_EQ("-7007", Query(-1));
+  EXPECT_EQ(operations, port_.Operations().size());
+}
+
+TEST_F(MonitorWork, ReportsComeInOrderWithTheValueInverted) {
+  Hear(Started("0007") + ValueReply(1) + Ended("0007", 0) + Started("0999") + Ended("-001", 5));
+  EXPECT_EQ("task 7 status 1", TakeReport());
+  EXPECT_EQ("task 7 status 2 value 4294967295", TakeReport());
+  uint16_t status = 0;
+  EXPECT_EQ(999, GetStatusReport(monitor_, &status, nullptr));
+  EXPECT_EQ(1, status);
+  EXPECT_EQ(kUntouched, GetLastErrorCode());
+  EXPECT_EQ(-1, GetStatusReport(monitor_, &status, nullptr));
+  EXPECT_EQ("none", TakeReport());
+  EXPECT_EQ(999, GetLastErrorCode());
+}
+
+TEST_F(MonitorWork, ReportsDropAnswersAndJobStates) {
+  Hear(test::Frame(0x102, "?0003") + Started("0007") + ValueReply(1));
+  EXPECT_EQ("task 7 status 1", TakeReport());
+  EXPECT_EQ("none", TakeReport());
+  EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind);
+}
+
+TEST_F(MonitorWork, EventOfTheOtherFamilyIsNoEventAndNotStored) {
+  Hear(Started("0007"));
+  SelectSDKRepintType(monitor_, 0);
+  Hear("7\"0012\0"s);
+  EXPECT_EQ("none", TakeReport());
+  EXPECT_EQ(kUntouched, GetLastErrorCode());
+  EXPECT_EQ("task 12 status 1", TakeReport());
+}
+
+TEST_F(MonitorWork, FamilyZeroAsksForTheValueOfAJobsEnd) {
+  const struct {
+    std::string answer;
+    int32_t send_result;
+    uint32_t value;
+  } rows[] = {{"\x05\x01\0\0\x09"s, 0, 0x105},
+              {"\xff\xff\xff\xff", 0, 0xFFFFFFFF},
+              {"\x05\x01", 0, 0x105},
+              {ValueReply(3), 0, 0x20261C1B},
+              {"", 0, 0},
+              {"\x05\x01\0\0"s, -321, 0}};
+  Open(0);
+  SetReadTimeOut(monitor_, 60);
+  Hear("7\"0012\0"s);
+  EXPECT_EQ("task 12 status 1", TakeReport());
+  for (const auto& row : rows) {
+    test::SetClock(0);
+    port_.OnWrite({row.send_result});
+    WillHear("7#7");
+    if (row.send_result == 0) {
+      WillHear(row.answer);
+    }
+    monitor_->Poll(0);
+    EXPECT_EQ(Texts{kV1Prefix + "getval \"reprint_status\"\r\n"}, Sent());
+    EXPECT_EQ("task 12 status 2 value " + std::to_string(~row.value), TakeReport());
+    EXPECT_EQ(row.answer.empty() ? Sleeps({20, 20}) : Sleeps{}, test::RecordedSleeps());
+    monitor_->Poll(0);
+    EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind) << "the answer was decoded as a report, too";
+  }
+  Hear("7$7");
+  Hear("7#7");
+  EXPECT_EQ("task 0 status 2 value 4294967295", TakeReport()) << "the printer numbers its tasks anew";
+}
+
+TEST_F(MonitorWork, JobsEndIsReportedThoughItsValueCannotBeRead) {
+  Open(0);
+  WillHear("7\"0012\0"s + "7#7");
+  port_.OnRead({0, {}, {}, [] { throw std::runtime_error("a host's own port"); }});
+  monitor_->Poll(0);
+  EXPECT_EQ("task 12 status 1", TakeReport());
+  EXPECT_EQ("task 12 status 2 value 4294967295", TakeReport());
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,149 @@
+#include "protocol/reply_analysis.h"
+
+#include <gtest/gtest.h>
+
+#include <stdexcept>
+#include <string>
+
+#include "support/report_frames.h"
+
+namespace vexo {
+namespace {
+
+using namespace std::string_literals;
+
+const std::string kHeader = "\x1b\x1c& V2";
+
+// A reply that announces `length` bytes of payload, by default as many as it has.
+std::string Reply(const std::string& payload, size_t length, const std::string& header = kHeader) {
+  return header + "abc" + test::LittleEndian(static_cast<uint32_t>(length), 2) + "fghijkl" + payload;
+}
+std::string Reply(const std::string& payload) { return Reply(payload, payload.size()); }
+
+const std::string kGetVal = "\x1b\x1c& V2 getval \"name\"\r\n";
+const std::string kGetKey = "getkey\r\n";
+const std::string kStatus = "\x00\x01\x02\x03"s;
+
+TEST(ReplyAnalysis, SplitsAReply) {
+  const std::string raw = Reply(kGetVal + kStatus + "a%20b+c\r\nd");
+  CAnalysisCmdBase reply(raw);
+  EXPECT_TRUE(reply.valid());
+  EXPECT_TRUE(reply.status());
+  EXPECT_EQ(kHeader, reply.header());
+  EXPECT_EQ(raw.substr(6, 12), reply.fixed_part());
+  EXPECT_EQ(kGetVal, reply.command_line());
+  EXPECT_EQ(kStatus, reply.status_bytes());
+  EXPECT_EQ("a%20b+c\r\nd", reply.value());
+  EXPECT_EQ("a%20b+c\r\nd", reply.result());
+  EXPECT_EQ(raw, reply.raw_reply());
+}
+
+TEST(ReplyAnalysis, ValueStartsWhereTheCommandPutsIt) {
+  const struct {
+    std::string payload;
+    std::string line;
+    std::string value;
+    bool status;
+  } rows[] = {
+      {kGetVal + kStatus, kGetVal, "", true},
+      {kGetVal + "\x01\x00\x01\x01"s + "v", kGetVal, "v", false},
+      {kGetKey + kStatus + "\x01\xcc\x00\x02"s + "v", kGetKey, "v", true},
+      {kGetKey + kStatus + "1234", kGetKey, "", true},
+      {"getval getkey\r\n" + kStatus + "v", "getval getkey\r\n", "v", true},
+      {"do \"it\"\r\n" + kStatus + "v", "do \"it\"\r\n", "v", true},
+      {kStatus + "getkey", "", "getkey", true},
+      {"\r\n" + kStatus + "v", "\r\n", "v", true},
+      {"getkey\n" + kStatus, "", "ey\n" + kStatus, true},
+  };
+  for (const auto& row : rows) {
+    const CAnalysisCmdBase reply(Reply(row.payload));
+    EXPECT_TRUE(reply.valid());
+    EXPECT_EQ(row.line, reply.command_line());
+    EXPECT_EQ(row.value, reply.result());
+    EXPECT_EQ(row.status, reply.status()) << testing::PrintToString(row.payload);
+  }
+}
+
+TEST(ReplyAnalysis, JudgesTheFrame) {
+  const std::string payload = kGetVal + kStatus + "v";
+  const struct {
+    const char* scenario;
+    std::string raw;
+    bool valid;
+    int32_t analysed;
+    std::string value;
+  } rows[] = {
+      {"empty", "", false, -30, ""},
+      {"17 bytes", Reply(payload).substr(0, 17), false, -30, ""},
+      {"no payload, none announced", Reply(""), true, -30, ""},
+      {"wrong header", Reply(payload, payload.size(), "\x1b\x1c& V1"), false, 0, "v"},
+      {"more than announced", Reply(payload, 1), true, 0, "v"},
+      {"one byte is missing", Reply(payload, payload.size() + 1), false, -30, ""},
+      {"5 announced, 4 there", Reply("abcd", 5), false, -30, ""},
+      {"length 0x7fff", Reply(payload, 0x7FFF), false, -30, ""},
+      {"all of 0x7fff", Reply(payload + std::string(0x7FFF - payload.size(), ' '), 0x7FFF), true, 0,
+       "v" + std::string(0x7FFF - payload.size(), ' ')},
+      {"negative high byte", Reply(std::string(0x8000, ' ')), false, -30, ""},
+      {"length -1", Reply(std::string(0xFFFF, ' ')), false, -30, ""},
+      {"status cut off", Reply(kGetVal + "abc"), true, -30, ""},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.scenario);
+    CAnalysisCmdBase reply(row.raw);
+    EXPECT_EQ(row.valid, reply.valid());
+    EXPECT_EQ(row.value, reply.result());
+    EXPECT_EQ(row.analysed, reply.Analyse());
+    EXPECT_EQ(row.raw, reply.raw_reply());
+    EXPECT_TRUE(reply.status());
+  }
+  EXPECT_EQ("", CAnalysisCmdBase(Reply(payload).substr(0, 17)).header());
+}
+
+TEST(ReplyAnalysis, KeyAnswerWithoutItsRecordIsThrown) {
+  for (size_t record = 0; record < 4; ++record) {
+    EXPECT_THROW(CAnalysisCmdBase(Reply(kGetKey + kStatus + std::string(record, 'r'))), std::out_of_range) << record;
+  }
+}
+
+TEST(UrlDecode, DecodesEscapesAsNumbersAreRead) {
+  const struct {
+    std::string text;
+    std::string decoded;
+  } rows[] = {{"", ""},
+              {"plain", "plain"},
+              {"a%20b+c", "a b c"},
+              {"%41%4a%4A", "AJJ"},
+              {"%4z", "\x04"},
+              {"%zz", "\0"s},
+              {"%zzz", "\0z"s},
+              {"%%41",
+               "\0"
+               "1"s},
+              {"%ff", "\xff"},
+              {"%00|", "\0|"s},
+              {"% 7", "\x07"},
+              {"%+7+", "\x07 "},
+              {"%-1", "\xff"},
+              {"%0x", "\0"s},
+              {"\xe4%e4", "\xe4\xe4"},
+              {"%4\0z"s, "\x04z"}};
+  for (const auto& row : rows) {
+    for (const uint8_t flag : {0, 1, 255}) {
+      EXPECT_EQ(row.decoded, UrlDecode(row.text, flag)) << row.text;
+    }
+  }
+}
+
+TEST(UrlDecode, TruncatedEscapeIsThrown) {
+  for (const char* const text : {"%", "%4", "abc%", "abc%4", "%41%"}) {
+    try {
+      UrlDecode(text, 0);
+      ADD_FAILURE() << text;
+    } catch (const std::invalid_argument& error) {
+      EXPECT_STREQ("Invalid URL encoding", error.what());
+    }
+  }
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,141 @@
+// Task numbers, pending tasks and the printer's own state: what is sent, and how long an answer is waited for.
+#include <algorithm>
+#include <numeric>
+
+#include "monitor_fixture.h"
+
+namespace vexo {
+namespace {
+
+using namespace std::string_literals;
+using test::kV1Prefix;
+using test::MonitorTest;
+using test::ValueReply;
+using Texts = std::vector<std::string>;
+
+uint32_t SleptMs() {
+  const std::vector<uint32_t> sleeps = test::RecordedSleeps();
+  return std::accumulate(sleeps.begin(), sleeps.end(), 0U);
+}
+
+class TaskControl : public MonitorTest {
+ protected:
+  size_t Receives() const {
+    const std::vector<std::string> operations = port_.Operations();
+    return static_cast<size_t>(std::count(operations.begin(), operations.end(), "ReadAvailable(0, 2048)"));
+  }
+};
+
+TEST_F(TaskControl, SendsItsCommands) {
+  const struct {
+    uint32_t family;
+    std::string tag;
+    std::string clear;
+  } rows[] = {{1, kV1Prefix + "setval \"process_id\" \"0007\"\r\n", "\x1b\x1c&cl"},
+              {0, "\x1d(H\x06\0"s + "000007", "\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"}};
+  SetReadTimeOut(monitor_, 0);
+  for (const auto& row : rows) {
+    Open(row.family);
+    EXPECT_EQ(0, SetPrintTaskId(monitor_, 7));
+    EXPECT_EQ(-7003, SetClearPrintTask(monitor_));
+    uint32_t status = 0;
+    EXPECT_EQ(-7003, GetDeviceStatus(monitor_, &status));
+    EXPECT_EQ(0, SetPaperFeed(monitor_));
+    EXPECT_EQ(-7003, ResetPrinterInteriorId(monitor_, 0));
+    EXPECT_EQ(-7003, ResetPrinterInteriorId(monitor_, 1));
+    EXPECT_EQ((Texts{row.tag, row.clear, kV1Prefix + "getval \"reprint_status\"\r\n",
+                     kV1Prefix + "do \"print_feedform\"\r\n", "\x1d(H\x03\0"s + "200", "\x1d(H\x03\0"s + "200\n"}),
+              Sent());
+  }
+}
+
+TEST_F(TaskControl, TaskNumbersHaveFourDigits) {
+  Open();
+  for (const auto& [task, digits] : {std::pair(1, "0001"), std::pair(42, "0042"), std::pair(9999, "9999")}) {
+    EXPECT_EQ(0, SetPrintTaskId(monitor_, task));
+    EXPECT_EQ(Texts{kV1Prefix + "setval \"process_id\" \"" + digits + "\"\r\n"}, Sent());
+  }
+}
+
+// Three polls when there is no answer; each pauses for 20 ms after each receive but the first.
+TEST_F(TaskControl, AnswerIsWaitedForInStepsOfTheReadTimeout) {
+  const struct {
+    int64_t read_timeout;
+    size_t receives_per_poll;
+  } rows[] = {{-1000, 1}, {0, 1}, {19, 1}, {20, 1}, {30, 1}, {40, 2}, {99, 4}, {1000, 50}};
+  Open();
+  for (const auto& row : rows) {
+    SetReadTimeOut(monitor_, row.read_timeout);
+    for (const auto& [polls, call] : {std::pair<size_t, int32_t (*)(CVEXOPrinterReadHelper*)>{3, SetClearPrintTask},
+                                      {3, [](auto* monitor) { return ResetPrinterInteriorId(monitor, 1); }},
+                                      {0, [](auto* monitor) { return ResetPrinterInteriorId(monitor, 0); }},
+                                      {1, [](auto* monitor) {
+                                         uint32_t status = 0;
+                                         return GetDeviceStatus(monitor, &status);
+                                       }}}) {
+      test::SetClock(0);
+      const size_t before = Receives();
+      EXPECT_EQ(-7003, call(monitor_));
+      EXPECT_EQ(1 + polls * row.receives_per_poll, Receives() - before) << row.read_timeout;
+      EXPECT_EQ(polls * (row.receives_per_poll - 1) * 20, SleptMs()) << row.read_timeout;
+    }
+  }
+}
+
+TEST_F(TaskControl, AnswerEndsTheWaiting) {
+  Open();
+  SetReadTimeOut(monitor_, 100);
+  // The receives are one before the command and five in each of three polls; the last poll's answer is not looked for.
+  for (const auto& [silent_receives, result] :
+       {std::pair(1, 0), std::pair(5, 0), std::pair(10, 0), std::pair(11, -7003)}) {
+    for (const bool clear : {true, false}) {
+      for (int receive = 0; receive < silent_receives; ++receive) {
+        WillHear("");
+      }
+      WillHear(test::Frame(0x103, "?"));
+      EXPECT_EQ(result, clear ? SetClearPrintTask(monitor_) : ResetPrinterInteriorId(monitor_, 1)) << silent_receives;
+    }
+  }
+}
+
+TEST_F(TaskControl, OldAnswersAndEventsAreNoAnswer) {
+  Open();
+  SetReadTimeOut(monitor_, 0);
+  Hear(ValueReply(1));
+  WillHear(ValueReply(2) + test::Started("0007"));
+  EXPECT_EQ(-7003, SetClearPrintTask(monitor_));
+  EXPECT_EQ("task 7 status 1", TakeReport());
+}
+
+TEST_F(TaskControl, ModeZeroDropsOldAnswersAndWaitsForNone) {
+  Open();
+  Hear(ValueReply(1));
+  WillHear(ValueReply(2));
+  EXPECT_EQ(-7003, ResetPrinterInteriorId(monitor_, 0));
+  EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind);
+  EXPECT_EQ(-7003, GetLastErrorCode());
+}
+
+TEST_F(TaskControl, DeviceStatusIsInverted) {
+  const struct {
+    std::string answer;
+    uint32_t status;
+  } rows[] = {{ValueReply(5), 0xFFFFFFFA},
+              {ValueReply(0xFFFFFFFF), 0},
+              {test::Frame(0x104, "?\x05"), 0xFFFFFFFF},
+              {test::Frame(0x103, "?"), 0xFFFFFFFF},
+              {ValueReply(5) + ValueReply(6), 0xFFFFFFFA}};
+  for (const auto& row : rows) {
+    uint32_t status = 1;
+    WillHear("");
+    WillHear(row.answer);
+    EXPECT_EQ(0, GetDeviceStatus(monitor_, &status));
+    EXPECT_EQ(row.status, status);
+  }
+  uint32_t status = 1;
+  EXPECT_EQ(-7003, GetDeviceStatus(monitor_, &status));
+  EXPECT_EQ(1U, status);
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,138 @@
+// Listening for the texts that a printer sends about finished tasks.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "monitor/last_error.h"
+#include "support/report_frames.h"
+#include "support/scripted_port.h"
+#include "support/virtual_clock.h"
+#include "vexo/extend.h"
+
+namespace vexo {
+namespace {
+
+using namespace std::string_literals;
+using test::BytesOf;
+using Step = test::ScriptedPort::Step;
+
+std::string Reply(const std::string& value) {
+  const std::string payload = "getval \"task\"\r\n" + "\0\1\0\0"s + value;
+  return "\x1b\x1c& V2abc" + test::LittleEndian(static_cast<uint32_t>(payload.size()), 2) + "fghijkl" + payload;
+}
+
+class TaskOverInfo : public ::testing::Test {
+ protected:
+  TaskOverInfo() {
+    test::SetClock(0);
+    StoreLastErrorCode(4711);
+  }
+  ~TaskOverInfo() override { EXPECT_EQ(4711, GetLastErrorCode()); }
+
+  // The texts in a buffer of `size`, with '.' for zeros and '#' for bytes never written, or the code.
+  std::string Listen(const std::vector<Step>& steps, int32_t time_ms = 100, uint32_t size = 16) {
+    for (const Step& step : steps) {
+      port_.OnRead(step);
+    }
+    std::string text(24, '#');
+    uint32_t length = 4711;
+    const int32_t result = GetPrinterTaskOverInfo(&handle_, time_ms, text.data(), size, &length);
+    if (result != 0) {
+      EXPECT_EQ(std::string(24, '#'), text);
+      EXPECT_EQ(4711U, length);
+      return std::to_string(result);
+    }
+    if (length == 4711) {
+      return "untouched";
+    }
+    EXPECT_EQ(length, std::min(text.find('\0'), text.find('#')));
+    for (char& c : text) {
+      c = c == '\0' ? '.' : c;
+    }
+    return text;
+  }
+  std::string ListenTo(const std::string& bytes, uint32_t size = 16) { return Listen({{0, BytesOf(bytes)}}, 0, size); }
+
+  test::ScriptedPort port_;
+  VexoPrinterHandle handle_ = test::OpenHandle(&port_);
+};
+
+TEST_F(TaskOverInfo, ListensInPassesUntilTheTimeIsOver) {
+  for (const auto& [time_ms, passes] :
+       {std::pair(-5, 1), std::pair(0, 1), std::pair(19, 1), std::pair(20, 2), std::pair(100, 6)}) {
+    test::SetClock(0);
+    const size_t before = port_.Operations().size();
+    EXPECT_EQ("-332", Listen({}, time_ms));
+    EXPECT_EQ(std::vector<uint32_t>(static_cast<size_t>(passes), 20), test::RecordedSleeps()) << time_ms;
+    EXPECT_EQ(before + static_cast<size_t>(passes), port_.Operations().size());
+    EXPECT_EQ("Read(0, 256)", port_.Operations().back());
+  }
+}
+
+TEST_F(TaskOverInfo, JoinsTheTextsOfAllReplies) {
+  const std::string two = Reply("a%7Cb") + Reply("c+d");
+  EXPECT_EQ("a|b|c d.........########", ListenTo(two));
+  EXPECT_EQ("a|b|c d.........########",
+            Listen({{-332, BytesOf(two.substr(0, 9))}, {}, {-332, BytesOf(two.substr(9))}}));
+  EXPECT_EQ("x...............########", ListenTo(Reply("") + Reply("x") + Reply("")));
+  // Replies are cut wherever a frame may start, also inside one; what comes before the first start counts as one.
+  EXPECT_EQ("x...............########", ListenTo(Reply("a\x1b\x1c"
+                                                       "b") +
+                                                 Reply("x")));
+  EXPECT_EQ("x|y.............########", ListenTo(Reply("x").substr(2) + Reply("y")));
+}
+
+TEST_F(TaskOverInfo, NoiseCostsNoReply) {
+  const std::string key_answer_cut_off = "\x1b\x1c& V2abc\x0c\0"s + "fghijkl" + "getkey\r\n" + "\0\1\0\0"s;
+  EXPECT_EQ("x...............########", ListenTo("noise\x1b\x1c" + Reply("x") + "\x1b\x1c& V2"));
+  EXPECT_EQ("x|y.............########", ListenTo(Reply("x") + key_answer_cut_off + Reply("y")));
+  EXPECT_EQ("................########", ListenTo("noise alone"));
+  std::string other_header = Reply("x");
+  other_header[5] = '1';
+  EXPECT_EQ("x...............########", ListenTo(other_header));
+}
+
+TEST_F(TaskOverInfo, EscapeThatIsCutOffLeavesTheOutputs) {
+  EXPECT_EQ("-1", ListenTo(Reply("a%2")));
+  EXPECT_EQ("-1", ListenTo(Reply("%20%")));
+  // Escapes are decoded after the texts are joined.
+  EXPECT_EQ("a\x04x.............########", ListenTo(Reply("a%4") + Reply("x")));
+}
+
+TEST_F(TaskOverInfo, TextNeedsRoom) {
+  EXPECT_EQ("abcd####################", ListenTo(Reply("abcd"), 4));
+  EXPECT_EQ("-2", ListenTo(Reply("abcd"), 3));
+  EXPECT_EQ("-2", ListenTo(Reply("abcd"), 0));
+  EXPECT_EQ(std::string(24, '#'), ListenTo("noise", 0));
+}
+
+TEST_F(TaskOverInfo, SilenceGivesTheResultOfTheLastPass) {
+  EXPECT_EQ("5", Listen({{-332}, {-309}, {5}}, 59));
+  EXPECT_EQ("untouched", Listen({{5}, {0}}, 39));
+  EXPECT_EQ("x...............########", Listen({{5}, {-332, BytesOf(Reply("x"))}, {-331}}, 59));
+  test::SetClock(0);
+  handle_.portOpen = 0;
+  EXPECT_EQ("-309", Listen({}));
+  handle_.magic = 1;
+  EXPECT_EQ("-6", Listen({}));
+  EXPECT_EQ(6U + 6U, test::RecordedSleeps().size()) << "a bad handle does not end the listening";
+}
+
+TEST_F(TaskOverInfo, PacketLongerThanTheBufferCountsAsFarAsThereIsRoom) {
+  const std::string packet = std::string(256 - Reply("x").size(), '#') + Reply("x");
+  EXPECT_EQ("x...............########", Listen({{0, BytesOf(packet), 300}}, 0));
+}
+
+TEST_F(TaskOverInfo, NullArgumentsAreRefused) {
+  char text[8];
+  uint32_t length = 0;
+  EXPECT_EQ(-6, GetPrinterTaskOverInfo(nullptr, 100, nullptr, 8, nullptr));
+  EXPECT_EQ(-7002, GetPrinterTaskOverInfo(&handle_, 100, nullptr, 8, &length));
+  EXPECT_EQ(-7002, GetPrinterTaskOverInfo(&handle_, 100, text, 8, nullptr));
+  EXPECT_EQ(0U, port_.Operations().size());
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,67 @@
+// A port object for tests with many threads: it brings whatever a source makes, without end and without a record.
+#ifndef VEXO_TESTS_SUPPORT_STREAM_PORT_H_
+#define VEXO_TESTS_SUPPORT_STREAM_PORT_H_
+
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <utility>
+
+#include "support/scripted_port.h"
+#include "vexo/printer.h"
+
+namespace vexo::test {
+
+class StreamPort : public VexoPort {
+ public:
+  // Gives the next bytes, at most `room`, which is 1024 or more.
+  using Source = std::function<std::string(size_t room)>;
+
+  // The result of writing so many bytes.
+  using WriteResult = std::function<int32_t(uint32_t length)>;
+
+  explicit StreamPort(
+      Source source, WriteResult write_result = [](uint32_t /*length*/) { return VEXO_OK; })
+      : VexoPort(), source_(std::move(source)), write_result_(std::move(write_result)) {
+    magic = VEXO_PORT_MAGIC;
+    VexoPort::Write = [](VexoPort* port, const uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t length,
+                         uint32_t* written) {
+      *written = length;
+      return static_cast<StreamPort*>(port)->write_result_(length);
+    };
+    VexoPort::ReadAvailable = [](VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
+      StreamPort* const stream = static_cast<StreamPort*>(port);
+      const std::lock_guard<std::mutex> guard(stream->mutex_);
+      const std::string bytes = stream->source_(to - from);
+      std::copy(bytes.begin(), bytes.end(), buffer + from);
+      *read = static_cast<uint32_t>(bytes.size());
+      return int32_t{VEXO_OK};
+    };
+  }
+
+ private:
+  std::mutex mutex_;
+  const Source source_;
+  const WriteResult write_result_;
+};
+
+// Waits for what other threads are about to do. False: it never happens.
+template <typename Condition>
+bool Eventually(Condition condition) {
+  const auto patience_ends = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > patience_ends) {
+      return false;
+    }
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+}  // namespace vexo::test
+
+#endif  // VEXO_TESTS_SUPPORT_STREAM_PORT_H_

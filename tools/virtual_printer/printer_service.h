@@ -1,0 +1,60 @@
+#ifndef VIRTUAL_PRINTER_PRINTER_SERVICE_H_
+#define VIRTUAL_PRINTER_PRINTER_SERVICE_H_
+
+#include <asio.hpp>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+
+#include "virtual_printer/connection.h"
+#include "virtual_printer/faults.h"
+#include "virtual_printer/printer_model.h"
+#include "virtual_printer/trace.h"
+
+namespace virtual_printer {
+
+// Joins the printer model to its hosts and to the passing of time. Belongs to the one thread of the io_context.
+class PrinterService : private ConnectionListener {
+ public:
+  // The references must outlive the service, which must outlive the running of the io_context.
+  PrinterService(asio::io_context& context, const PrinterSetup& setup, const Faults& faults, Trace& trace)
+      : model_(setup), faults_(faults), trace_(trace), deadline_(context) {}
+
+  // A host has connected.
+  void Serve(asio::ip::tcp::socket socket, std::function<void()> on_closed);
+
+  // Sends what the model gave unasked.
+  void Send(const PrinterModel::Events& events);
+
+  // Ends all connections.
+  void DropAll();
+
+  PrinterModel& Model() { return model_; }
+
+  // May be changed; what is already on its way keeps its pauses.
+  Faults& CurrentFaults() { return faults_; }
+
+ private:
+  struct Host {
+    std::shared_ptr<Connection> connection;
+    std::function<void()> on_closed;
+  };
+
+  void OnReceived(int connection, const std::uint8_t* data, std::size_t size) override;
+  void OnHostEnded(int connection) override;
+  void OnClosed(int connection) override;
+  void AwaitDeadline();
+
+  PrinterModel model_;
+  Faults faults_;
+  Trace& trace_;
+  asio::steady_timer deadline_;
+  std::map<int, Host> hosts_;
+  int connections_ = 0;  // So far.
+};
+
+}  // namespace virtual_printer
+
+#endif  // VIRTUAL_PRINTER_PRINTER_SERVICE_H_
