@@ -29,6 +29,26 @@ expect() {
   [ -z "$expected_line" ] || grep -qxF -e "$expected_line" <<<"$answer" || fail "no line '$expected_line'"
 }
 
+# start_monitor: shows job events in the background from now on, until a job has started and ended.
+start_monitor() {
+  printf '\n$ vexoctl -p %s monitor --count 2 &\n' "$printer"
+  scripts/wine.sh build/windows-x64/bin/vexoctl.exe -p "$printer" monitor --count 2 >"$traces/monitor" 2>&1 &
+  monitor=$!
+  until grep -q "listening" "$traces/monitor"; do
+    kill -0 "$monitor" 2>/dev/null || fail "the monitor does not start: $(cat "$traces/monitor")"
+    sleep 0.1
+  done
+}
+
+# await_monitor: shows what the monitor saw, and insists on the events of task 7.
+await_monitor() {
+  wait "$monitor" || fail "the monitor failed: $(cat "$traces/monitor")"
+  printf '\nThe monitor meanwhile:\n'
+  cat "$traces/monitor"
+  grep -qE '^[0-9:.]+ start task 7$' "$traces/monitor" || fail "no start of task 7"
+  grep -qE '^[0-9:.]+ end task 7 value 0x00000000 \(0\)$' "$traces/monitor" || fail "no end of task 7"
+}
+
 title "What the build needs"
 scripts/prepare.sh
 
@@ -57,6 +77,13 @@ expect 0 576 -p "$printer" width get
 expect 0 640 -p "$printer" width set 640
 expect 0 640 -p "$printer" width get
 expect 0 '{"width":640}' -p "$printer" --json width get
+
+title "Jobs: a monitor listens, while another vexoctl prints a receipt as task 7 and waits for its end"
+start_monitor
+printf 'One coffee   2.50\nThank you!\n\n' >"$traces/receipt"
+expect 0 "task 7 ended, value 0x00000000 (0)" -p "$printer" print "$traces/receipt" --task 7 --wait
+await_monitor
+expect 0 "status: 0xFFFFFFFF (4294967295)" -p "$printer" status
 
 title "A printer that takes everything and never answers"
 start_printer build/host-release/bin/virtual_printer "$traces/silent" --silent --trace

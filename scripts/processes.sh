@@ -5,15 +5,18 @@ scripts_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 printer_pids=()
 trace_pids=()
 printer_port=
+printer_console=
 
-# start_printer PROGRAM TRACE_FILE [OPTION...]: starts a virtual printer on a free port and waits until it takes
-# connections. Sets printer_port. What the printer says from then on goes to TRACE_FILE.
+# start_printer PROGRAM TRACE_FILE [OPTION...]: starts a virtual printer, on a free port unless the options name one,
+# and waits until it takes connections. Sets printer_port. What the printer says from then on goes to TRACE_FILE.
 start_printer() {
   local program=$1 trace=$2 output ready=
   shift 2
   local command=("$program")
   case $program in *.exe) command=("$scripts_folder/wine.sh" "$program") ;; esac
-  exec {output}< <(exec "${command[@]}" --port 0 "$@")
+  [[ " $* " == *" --port "* ]] || set -- --port 0 "$@"
+  open_printer_console
+  exec {output}< <(exec "${command[@]}" "$@" <&"$printer_console" {printer_console}>&-)
   printer_pids+=($!)
   read -r -t 60 ready <&"$output" || true
   ready=${ready%$'\r'}
@@ -26,6 +29,19 @@ start_printer() {
   trace_pids+=($!)
   exec {output}<&-
 }
+
+# The input of the printer that is started next. Being open for reading, too, it never ends.
+open_printer_console() {
+  local folder
+  [ -z "$printer_console" ] || exec {printer_console}>&-
+  folder=$(mktemp -d)
+  mkfifo "$folder/console"
+  exec {printer_console}<>"$folder/console"
+  rm -r "$folder"
+}
+
+# tell_printer WORD...: types a line at the console of the printer started last, which has the option --console.
+tell_printer() { echo "$*" >&"$printer_console"; }
 
 # Ends all printers; their traces are complete then.
 stop_printers() {

@@ -14,6 +14,11 @@ namespace vexoctl {
 // Name of the option that says which printer a command talks to; a command that talks to one needs it.
 inline constexpr char kPortOption[] = "--port";
 
+void AddFeedCommand(CLI::App& tool, const Settings& settings);
+void AddMonitorCommand(CLI::App& tool, const Settings& settings);
+void AddPrintCommand(CLI::App& tool, const Settings& settings);
+void AddStatusCommand(CLI::App& tool, const Settings& settings);
+void AddTaskCommands(CLI::App& tool, const Settings& settings);
 void AddUriCommand(CLI::App& tool, const Settings& settings);
 void AddVersionCommand(CLI::App& tool, const Settings& settings);
 void AddWidthCommands(CLI::App& tool, const Settings& settings);

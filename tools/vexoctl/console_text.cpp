@@ -2,6 +2,8 @@
 
 #include <windows.h>
 
+#include <algorithm>
+
 #include "vexoctl/failure.h"
 
 namespace vexoctl {
@@ -59,10 +61,24 @@ std::string Utf8FromGbk(std::string_view text) { return Utf8FromWide(WideFrom(kG
 
 std::string Utf8FromAnsi(std::string_view text) { return Utf8FromWide(WideFrom(CP_ACP, text)); }
 
+std::string Utf8FromPrinter(std::string_view text) {
+  const int size = static_cast<int>(text.size());
+  const bool is_utf8 = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), size, nullptr, 0) != 0;
+  std::string utf8 = is_utf8 ? std::string(text) : Utf8FromAnsi(text);
+  const auto is_control = [](unsigned char byte) { return byte < ' ' || byte == '\x7f'; };
+  std::replace_if(utf8.begin(), utf8.end(), is_control, ' ');
+  return utf8;
+}
+
 void WriteOutput(std::string_view utf8) {
   Require(static_cast<int32_t>(WriteText(STD_OUTPUT_HANDLE, utf8)), "cannot write the result");
 }
 
 void WriteError(std::string_view utf8) { WriteText(STD_ERROR_HANDLE, utf8); }
+
+bool ErrorsReachConsole() {
+  DWORD mode = 0;
+  return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != 0;
+}
 
 }  // namespace vexoctl

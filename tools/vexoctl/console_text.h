@@ -16,6 +16,9 @@ std::string Utf8FromAnsi(std::string_view text);
 
 std::string Utf8FromWide(std::wstring_view text);
 
+// A text of a printer, which may be in UTF-8 or in the user's ANSI code page; on one line, whatever it contains.
+std::string Utf8FromPrinter(std::string_view text);
+
 // Writes to the standard output stream. A console shows the text whatever its code page; a file or a pipe receives
 // UTF-8 with plain "\n" line ends, so that scripts need no conversion. Throws a Failure when the text cannot be
 // written: a script must not take a cut result for a whole one.
@@ -23,6 +26,9 @@ void WriteOutput(std::string_view utf8);
 
 // Writes to the standard error stream in the same way; there is nobody to tell when that fails.
 void WriteError(std::string_view utf8);
+
+// Whether somebody watches the standard error stream: it is a console, not a file or a pipe.
+bool ErrorsReachConsole();
 
 }  // namespace vexoctl
 

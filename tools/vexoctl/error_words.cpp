@@ -2,7 +2,9 @@
 
 #include <windows.h>
 
+#include "platform/language.h"
 #include "protocol/error_text.h"
+#include "vexo/error.h"
 #include "vexoctl/console_text.h"
 
 namespace vexoctl {
@@ -21,6 +23,30 @@ std::string SystemErrorWords(int32_t code) {
   return words;
 }
 
+struct MonitorWords {
+  int32_t code;
+  const char* english;
+  const char* chinese;
+};
+
+// UTF-8, as this file is.
+constexpr MonitorWords kMonitorWords[] = {
+    {VEXO_ERROR_MONITOR_PARAMETER, "An argument is missing or out of range.", "缺少参数或参数超出范围。"},
+    {VEXO_ERROR_MONITOR_NO_ANSWER, "The printer gave no answer.", "打印机没有应答。"},
+    {VEXO_ERROR_MONITOR_ANSWER_TOO_LONG, "The printer's answer is too long.", "打印机的应答过长。"},
+    {VEXO_ERROR_MONITOR_OUT_OF_MEMORY, "There is not enough memory for a job monitor.", "内存不足，无法监控打印任务。"},
+    {VEXO_ERROR_MONITOR_NOT_OPEN, "Job monitoring is off.", "打印任务监控未打开。"},
+};
+
+std::string LibraryErrorWords(int32_t code) {
+  for (const MonitorWords& words : kMonitorWords) {
+    if (words.code == code) {
+      return vexo::platform::UserPrimaryLanguage() == vexo::platform::kLanguageChinese ? words.chinese : words.english;
+    }
+  }
+  return Utf8FromGbk(vexo::GetErrorText(code));
+}
+
 // The texts are meant for message boxes: some are broken into lines or end in one. Scripts read failures line by line.
 std::string OnOneLine(std::string text) {
   constexpr char kLineEnds[] = "\r\n";
@@ -33,8 +59,6 @@ std::string OnOneLine(std::string text) {
 
 }  // namespace
 
-std::string ErrorWords(int32_t code) {
-  return OnOneLine(code > 0 ? SystemErrorWords(code) : Utf8FromGbk(vexo::GetErrorText(code)));
-}
+std::string ErrorWords(int32_t code) { return OnOneLine(code > 0 ? SystemErrorWords(code) : LibraryErrorWords(code)); }
 
 }  // namespace vexoctl

@@ -44,16 +44,23 @@ constexpr char kDescriptorHelp[] =
     "Examples:\n"
     "  vexoctl -p NET,192.168.1.100 width get\n"
     "  vexoctl -p NET,192.168.1.100 --timeout 500 width set 640\n"
+    "  vexoctl -p NET,192.168.1.100 print receipt.bin --task 7 --wait\n"
+    "  vexoctl -p NET,192.168.1.100 monitor\n"
     "  vexoctl --json uri COM3,9600\n"
     "\n"
     "Results go to the standard output, failures to the standard error stream.\n"
     "Exit status: 0 success, 1 the operation failed, 2 the command line is wrong.";
 
 constexpr void (*kCommandFamilies[])(CLI::App& tool, const Settings& settings) = {
-    AddWidthCommands,
-    AddUriCommand,
-    AddVersionCommand,
+    AddWidthCommands, AddStatusCommand,  AddFeedCommand, AddTaskCommands,
+    AddPrintCommand,  AddMonitorCommand, AddUriCommand,  AddVersionCommand,
 };
+
+std::string FamilyNameError(const std::string& name) {
+  return name == "v1" || name == "gs" ? "" : "'" + name + "' is neither v1 nor gs";
+}
+
+Family FamilyNamed(const std::string& name) { return name == "gs" ? Family::kGs : Family::kV1; }
 
 void AddCommonOptions(CLI::App& tool, Settings& settings) {
   tool.add_option(std::string("-p,") + kPortOption, settings.descriptor, "Port descriptor or device URI of the printer")
@@ -62,6 +69,11 @@ void AddCommonOptions(CLI::App& tool, Settings& settings) {
                   "Time limit of each connect, read and write in milliseconds; default: the port's own")
       ->transform(WholeNumber(kShortestTimeLimit, kLongestTimeLimit))
       ->type_name("MS");
+  tool.add_option_function<std::string>(
+          "--family", [&settings](const std::string& name) { settings.family = FamilyNamed(name); },
+          "How the printer speaks of jobs: v1, or gs for GS ( H commands; default: v1")
+      ->check(CLI::Validator(FamilyNameError, /*validator_desc=*/""))
+      ->type_name("v1|gs");
   tool.add_flag("--json", settings.json, "Print the result, or the failure, as a JSON object");
 }
 
@@ -87,7 +99,8 @@ int AnswerCommandLine(const CLI::App& tool, const CLI::ParseError& error) {
 int ReadCommandLineAndRun(int argc, char** argv, Settings& settings) {
   CLI::App tool("Reads and changes receipt and label printers.", "vexoctl");
   tool.require_subcommand(1);
-  tool.fallthrough();  // The common options may also stand behind a command.
+  tool.allow_windows_style_options(false);  // A file name may begin with a slash.
+  tool.fallthrough();                       // The common options may also stand behind a command.
   tool.footer(kDescriptorHelp);
   tool.failure_message(UsageErrorMessage);
   AddCommonOptions(tool, settings);

@@ -9,6 +9,10 @@ void PrintResult(const Result& result, const Settings& settings) {
   WriteOutput(settings.json ? result.json.dump() + "\n" : result.text);
 }
 
+void PrintNote(std::string_view note, const Settings& settings) {
+  WriteError((settings.json ? nlohmann::ordered_json{{"note", note}}.dump() : "vexoctl: " + std::string(note)) + "\n");
+}
+
 void PrintFailure(const Failure& failure, const Settings& settings) {
   const std::string words = ErrorWords(failure.code());
   if (settings.json) {

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <string_view>
 
 #include "vexoctl/failure.h"
 #include "vexoctl/settings.h"
@@ -17,6 +18,9 @@ struct Result {
 
 // Prints a result on the standard output stream.
 void PrintResult(const Result& result, const Settings& settings);
+
+// Prints what a user who waits wants to know, and a program may ignore, on the standard error stream, in one line.
+void PrintNote(std::string_view note, const Settings& settings);
 
 // Prints a failure on the standard error stream, in one line.
 void PrintFailure(const Failure& failure, const Settings& settings);

@@ -4,7 +4,6 @@
 
 #include "vexo/extend.h"
 #include "vexoctl/commands.h"
-#include "vexoctl/console_text.h"
 #include "vexoctl/failure.h"
 #include "vexoctl/printer_session.h"
 #include "vexoctl/report.h"
@@ -16,8 +15,6 @@ namespace {
 // A printer keeps the width in 16 bits; the library would drop the bits above them without a word.
 constexpr uint32_t kMaxWidth = 65535;
 
-std::string OfPrinter(const Settings& settings) { return " of " + Utf8FromAnsi(settings.descriptor); }
-
 void PrintWidth(uint32_t width, const Settings& settings) {
   PrintResult({std::to_string(width) + "\n", {{"width", width}}}, settings);
 }
@@ -28,10 +25,10 @@ void GetWidth(const Settings& settings) {
 
   constexpr uint32_t kNoWidth = std::numeric_limits<uint32_t>::max();
   uint32_t width = kNoWidth;
-  Require(GetPrintWidth(session.handle(), &width), "cannot read the print width" + OfPrinter(settings));
+  Require(GetPrintWidth(session.handle(), &width), "cannot read the print width of " + settings.PrinterName());
   // The library reports a read that ended early without an error as success and leaves the width alone.
   if (width == kNoWidth) {
-    throw Failure("no complete answer about the print width" + OfPrinter(settings), VEXO_ERROR_IO_READ);
+    throw Failure("no complete answer about the print width of " + settings.PrinterName(), VEXO_ERROR_IO_READ);
   }
   PrintWidth(width, settings);
 }
@@ -39,7 +36,7 @@ void GetWidth(const Settings& settings) {
 void SetWidth(uint32_t width, const Settings& settings) {
   PrinterSession session(settings.descriptor);
   session.Open(settings.time_limit);
-  Require(SetPrintWidth(session.handle(), width), "cannot set the print width" + OfPrinter(settings));
+  Require(SetPrintWidth(session.handle(), width), "cannot set the print width of " + settings.PrinterName());
   PrintWidth(width, settings);
 }
 

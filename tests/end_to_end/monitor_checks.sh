@@ -1,0 +1,128 @@
+# Job events as they happen. To be sourced by vexoctl_test.sh.
+# shellcheck shell=bash disable=SC2154
+asked='getval "job_monitor"'
+switched_on='setval "job_monitor" "on", by V1 reports'
+switched_off='setval "job_monitor" "off"'
+listening="vexoctl: listening to"
+time='[0-2][0-9]:[0-5][0-9]:[0-5][0-9].[0-9][0-9][0-9]'
+
+# monitor ARGUMENT...: starts a monitor of the printer and waits until it listens.
+monitor() {
+  in_background -p "$net" --timeout 500 monitor "$@"
+  until_line "$errors" "listening to"
+}
+
+echo "# monitor"
+printer --trace --console
+monitor
+tell_printer start 7
+until_line "$work/output" "start task 7"
+tell_printer end 7 10
+until_line "$work/output" "end task 7"
+kill -INT "$background"
+finished
+judge "events, then Ctrl-C" 0 "like $time start task 7"$'\n'"$time end task 7 value 0x0000000A (10)" "$listening $net"
+printer_received "Ctrl-C switches the monitoring off" "$asked" "$switched_on" "$switched_off"
+
+printer --trace --console
+monitor --json --count 2
+tell_printer start 9999
+tell_printer end 9999 0xFFFFFFFF
+tell_printer start 1
+finished
+judge "so many events as JSON" 0 \
+  "like {\"time\":\"$time\",\"event\":\"start\",\"task\":9999,\"value\":0}"$'\n'\
+"{\"time\":\"$time\",\"event\":\"end\",\"task\":9999,\"value\":4294967295}" \
+  "{\"note\":\"listening to $net\"}"
+check "so many milliseconds, without an event" 0 "" "$listening $net" -p "$net" monitor --for 100
+printer_received "each end switches the monitoring off" \
+  "$asked" "$switched_on" "$switched_off" "$asked" "$switched_on" "$switched_off"
+
+printer --job-time 50 --job-gap 10
+monitor --count 4
+for task in 7 8; do
+  run_vexoctl -p "$net" print - --task $task --wait <<<"Total 9.99" >"$work/print" 2>&1 || cat "$work/print"
+done
+finished
+judge "jobs that another host prints" 0 \
+  "like $time start task 7"$'\n'"$time end task 7 *"$'\n'"$time start task 8"$'\n'"$time end task 8 *" \
+  "$listening $net"
+
+printer --console
+monitor --family gs --count 2
+tell_printer start 12
+tell_printer end 12
+finished
+judge "events in the other family" 0 \
+  "like $time start task 12"$'\n'"$time end task 12 value 0x20261C1B (539368475)" "$listening $net"
+
+printer --console
+monitor --count 3
+tell_printer garbage 3000
+tell_printer start 7
+tell_printer garbage 5
+tell_printer split on
+tell_printer end 7 258
+tell_printer split off
+tell_printer state 8
+tell_printer start 9
+finished
+judge "events among noise" 0 \
+  "like $time start task 7"$'\n'"$time end task 7 value 0x*"$'\n'"$time start task 9" "$listening $net"
+
+printer --trace --console --monitoring v1
+monitor
+tell_printer start 7
+until_line "$work/output" "start task 7"
+kill -INT "$background"
+finished
+judge "printer that reports jobs already" 0 "like $time start task 7" "$listening $net"
+printer_received "its monitoring stays on" "$asked" "$switched_on"
+
+printer --silent
+check "silent printer" 0 "" "$listening $net" -p "$net" monitor --for 100
+
+printer --trace --console
+output=/dev/full monitor
+tell_printer start 7
+finished
+judge "event that cannot be written" 1 "" "like $listening $net"$'\n'"vexoctl: cannot write the result: 112 ?*"
+printer_received "the monitoring is switched off all the same" "$asked" "$switched_on" "$switched_off"
+
+echo "# monitor: lost connections"
+lost="vexoctl: lost the connection to"
+again="again; events in between may be missing"
+printer --trace --console
+monitor --count 2
+tell_printer start 7
+until_line "$work/output" "start task 7"
+tell_printer drop
+until_line "$errors" "$again"
+tell_printer end 7
+finished
+judge "connection lost and made again at once" 0 \
+  "like $time start task 7"$'\n'"$time end task 7 value 0x00000000 (0)" \
+  "like $listening $net"$'\n'"$lost $net: 1226 ?*"$'\n'"vexoctl: connected to $net $again"
+printer_received "monitoring is switched on again" "$asked" "$switched_on" "$switched_on" "$switched_off"
+
+printer --console
+monitor --count 2
+tell_printer start 7
+until_line "$work/output" "start task 7"
+stop_printers
+until_line "$errors" "$lost $net"
+printer --console --port "$port"
+until_line "$errors" "$again"
+tell_printer start 8
+finished
+judge "printer switched off and on" 0 "like $time start task 7"$'\n'"$time start task 8" \
+  "like $listening $net"$'\n'"$lost $net: ?*"$'\n'"vexoctl: connected to $net $again"
+
+printer
+monitor
+stop_printers
+until_line "$errors" "$lost $net"
+kill -INT "$background"
+finished
+judge "Ctrl-C while the printer is off" 0 "" \
+  "like $listening $net"$'\n'"$lost $net: ?*"
