@@ -1,0 +1,255 @@
+// The job monitor as a host sees it: the DLL, its reader thread, and a network printer that speaks up, goes and comes.
+#include "windows/loopback_printer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <future>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+#include "support/report_frames.h"
+#include "vexo/extend.h"
+
+namespace vexo {
+namespace {
+
+using test::Connection;
+using test::Ended;
+using test::LoopbackPrinter;
+using test::Started;
+
+constexpr std::chrono::seconds kPatience(60);
+
+const std::string kOn = "\x1b\x1c& V1 setval \"job_monitor\" \"on\"\r\n";
+const std::string kTag = "\x1b\x1c& V1 setval \"process_id\" \"0007\"\r\n";
+const std::string kStatusQuery = "\x1b\x1c& V1 getval \"reprint_status\"\r\n";
+
+// What the callbacks were told: they carry no context, and run on threads of the DLL.
+class Journal {
+ public:
+  void Add(int32_t event, int32_t task, uint32_t value) {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    events_.push_back(std::to_string(event) + " " + std::to_string(task) + " " + std::to_string(value));
+    threads_.push_back(std::this_thread::get_id());
+    changed_.notify_all();
+  }
+
+  // The first `count` events, or those that came.
+  std::vector<std::string> Await(size_t count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait_for(lock, kPatience, [&] { return events_.size() >= count; });
+    return events_;
+  }
+
+  std::vector<std::thread::id> threads() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    return threads_;
+  }
+
+  void Clear() {
+    const std::lock_guard<std::mutex> guard(mutex_);
+    events_.clear();
+    threads_.clear();
+  }
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<std::string> events_;
+  std::vector<std::thread::id> threads_;
+};
+
+Journal g_journal;
+
+void WriteDown(int32_t event, int32_t task, uint32_t value) { g_journal.Add(event, task, value); }
+
+// A host that is connected to a printer and monitors it.
+class MonitoringHost {
+ public:
+  explicit MonitoringHost(const LoopbackPrinter& printer) {
+    EXPECT_EQ(ScannerGunPortOpen(&handle_, printer.descriptor().c_str()), VEXO_OK);
+    EXPECT_EQ(handle_.port->SetTimeouts(handle_.port, {100, 0, 20'000, 0, 20'000, 2'000}), VEXO_OK);
+    EXPECT_EQ(handle_.port->Open(handle_.port), VEXO_OK);
+    EXPECT_EQ(SetPollingTime(monitor_, 20), VEXO_OK);
+    EXPECT_EQ(SetReadTimeOut(monitor_, 20'000), VEXO_OK);
+    EXPECT_EQ(RegisterPrinter(monitor_, &handle_), VEXO_OK);
+    EXPECT_EQ(OpenReprintMonitorWork(monitor_), VEXO_OK);
+  }
+  MonitoringHost(const MonitoringHost&) = delete;
+  MonitoringHost& operator=(const MonitoringHost&) = delete;
+  ~MonitoringHost() {
+    Destroy();
+    ScannerGunPortOpen(&handle_, "");
+  }
+
+  void Destroy() {
+    if (monitor_ != nullptr) {
+      EXPECT_EQ(DestroyReprintMonitorObj(std::exchange(monitor_, nullptr)), VEXO_OK);
+    }
+  }
+
+  void AddCallback() {
+    int64_t id = 0;
+    EXPECT_EQ(AddReprintMonitorFun(monitor_, WriteDown, &id), VEXO_OK);
+  }
+
+  CVEXOPrinterReadHelper* monitor() { return monitor_; }
+
+ private:
+  VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+  CVEXOPrinterReadHelper* monitor_ = GetReprintMonitorObj();
+};
+
+class MonitorExports : public ::testing::Test {
+ protected:
+  MonitorExports() { g_journal.Clear(); }
+
+  // The printer's end of a host's connection, monitoring switched on.
+  static Connection AcceptMonitoring(LoopbackPrinter* printer) {
+    Connection connection = printer->Accept();
+    EXPECT_EQ(connection.Receive(kOn.size()), kOn);
+    return connection;
+  }
+};
+
+TEST_F(MonitorExports, EventsReachTheCallbackOnTheReaderThread) {
+  LoopbackPrinter printer;
+  MonitoringHost host(printer);
+  host.AddCallback();
+  Connection connection = AcceptMonitoring(&printer);
+  ASSERT_EQ(SetPrintTaskId(host.monitor(), 7), VEXO_OK);
+  EXPECT_EQ(connection.Receive(kTag.size()), kTag);
+  connection.Send("noise" + Started("0007") + Ended("0007", 5).substr(0, 16));
+  EXPECT_EQ(g_journal.Await(1), std::vector<std::string>{"1 7 0"});
+  connection.Send(Ended("0007", 5).substr(16));
+  EXPECT_EQ(g_journal.Await(2), (std::vector<std::string>{"1 7 0", "2 7 5"}));
+  const std::vector<std::thread::id> threads = g_journal.threads();
+  EXPECT_EQ(threads.front(), threads.back());
+  EXPECT_NE(threads.front(), std::this_thread::get_id());
+}
+
+TEST_F(MonitorExports, EventsWaitForAHostThatAsks) {
+  LoopbackPrinter printer;
+  MonitoringHost host(printer);
+  Connection connection = AcceptMonitoring(&printer);
+  connection.Send(Started("0007") + Ended("0007", 0));
+  std::vector<int32_t> reports;
+  uint16_t status = 0;
+  uint32_t value = 0;
+  const auto patience_ends = std::chrono::steady_clock::now() + kPatience;
+  while (reports.size() < 2 && std::chrono::steady_clock::now() < patience_ends) {
+    const int32_t task = GetStatusReport(host.monitor(), &status, &value);
+    if (task != VEXO_MONITOR_NO_EVENT) {
+      reports.push_back(task * 10 + status);
+    }
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(reports, (std::vector<int32_t>{71, 72}));
+  EXPECT_EQ(value, 0xFFFFFFFFU);
+}
+
+TEST_F(MonitorExports, DeviceStatusIsAskedWhileTheReaderPolls) {
+  LoopbackPrinter printer;
+  MonitoringHost host(printer);
+  Connection connection = AcceptMonitoring(&printer);
+  std::future<std::string> served = std::async(std::launch::async, [&] {
+    const std::string question = connection.Receive(kStatusQuery.size());
+    connection.Send(test::ValueReply(5));
+    return question;
+  });
+  uint32_t status = 0;
+  EXPECT_EQ(GetDeviceStatus(host.monitor(), &status), VEXO_OK);
+  EXPECT_EQ(status, ~5U);
+  EXPECT_EQ(served.get(), kStatusQuery);
+}
+
+// A printer that is switched off and on again: the next command finds it, and events come as before.
+TEST_F(MonitorExports, PrinterGoesAndComesBack) {
+  auto printer = std::make_unique<LoopbackPrinter>();
+  const std::string descriptor = printer->descriptor();
+  MonitoringHost host(*printer);
+  host.AddCallback();
+  Connection connection = AcceptMonitoring(printer.get());
+  connection.Send(Started("0001"));
+  EXPECT_EQ(g_journal.Await(1).size(), 1U);
+
+  printer.reset();
+  connection.Reset();
+  const auto port = static_cast<uint16_t>(std::stoi(descriptor.substr(descriptor.rfind(',') + 1)));
+  LoopbackPrinter same_printer(test::PrinterState::kListening, "127.0.0.1", port);
+  std::future<Connection> back = std::async(std::launch::async, [&] {
+    Connection found = same_printer.Accept();
+    // A connection that the reader thread and the command both made is given up by one of them.
+    while (found.Receive(kTag.size()) != kTag) {
+      found = same_printer.Accept();
+    }
+    found.Send(Started("0007"));
+    return found;
+  });
+  EXPECT_EQ(SetPrintTaskId(host.monitor(), 7), VEXO_OK);
+  EXPECT_EQ(g_journal.Await(2), (std::vector<std::string>{"1 1 0", "1 7 0"}));
+  back.get();
+}
+
+TEST_F(MonitorExports, MonitorsHearTheirOwnPrinters) {
+  LoopbackPrinter printers[2];
+  MonitoringHost first(printers[0]);
+  MonitoringHost second(printers[1]);
+  first.AddCallback();
+  Connection connections[] = {AcceptMonitoring(&printers[0]), AcceptMonitoring(&printers[1])};
+  connections[1].Send(Started("0002"));
+  uint16_t status = 0;
+  const auto patience_ends = std::chrono::steady_clock::now() + kPatience;
+  int32_t task = VEXO_MONITOR_NO_EVENT;
+  while (task == VEXO_MONITOR_NO_EVENT && std::chrono::steady_clock::now() < patience_ends) {
+    task = GetStatusReport(second.monitor(), &status, nullptr);
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(task, 2);
+  second.Destroy();
+  connections[0].Send(Started("0001"));
+  EXPECT_EQ(g_journal.Await(1), std::vector<std::string>{"1 1 0"});
+}
+
+TEST_F(MonitorExports, DestroyEndsTheReaderWhileEventsCome) {
+  LoopbackPrinter printer;
+  MonitoringHost host(printer);
+  host.AddCallback();
+  Connection connection = AcceptMonitoring(&printer);
+  for (int event = 0; event < 1000; ++event) {
+    connection.Send(Started("0001"));
+  }
+  g_journal.Await(1);
+  host.Destroy();
+  const size_t events = g_journal.Await(0).size();
+  EXPECT_EQ(g_journal.Await(0).size(), events) << "a callback after the end";
+}
+
+CVEXOPrinterReadHelper* g_monitor = nullptr;
+
+void DestroyMonitor(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
+  try {
+    DestroyReprintMonitorObj(g_monitor);
+  } catch (...) {
+    g_journal.Add(0, 0, 0);
+    throw;
+  }
+}
+
+TEST_F(MonitorExports, ReaderThatDestroysItsMonitorIsTold) {
+  LoopbackPrinter printer;
+  MonitoringHost host(printer);  // Destroyed once more, by this thread, which waits for the reader's end.
+  int64_t id = 0;
+  g_monitor = host.monitor();
+  ASSERT_EQ(AddReprintMonitorFun(host.monitor(), DestroyMonitor, &id), VEXO_OK);
+  Connection connection = AcceptMonitoring(&printer);
+  connection.Send(Started("0001"));
+  EXPECT_EQ(g_journal.Await(1).size(), 1U);
+}
+
+}  // namespace
+}  // namespace vexo
