@@ -160,7 +160,7 @@ void SocketPort::SetTransferTimeouts(SOCKET socket) const {
 
 // Options that failed leave the socket made.
 int32_t SocketPort::MakeSocket() {
-  socket_ = platform::ScopedSocket(CreateSocket());
+  socket_.Reset(CreateSocket());
   if (!socket_.valid()) {
     const int error = WSAGetLastError();
     has_socket_ = false;

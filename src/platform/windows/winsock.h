@@ -5,6 +5,7 @@
 // winsock2.h must come before windows.h.
 #include <winsock2.h>
 
+#include <atomic>
 #include <utility>
 
 namespace vexo::platform {
@@ -42,28 +43,24 @@ class WinsockUse {
   bool started_ = false;
 };
 
+// The handle is atomic: a job monitor reads on one thread while another one writes, and a write may replace the socket.
+// Whoever reads a moment too late gets Winsock's word that the socket is gone.
 class ScopedSocket {
  public:
   ScopedSocket() = default;
   explicit ScopedSocket(SOCKET handle) : handle_(handle) {}
-  ScopedSocket(ScopedSocket&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_SOCKET)) {}
-  ScopedSocket& operator=(ScopedSocket&& other) noexcept {
-    if (this != &other) {
-      Reset();
-      handle_ = std::exchange(other.handle_, INVALID_SOCKET);
-    }
-    return *this;
-  }
   ScopedSocket(const ScopedSocket&) = delete;
   ScopedSocket& operator=(const ScopedSocket&) = delete;
-  ~ScopedSocket() { Reset(); }
+  ~ScopedSocket() { Reset(INVALID_SOCKET); }
 
   bool valid() const { return handle_ != INVALID_SOCKET; }
   SOCKET get() const { return handle_; }
 
-  void Reset() {
-    if (valid()) {
-      closesocket(std::exchange(handle_, INVALID_SOCKET));
+  // Closes the socket and owns another one.
+  void Reset(SOCKET handle) {
+    const SOCKET old = handle_.exchange(handle);
+    if (old != INVALID_SOCKET) {
+      closesocket(old);
     }
   }
 
@@ -71,12 +68,12 @@ class ScopedSocket {
   void ShutDown(int how) {
     if (valid()) {
       shutdown(handle_, how);
-      Reset();
+      Reset(INVALID_SOCKET);
     }
   }
 
  private:
-  SOCKET handle_ = INVALID_SOCKET;
+  std::atomic<SOCKET> handle_{INVALID_SOCKET};
 };
 
 }  // namespace vexo::platform
