@@ -131,7 +131,7 @@ Outcome Decode(const std::string& bytes, ProtocolFamily family, const std::vecto
         break;
       }
       Require(step.consumed > 0);
-      outcome.early |= record.type >= 0x100 && record.payload.size() < record.length;
+      outcome.early |= record.payload.size() < record.length;
       outcome.reports.emplace_back(record.kind == vexo::RecordKind::kJobEvent, record.type, record.length,
                                    record.task_id, record.value,
                                    std::string(record.payload.begin(), record.payload.end()), step.tracking_reset);

@@ -5,24 +5,29 @@
 # Figures that are over their limit are marked; a busy machine can be the reason.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
+source scripts/processes.sh
 build=${VEXO_BENCH_BUILD:-build/windows-x64}
 
 if [ -z "${VEXO_BENCH_BUILD:-}" ]; then
   cmake --preset windows-x64 --log-level=WARNING
 fi
-cmake --build "$build" --target transfer_benchmark load_benchmark
+cmake --build "$build" --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark
 
-coproc PEER { exec python3 benchmarks/peer.py; }
-trap 'kill "$PEER_PID"' EXIT
-read -r -a ports <&"${PEER[0]}"
+exec {peer_output}< <(exec python3 benchmarks/peer.py)
+peer_pid=$!
+trap 'kill "$peer_pid"; release_wine' EXIT
+read -r -a ports <&"$peer_output"
+hold_wine
 
 results=$(
   scripts/wine.sh "$build/bin/transfer_benchmark.exe" "${ports[@]}"
-  scripts/wine.sh "$build/bin/load_benchmark.exe"
+  for benchmark in load report monitor; do
+    scripts/wine.sh "$build/bin/${benchmark}_benchmark.exe"
+  done
   stat -c '%s' "$build/bin/vexoextend.dll" | awk '{ printf "size of the DLL, MiB;%.3f;<=;1.5\n", $1 / 1048576 }'
 )
 printf '\n'
 tr -d '\r' <<<"$results" | awk -F';' '
-  BEGIN { printf "%-40s %9s  %s\n", "measure", "value", "limit" }
+  BEGIN { printf "%-43s %9s  %s\n", "measure", "value", "limit" }
   { ok = $3 == ">=" ? $2 >= $4 : $2 <= $4
-    printf "%-40s %9s  %s %-5s %s\n", $1, $2, $3, $4, ok ? "ok" : "OVER" }'
+    printf "%-43s %9s  %s %-5s %s\n", $1, $2, $3, $4, ok ? "ok" : "OVER" }'

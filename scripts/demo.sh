@@ -8,7 +8,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/processes.sh
 
 traces=$(mktemp -d)
-trap 'stop_printers; release_wine; rm -rf "$traces"' EXIT
+monitor=
+trap '[ -z "$monitor" ] || kill "$monitor" 2>/dev/null || true; stop_printers; release_wine; rm -rf "$traces"' EXIT
 
 title() { printf '\n== %s\n' "$*"; }
 
@@ -43,6 +44,7 @@ start_monitor() {
 # await_monitor: shows what the monitor saw, and insists on the events of task 7.
 await_monitor() {
   wait "$monitor" || fail "the monitor failed: $(cat "$traces/monitor")"
+  monitor=
   printf '\nThe monitor meanwhile:\n'
   cat "$traces/monitor"
   grep -qE '^[0-9:.]+ start task 7$' "$traces/monitor" || fail "no start of task 7"

@@ -61,14 +61,12 @@ monitor --count 3
 tell_printer garbage 3000
 tell_printer start 7
 tell_printer garbage 5
-tell_printer split on
 tell_printer end 7 258
-tell_printer split off
 tell_printer state 8
 tell_printer start 9
 finished
 judge "events among noise" 0 \
-  "like $time start task 7"$'\n'"$time end task 7 value 0x*"$'\n'"$time start task 9" "$listening $net"
+  "like $time start task 7"$'\n'"$time end task 7 value 0x00000102 (258)"$'\n'"$time start task 9" "$listening $net"
 
 printer --trace --console --monitoring v1
 monitor

@@ -11,7 +11,9 @@ roll=$work/roll # More than the sockets on both sides hold.
 head -c 20000000 /dev/zero >"$roll"
 
 # printed_bytes: how much print data the printer, which has ended, has taken.
-printed_bytes() { sed -nE 's/.* print data, ([0-9]+) bytes?\b.*/\1/p' "$trace" | awk '{ sum += $1 } END { print sum + 0 }'; }
+printed_bytes() {
+  sed -nE 's/.* print data, ([0-9]+) bytes?\b.*/\1/p' "$trace" | awk '{ sum += $1 } END { print sum + 0 }'
+}
 
 echo "# print"
 printer --trace --status 5 --job-time 50 --job-gap 10
@@ -81,6 +83,7 @@ check "printer that stops taking data" 1 "" \
 kill -CONT "${printer_pids[-1]}"
 
 echo "# print: the file"
-check "file that is not there" 1 "" "like vexoctl: cannot open $work/nothing: 2 ?*" -p "$net" print "$work/nothing" --task 7
+check "file that is not there" 1 "" "like vexoctl: cannot open $work/nothing: 2 ?*" \
+  -p "$net" print "$work/nothing" --task 7
 check "empty file" 1 "" "like vexoctl: nothing to print in /dev/null: 38 ?*" -p "$net" print /dev/null --task 7
 check "empty input" 1 "" "like vexoctl: nothing to print in the standard input: 38 ?*" -p "$net" print - --task 7

@@ -4,7 +4,6 @@
 
 #include <chrono>
 #include <cstdint>
-#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -13,8 +12,6 @@
 namespace virtual_printer {
 
 using Transcript = std::vector<std::string>;
-
-inline std::string Raw(std::initializer_list<unsigned char> bytes) { return {bytes.begin(), bytes.end()}; }
 
 inline std::string Hex(const Bytes& bytes) {
   constexpr char kDigits[] = "0123456789ABCDEF";
@@ -25,26 +22,30 @@ inline std::string Hex(const Bytes& bytes) {
   return hex;
 }
 
-// A V1 command.
+// A V1 command; and a GS ( H command whose length says the truth.
 inline std::string V1(const std::string& line) { return "\x1B\x1C& V1 " + line + "\r\n"; }
-
-// A GS ( H command whose length says the truth.
 inline std::string GsH(const std::string& body) {
-  return "\x1D(H" + Raw({static_cast<unsigned char>(body.size()), 0}) + body;
+  return "\x1D(H" + std::string({static_cast<char>(body.size()), '\0'}) + body;
 }
 
 inline const std::string kClear = "\x1B\x1C&cl";
-inline const std::string kClearRealTime = "\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08";
+inline const std::string kOn = V1("setval \"job_monitor\" \"on\"");
+inline const std::string kOff = V1("setval \"job_monitor\" \"off\"");
+inline const std::string kGsHOn = GsH("102");
 
 // A printer, its hosts, and the time. Notes read `1> words` for what host 1 sent, `1< words` for what it was sent.
 class Shop {
  public:
-  explicit Shop(const PrinterSetup& setup = {}) : model(setup) {}
-
-  void Connect(int host) { model.Connect(host); }
-  Transcript Send(int host, const std::string& bytes) {
-    return Note(model.Receive(host, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), now));
+  explicit Shop(const PrinterSetup& setup = {}, int hosts = 1) : model(setup) {
+    for (int host = 1; host <= hosts; ++host) {
+      model.Connect(host);
+    }
   }
+
+  PrinterModel::Events SendRaw(int host, const std::string& bytes) {
+    return model.Receive(host, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), now);
+  }
+  Transcript Send(int host, const std::string& bytes) { return Note(SendRaw(host, bytes)); }
   Transcript Leave(int host) { return Note(model.Disconnect(host, now)); }
   Transcript Pass(int milliseconds) {
     now += std::chrono::milliseconds(milliseconds);

@@ -1,8 +1,10 @@
-// An open port object on a pipe, in virtual time.
+// An open port object on a named pipe in the place of a printer's device file, in virtual time. The test is the
+// printer.
 #ifndef VEXO_TESTS_WINDOWS_FILE_PORT_FIXTURE_H_
 #define VEXO_TESTS_WINDOWS_FILE_PORT_FIXTURE_H_
 
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <cstdint>
 #include <memory>
@@ -10,16 +12,75 @@
 #include <utility>
 #include <vector>
 
+#include "platform/windows/scoped_handle.h"
+#include "port/bounded_text.h"
 #include "port/port_object.h"
+#include "port/usb_port.h"
 #include "windows/port_calls.h"
-#include "windows/printer_pipe.h"
 #include "windows/virtual_time.h"
 
 namespace vexo::test {
 
-inline constexpr char kUsbUri[] = "vexo:/dev/bus/USB/DEVICE";
-
 using Milliseconds = std::vector<uint32_t>;
+
+// Keeps the boundaries of what either side writes at once. A pipe without room takes a write only when the printer
+// reads, as a printer that is out of paper does.
+class PrinterPipe {
+ public:
+  static constexpr DWORD kRoom = 64 * 1024;
+  static constexpr DWORD kNoRoom = 1;
+
+  explicit PrinterPipe(DWORD room = kRoom, const std::string& path = NewPath())
+      : path_(path),
+        end_(CreateNamedPipeA(path_.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_MESSAGE | PIPE_READMODE_MESSAGE,
+                              PIPE_UNLIMITED_INSTANCES, kRoom, room, 0, nullptr)) {
+    EXPECT_TRUE(end_.valid());
+  }
+
+  const std::string& path() const { return path_; }
+
+  // One packet to the host; it may be empty.
+  void Send(const std::string& packet) {
+    DWORD written = 0;
+    EXPECT_NE(WriteFile(end_.get(), packet.data(), static_cast<DWORD>(packet.size()), &written, nullptr), 0);
+  }
+
+  // What the host wrote at once; empty when there is nothing.
+  std::string Receive() {
+    DWORD length = 0;
+    PeekNamedPipe(end_.get(), nullptr, 0, nullptr, nullptr, &length);
+    std::string packet(length, '\0');
+    if (length > 0) {
+      EXPECT_NE(ReadFile(end_.get(), packet.data(), length, &length, nullptr), 0);
+    }
+    return packet;
+  }
+
+  void Unplug() { end_.Reset(); }
+
+ private:
+  static std::string NewPath() {
+    static int number = 0;
+    return "\\\\.\\pipe\\vexo_printer_" + std::to_string(GetCurrentProcessId()) + '_' + std::to_string(++number);
+  }
+
+  const std::string path_;
+  platform::ScopedHandle end_;
+};
+
+class UsbPipePort : public UsbPort {
+ public:
+  explicit UsbPipePort(std::string path, bool gated = false) : path_(std::move(path)) { read_gated_ = gated ? 1 : 0; }
+
+ protected:
+  int32_t ResolveDevicePath() override {
+    CopyText(device_path_, sizeof(device_path_), path_.c_str());
+    return 0;
+  }
+
+ private:
+  const std::string path_;
+};
 
 class FilePortTest : public ::testing::Test {
  protected:
@@ -34,29 +95,35 @@ class FilePortTest : public ::testing::Test {
 
   // Puts `driver` behind a port object in place of the last one.
   void Make(std::unique_ptr<PortDriver> driver, uint32_t kind = VEXO_PORT_USB) {
+    Time() = {};
     PortLockReference lock;
     Release();
     ASSERT_EQ(lock.Take(), 0);
     port_ = MakePortObject(kind, std::move(driver), std::move(lock));
   }
 
-  // Opens a port of this kind on a pipe of its own.
-  template <typename Port, typename... Arguments>
-  void OpenOnPipe(DWORD room = PrinterPipe::kRoom, Arguments... arguments) {
-    Time() = {};
+  // Opens a port on a pipe of its own.
+  void OpenOnPipe(DWORD room = PrinterPipe::kRoom, bool gated = false) {
     printer_ = std::make_unique<PrinterPipe>(room);
-    Make(std::make_unique<Port>(printer_->path(), arguments...));
-    ASSERT_EQ(port_->Configure(port_, kUsbUri), VEXO_OK);
+    Make(std::make_unique<UsbPipePort>(printer_->path(), gated));
+    ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/USB/DEVICE"), VEXO_OK);
     ASSERT_EQ(port_->Open(port_), VEXO_OK);
   }
 
-  // Lets the printer send a packet during the next wait of the port.
+  // During the next wait of the port, the printer sends a packet, takes a piece, or goes.
   void SendLater(uint32_t after_ms, const std::string& packet, bool too_late = false) {
     Time().happenings.push_back({after_ms, [=] { printer_->Send(packet); }, too_late});
+  }
+  void TakeLater(uint32_t after_ms, bool too_late = false) {
+    Time().happenings.push_back({after_ms, [=] { taken_ += printer_->Receive(); }, too_late});
+  }
+  void UnplugLater() {
+    Time().happenings.push_back({1, [this] { printer_->Unplug(); }});
   }
 
   VexoPort* port_ = nullptr;
   std::unique_ptr<PrinterPipe> printer_;
+  std::string taken_;
 };
 
 }  // namespace vexo::test

@@ -3,17 +3,16 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <vector>
 
 namespace vexo::test {
 namespace {
 
-constexpr timeval kPatience = {30, 0};
-constexpr timeval kLongForLoopback = {1, 0};
-
-bool Await(const Socket& socket, bool readable, timeval limit) {
+bool AwaitReadable(const Socket& socket) {
   fd_set set = {};
+  timeval limit = {30, 0};
   FD_SET(socket.get(), &set);
-  return select(0, readable ? &set : nullptr, readable ? nullptr : &set, nullptr, &limit) == 1;
+  return select(0, &set, nullptr, nullptr, &limit) == 1;
 }
 
 }  // namespace
@@ -21,7 +20,7 @@ bool Await(const Socket& socket, bool readable, timeval limit) {
 std::string Connection::Receive(size_t length) {
   std::string received;
   std::vector<char> piece(64 * 1024);
-  while (received.size() < length && Await(socket_, /*readable=*/true, kPatience)) {
+  while (received.size() < length && AwaitReadable(socket_)) {
     const size_t wanted = std::min(piece.size(), length - received.size());
     const int count = recv(socket_.get(), piece.data(), static_cast<int>(wanted), 0);
     if (count <= 0) {
@@ -54,36 +53,18 @@ LoopbackPrinter::LoopbackPrinter(PrinterState state, const std::string& ip, uint
   int size = sizeof(address);
   getsockname(listener_.get(), reinterpret_cast<sockaddr*>(&address), &size);
   port_ = ntohs(address.sin_port);
-  if (state != PrinterState::kRefusing) {
-    EXPECT_EQ(listen(listener_.get(), state == PrinterState::kOff ? 1 : 5), 0);
-  }
-  if (state == PrinterState::kOff) {
-    FillBacklog(address);
+  if (state == PrinterState::kListening) {
+    EXPECT_EQ(listen(listener_.get(), 5), 0);
   }
 }
 
 LoopbackPrinter::~LoopbackPrinter() {
-  waiting_hosts_.clear();
   listener_.Close();
   WSACleanup();
 }
 
-// Connects hosts that are never served until one gets no answer any more.
-void LoopbackPrinter::FillBacklog(const sockaddr_in& address) {
-  bool answered = true;
-  while (answered && waiting_hosts_.size() < 100) {
-    Socket host(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
-    u_long non_blocking = 1;
-    ioctlsocket(host.get(), static_cast<long>(FIONBIO), &non_blocking);
-    connect(host.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address));
-    answered = Await(host, /*readable=*/false, kLongForLoopback);
-    waiting_hosts_.push_back(std::move(host));
-  }
-  EXPECT_FALSE(answered);
-}
-
 Connection LoopbackPrinter::Accept() {
-  EXPECT_TRUE(Await(listener_, /*readable=*/true, kPatience)) << "no host connects";
+  EXPECT_TRUE(AwaitReadable(listener_)) << "no host connects";
   return Connection(Socket(accept(listener_.get(), nullptr, nullptr)));
 }
 

@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace vexo::test {
 
@@ -50,7 +49,6 @@ class Connection {
 enum class PrinterState {
   kListening,
   kRefusing,  // It serves another host.
-  kOff,       // Nobody answers.
 };
 
 class LoopbackPrinter {
@@ -68,12 +66,9 @@ class LoopbackPrinter {
   Connection Accept();
 
  private:
-  void FillBacklog(const sockaddr_in& address);
-
   const std::string ip_;
   uint16_t port_ = 0;
   Socket listener_{INVALID_SOCKET};
-  std::vector<Socket> waiting_hosts_;
 };
 
 }  // namespace vexo::test

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <utility>
 
 #include "support/report_frames.h"
 #include "vexo/extend.h"

@@ -81,20 +81,19 @@ TEST_F(ParallelPortTest, AnswersAreReadUntilThereAreNoMore) {
 }
 
 TEST_F(ParallelPortTest, StatusFlagIsKept) {
-  const auto expect_flag = [this](uint8_t expected) {
-    uint8_t flag = 0xEE;
-    uint32_t returned = 0;
-    EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, nullptr, 0, &flag, 1, &returned), 0);
-    EXPECT_EQ(flag, expected);
-    EXPECT_EQ(returned, 1U);
+  const auto control = [this](int32_t code, const uint8_t* input, uint8_t* output) {
+    return port()->Control(port(), code, nullptr, input, 1, output, 1, nullptr);
   };
-  expect_flag(1);
   const uint8_t busy = 5;
-  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_SET_STATUS, nullptr, &busy, 1, nullptr, 0, nullptr), 0);
-  expect_flag(5);
-  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_SET_STATUS, nullptr, &busy, 0, nullptr, 0, nullptr), -1);
-  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, nullptr, 0, nullptr, 1, nullptr), -2);
-  EXPECT_EQ(port()->Control(port(), VEXO_CONTROL_USB_GET_READ_GATED, nullptr, nullptr, 0, nullptr, 0, nullptr), -7);
+  uint8_t flag = 0xEE;
+  EXPECT_EQ(control(VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, &flag), VEXO_OK);
+  EXPECT_EQ(flag, 1);
+  EXPECT_EQ(control(VEXO_CONTROL_PARALLEL_SET_STATUS, &busy, nullptr), VEXO_OK);
+  EXPECT_EQ(control(VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, &flag), VEXO_OK);
+  EXPECT_EQ(flag, 5);
+  EXPECT_EQ(control(VEXO_CONTROL_PARALLEL_SET_STATUS, nullptr, nullptr), VEXO_ERROR_PARAMETER);
+  EXPECT_EQ(control(VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, nullptr), VEXO_ERROR_BUFFER_TOO_SMALL);
+  EXPECT_EQ(control(VEXO_CONTROL_USB_GET_READ_GATED, nullptr, &flag), VEXO_ERROR_NOT_IMPLEMENTED);
 }
 
 TEST_F(ParallelPortTest, MissingDeviceIsTheSystemsError) {

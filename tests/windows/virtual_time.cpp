@@ -22,7 +22,7 @@ using test::Time;
 uint32_t TickCount() { return Time().now += Time().tick_step; }
 int64_t PerformanceCounter() { return Time().now; }
 int64_t PerformanceFrequency() { return 1000; }
-void YieldThread() {}
+void YieldThread() { ++Time().now; }  // Loops that only yield must come to their end.
 
 void SleepMs(uint32_t milliseconds) {
   Time().sleeps.push_back(milliseconds);

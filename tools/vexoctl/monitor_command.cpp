@@ -149,7 +149,8 @@ void AddMonitorCommand(CLI::App& tool, const Settings& settings) {
   time->transform(WholeNumber(1, std::numeric_limits<uint32_t>::max()));
   command->footer(
       "A line for each event: the time, start or end, the task number, and for an end the\n"
-      "value that the printer sends with it. With --json, an object for each event.\n"
+      "value that the printer sends with it (status shows the complement of such a value).\n"
+      "With --json, an object for each event.\n"
       "\n"
       "Switches the printer's job monitoring on and, unless it was on before, off again at\n"
       "the end: after Ctrl-C, --count or --for. All of these are success.\n"

@@ -25,11 +25,13 @@ WatchedPort::~WatchedPort() { handle_->port = port_; }
 bool WatchedPort::IsSocket() const { return port_->kind == VEXO_PORT_NET || port_->kind == VEXO_PORT_BLUETOOTH; }
 
 // A socket's Read, unlike its ReadAvailable, notices that the printer has closed the connection, but it waits for what
-// has not arrived yet: for a moment only, with these limits. 0 would mean no limit.
+// has not arrived yet: for a moment only, with these limits (0 would mean none). When something has arrived, it is
+// worth waiting a little longer: the library takes a report whose end is missing as it is, and the task number would be
+// lost.
 void WatchedPort::ShortenReads() {
   VexoPortTimeouts timeouts = {};
   Require(port_->GetTimeouts(port_, &timeouts), "cannot read the time limits of the port");
-  timeouts.readInterval = 1;
+  timeouts.readInterval = 20;
   timeouts.readMultiplier = 0;
   timeouts.readConstant = 1;
   Require(port_->SetTimeouts(port_, timeouts), "cannot set the time limits of the port");

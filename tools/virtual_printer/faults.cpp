@@ -4,6 +4,7 @@
 #include <cstdint>
 
 namespace virtual_printer {
+
 std::vector<AnswerPiece> PlanAnswer(const Faults& faults, const Bytes& answer) {
   if (faults.silent || answer.empty()) {
     return {};

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <asio.hpp>
 #include <chrono>
-#include <map>
 #include <string>
 
 namespace virtual_printer {
@@ -13,12 +12,22 @@ constexpr int kMaxNumber = 0xFFFF;
 constexpr int kMaxMilliseconds = 3600 * 1000;
 constexpr int kMaxBytes = 1000 * 1000 * 1000;
 
-const std::map<std::string, ReportFamily> kFamilies = {{"v1", ReportFamily::kV1}, {"gs", ReportFamily::kGsH}};
-
 std::string CheckAddress(const std::string& text) {
   std::error_code error;
   asio::ip::make_address(text, error);
   return error ? text + " is not an IP address" : std::string();
+}
+
+// An option that names a family.
+void AddFamily(CLI::App& app, const std::string& name, std::optional<ReportFamily>& family,
+               const std::string& description, const std::string& group) {
+  const auto set_family = [&family](const std::string& text) {
+    family = text == "v1" ? ReportFamily::kV1 : ReportFamily::kGsH;
+  };
+  app.add_option_function<std::string>(name, set_family, description)
+      ->check(CLI::IsMember({"v1", "gs"}))
+      ->option_text("v1|gs")
+      ->group(group);
 }
 
 }  // namespace
@@ -58,14 +67,8 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
   app.add_option("--status", printer.status, "Status at the start, as the host asks for it and at the end of a job")
       ->capture_default_str()
       ->group(jobs);
-  app.add_option("--family", printer.family, "Report in this manner, whatever the host has asked for")
-      ->transform(CLI::CheckedTransformer(kFamilies))
-      ->option_text("v1|gs")
-      ->group(jobs);
-  app.add_option("--monitoring", printer.monitoring, "Send the first connection reports without being asked")
-      ->transform(CLI::CheckedTransformer(kFamilies))
-      ->option_text("v1|gs")
-      ->group(jobs);
+  AddFamily(app, "--family", printer.family, "Report in this manner, whatever the host has asked for", jobs);
+  AddFamily(app, "--monitoring", printer.monitoring, "Send the first connection reports without being asked", jobs);
   app.add_flag("--task-over", printer.task_over, "Tell the host that sent a job of its end in a V2 answer, too")
       ->group(jobs);
 

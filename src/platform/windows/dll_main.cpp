@@ -1,15 +1,21 @@
-// What the library has to do itself when it is loaded and unloaded.
+// What the library has to do itself when it is unloaded.
 #include <windows.h>
+
+#include <array>
 
 namespace {
 
-// The compiler's thread library keeps two handles for each thread that has run code of this DLL, and gives them back
-// when the thread ends. The thread that unloads the DLL lives on: without this, a host that loads the library for each
-// job would lose two handles every time. Telling the DLL's own thread callbacks that the thread leaves is what the
-// system does for one that ends. (Other threads that have called the library and outlive it keep theirs: only the
-// system could tell the DLL of them.)
-void LeaveThread(HINSTANCE library) {
 #if defined(__MINGW32__)
+
+// The compiler's thread library keeps two handles for each thread that has run code of this DLL and gives them back
+// when the thread ends, and one thread-local slot that it never gives back. The thread that unloads the DLL lives on: a
+// host that loads the library for each job would lose two handles every time, and run out of slots after a thousand.
+// (Other threads that have called the library and outlive it keep theirs: only the system could tell the DLL of them.)
+
+constexpr DWORD kThreadLocalSlots = 64 + 1024;
+
+// What the system calls when a thread ends.
+void CallThreadCallbacks(HINSTANCE library) {
   const auto* const base = reinterpret_cast<const char*>(library);
   const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
   const auto* const header = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
@@ -22,10 +28,27 @@ void LeaveThread(HINSTANCE library) {
   for (; callback != nullptr && *callback != nullptr; ++callback) {
     (*callback)(library, DLL_THREAD_DETACH, nullptr);
   }
-#else
-  static_cast<void>(library);
-#endif
 }
+
+// The slot whose value the callbacks clear is the one of this DLL.
+void LeaveThread(HINSTANCE library) {
+  std::array<bool, kThreadLocalSlots> used = {};
+  for (DWORD slot = 0; slot < kThreadLocalSlots; ++slot) {
+    used[slot] = TlsGetValue(slot) != nullptr;
+  }
+  CallThreadCallbacks(library);
+  for (DWORD slot = 0; slot < kThreadLocalSlots; ++slot) {
+    if (used[slot] && TlsGetValue(slot) == nullptr) {
+      TlsFree(slot);
+    }
+  }
+}
+
+#else
+
+void LeaveThread(HINSTANCE /*library*/) {}
+
+#endif
 
 }  // namespace
 

@@ -1,0 +1,196 @@
+// Ports on device files: when they are open, how long transfers wait for what, and what becomes of the bytes.
+#include <optional>
+
+#include "windows/file_port_fixture.h"
+
+namespace vexo {
+namespace {
+
+using test::Milliseconds;
+using test::Pattern;
+using test::PrinterPipe;
+using test::Read;
+using test::ReadAvailable;
+using test::Reading;
+using test::Time;
+using test::Write;
+using test::Written;
+
+class FilePortTest : public test::FilePortTest {
+ protected:
+  void ExpectNoTransfers(int32_t code) {
+    EXPECT_EQ(port_->CheckOpen(port_), code);
+    EXPECT_EQ(port_->Abort(port_), code);
+    EXPECT_EQ(Write(port_, "ab"), Written(code, 0));
+    EXPECT_EQ(Read(port_, 2), Reading(code, 0, ""));
+    EXPECT_EQ(ReadAvailable(port_, 2), Reading(code, 0, ""));
+  }
+};
+
+// The Aborts that were refused meanwhile have no effect later.
+TEST_F(FilePortTest, OpensOnlyWhatIsConfiguredAndThereAndClosesAndOpensAgain) {
+  Make(std::make_unique<test::UsbPipePort>("\\\\.\\pipe\\vexo_no_such_printer"));
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
+  ExpectNoTransfers(VEXO_ERROR_IO_SETTING);
+  ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/USB/DEVICE"), VEXO_OK);
+  EXPECT_EQ(port_->Open(port_), ERROR_FILE_NOT_FOUND);
+  ExpectNoTransfers(VEXO_ERROR_IO_NOT_OPEN);
+
+  OpenOnPipe();
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
+  EXPECT_EQ(port_->CheckOpen(port_), VEXO_OK);
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  ExpectNoTransfers(VEXO_ERROR_IO_NOT_OPEN);
+  PrinterPipe next_line(PrinterPipe::kRoom, printer_->path());
+  EXPECT_EQ(port_->Open(port_), VEXO_OK);
+  EXPECT_EQ(Write(port_, "cd"), Written(VEXO_OK, 2));
+  EXPECT_EQ(next_line.Receive(), "cd");
+}
+
+struct Arrival {
+  uint32_t after_ms;
+  const char* packet;
+  bool too_late = false;
+};
+
+// Some devices complete every read at once, with nothing, until the printer has an answer; and systems wake threads
+// late, so a piece may come in time for its wait and yet behind the interval.
+TEST_F(FilePortTest, ReadsWaitFor) {
+  const auto budget = [](uint32_t ms, uint32_t interval = 10) {
+    return VexoPortTimeouts{interval, 0, ms, 10, 2000, 1000};
+  };
+  constexpr std::nullopt_t kDefault = std::nullopt;  // 5 ms a byte and 2000 ms; an interval of 10 ms.
+  const Arrival kEmpty = {0, ""};
+  constexpr int32_t kTimeout = VEXO_ERROR_IO_READ_TIMEOUT;
+  const struct {
+    const char* scenario;
+    std::optional<VexoPortTimeouts> timeouts;
+    std::vector<Arrival> arrivals;
+    uint32_t length;
+    Reading expected;
+    Milliseconds waits;
+    Milliseconds sleeps = {};
+  } kCases[] = {
+      {"the default budget", kDefault, {}, 20, {kTimeout, 0, ""}, {2100}},
+      {"the budget set", VexoPortTimeouts{10, 3, 7, 10, 2000, 0}, {}, 20, {kTimeout, 0, ""}, {67}},
+      {"all pieces", kDefault, {{1500, "abcd"}, {10, "efghij"}}, 10, {VEXO_OK, 10, "abcdefghij"}, {2050, 10}},
+      {"no more than the interval", kDefault, {{1500, "abcd"}}, 10, {kTimeout, 4, "abcd"}, {2050, 10}},
+      {"no piece after a late one", kDefault, {{9, "ab"}, {11, "cd"}}, 20, {kTimeout, 4, "abcd"}, {2100, 10}},
+      {"flowing data within the budget",
+       budget(100, 60),
+       {{90, "a"}, {10, "b"}},
+       9,
+       {kTimeout, 2, "ab"},
+       {100, 60, 60}},
+      {"no flowing data after it", budget(100, 60), {{90, "a"}, {11, "b"}}, 9, {kTimeout, 2, "ab"}, {100, 60}},
+      {"five pieces at most",
+       kDefault,
+       {{5, "ab"}, {5, "cd"}, {5, "ef"}, {5, "gh"}, {5, "ij"}, {5, "kl"}},
+       20,
+       {kTimeout, 10, "abcdefghij"},
+       {2100, 10, 10, 10, 10}},
+      {"a share of the budget after an empty answer",
+       budget(40),
+       {kEmpty, kEmpty, kEmpty, kEmpty, kEmpty, kEmpty},
+       4,
+       {kTimeout, 0, ""},
+       {40, 40, 30, 20, 10},
+       {10, 10, 10, 10}},
+      {"100 ms at most", budget(1000), {{99, ""}}, 4, {kTimeout, 0, ""}, {1000, 901}, {100}},
+      {"no pause after an answer that took long", budget(1000), {{100, ""}}, 4, {kTimeout, 0, ""}, {1000, 900}},
+      {"the last ten milliseconds", budget(100), {{90, ""}}, 4, {kTimeout, 0, ""}, {100, 10}, {2}},
+      {"no shorter rest", budget(100), {{91, ""}}, 4, {kTimeout, 0, ""}, {100}},
+      {"what comes with the end of the wait", kDefault, {{2020, "abcd", true}}, 4, {VEXO_OK, 4, "abcd"}, {2020}},
+  };
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(test.scenario);
+    OpenOnPipe();
+    if (test.timeouts) {
+      ASSERT_EQ(port_->SetTimeouts(port_, *test.timeouts), VEXO_OK);
+    }
+    for (const Arrival& arrival : test.arrivals) {
+      SendLater(arrival.after_ms, arrival.packet, arrival.too_late);
+    }
+    EXPECT_EQ(Read(port_, test.length), test.expected);
+    EXPECT_EQ(Time().waits, test.waits);
+    EXPECT_EQ(Time().sleeps, test.sleeps);
+  }
+}
+
+TEST_F(FilePortTest, ReadAvailableWaitsOnce) {
+  OpenOnPipe();
+  EXPECT_EQ(ReadAvailable(port_, 100), Reading(VEXO_OK, 0, ""));
+  SendLater(100, Pattern(200), /*too_late=*/true);
+  EXPECT_EQ(ReadAvailable(port_, 150), Reading(VEXO_OK, 150, Pattern(150)));
+  EXPECT_EQ(ReadAvailable(port_, 150), Reading(VEXO_OK, 50, Pattern(50, 150)));
+  EXPECT_EQ(Time().waits, Milliseconds({100, 100}));
+  EXPECT_EQ(test::ReadWith(&VexoPort::ReadAvailable, port_, 10, test::kOffset - 1),
+            Reading(VEXO_ERROR_PARAMETER, 0, ""));
+}
+
+TEST_F(FilePortTest, LongDataGoesInPieces) {
+  OpenOnPipe();
+  const std::string data = Pattern(10'000);
+  EXPECT_EQ(Write(port_, data), Written(VEXO_OK, 10'000));
+  for (const size_t begin : {0U, 4096U, 8192U}) {
+    EXPECT_EQ(printer_->Receive(), data.substr(begin, 4096));
+  }
+  EXPECT_EQ(Time().waits, Milliseconds());
+}
+
+TEST_F(FilePortTest, PiecesShareTheWriteBudgetAndTheLastIsCancelled) {
+  OpenOnPipe(PrinterPipe::kNoRoom);
+  const std::string data = Pattern(12'288);
+  TakeLater(100'000);
+  TakeLater(20'000);
+  EXPECT_EQ(Write(port_, data), Written(VEXO_ERROR_IO_WRITE_TIMEOUT, 8192));
+  EXPECT_EQ(Time().waits, Milliseconds({10 * 12'288 + 2000, 24'880, 4'880}));
+  EXPECT_EQ(taken_, data.substr(0, 8192));
+  EXPECT_EQ(printer_->Receive(), "") << "the cancelled piece";
+
+  OpenOnPipe(PrinterPipe::kNoRoom);
+  ASSERT_EQ(port_->SetTimeouts(port_, {10, 5, 2000, 3, 7, 1000}), VEXO_OK);
+  TakeLater(3 * 5000 + 7, /*too_late=*/true);
+  EXPECT_EQ(Write(port_, Pattern(5000)), Written(VEXO_ERROR_IO_WRITE_TIMEOUT, 4096))
+      << "taken with the end of the wait";
+  EXPECT_EQ(Time().waits, Milliseconds({3 * 5000 + 7}));
+}
+
+TEST_F(FilePortTest, AbortStopsBeforeTheNextPiece) {
+  OpenOnPipe(PrinterPipe::kNoRoom);
+  const auto abort_later = [this](const char* answer) {
+    Time().happenings.push_back({1, [=] {
+                                   EXPECT_EQ(port_->Abort(port_), VEXO_OK);
+                                   printer_->Receive();
+                                   printer_->Send(answer);
+                                 }});
+  };
+  abort_later("");
+  EXPECT_EQ(Write(port_, Pattern(5000)), Written(VEXO_OK, 4096));
+  EXPECT_EQ(Write(port_, "more"), Written(VEXO_OK, 0));
+  EXPECT_EQ(printer_->Receive(), "");
+
+  OpenOnPipe();
+  abort_later("ab");
+  EXPECT_EQ(Read(port_, 10), Reading(VEXO_OK, 2, "ab"));
+  printer_->Send("cd");
+  EXPECT_EQ(Read(port_, 10), Reading(VEXO_OK, 0, ""));
+}
+
+TEST_F(FilePortTest, SystemErrorsArePassedOnWithTheCountSoFar) {
+  OpenOnPipe();
+  SendLater(1, "ab");
+  UnplugLater();
+  EXPECT_EQ(Read(port_, 10), Reading(ERROR_BROKEN_PIPE, 2, "ab"));
+  EXPECT_EQ(ReadAvailable(port_, 10), Reading(ERROR_BROKEN_PIPE, 0, ""));
+
+  OpenOnPipe(PrinterPipe::kNoRoom);
+  TakeLater(1);
+  UnplugLater();
+  EXPECT_EQ(Write(port_, Pattern(5000)), Written(ERROR_BROKEN_PIPE, 4096));
+  EXPECT_EQ(Write(port_, "more"), Written(ERROR_NO_DATA, 0));
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,316 @@
+// TCP ports on real sockets: connecting, time limits, connections that drop, Abort.
+#include "windows/loopback_printer.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstring>
+#include <future>
+#include <memory>
+#include <string>
+
+#include "port/port_object.h"
+#include "port/tcp_port.h"
+#include "windows/port_calls.h"
+
+namespace vexo {
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+using test::Connection;
+using test::LoopbackPrinter;
+using test::Pattern;
+using test::PrinterState;
+using test::Read;
+using test::ReadAvailable;
+using test::Reading;
+using test::Write;
+using test::Written;
+
+// More than all buffers between the two ends hold.
+constexpr uint32_t kLarge = 16 * 1024 * 1024;
+
+class ObservedTcpPort : public TcpPort {
+ public:
+  SOCKET socket = INVALID_SOCKET;  // The latest one.
+  int sockets_made = 0;
+  bool network_down = false;
+
+ protected:
+  SOCKET CreateSocket() override {
+    ++sockets_made;
+    return socket = TcpPort::CreateSocket();
+  }
+
+  int StartConnect(SOCKET unconnected) override {
+    if (network_down) {
+      WSASetLastError(WSAENETUNREACH);
+      return SOCKET_ERROR;
+    }
+    return TcpPort::StartConnect(unconnected);
+  }
+};
+
+class TcpPortTest : public ::testing::Test {
+ protected:
+  // Limits that no machine is too slow for. The read interval is part of every successful Read, too.
+  static constexpr VexoPortTimeouts kPatient = {20'000, 0, 20'000, 0, 20'000, 20'000};
+
+  TcpPortTest() {
+    PortLockReference lock;
+    EXPECT_EQ(lock.Take(), 0);
+    auto driver = std::make_unique<ObservedTcpPort>();
+    driver_ = driver.get();
+    port_ = MakePortObject(VEXO_PORT_NET, std::move(driver), std::move(lock));
+  }
+  ~TcpPortTest() override { EXPECT_EQ(ClosePort(port_), VEXO_OK); }
+
+  void Configure(const LoopbackPrinter& printer, VexoPortTimeouts timeouts) {
+    ASSERT_EQ(port_->Configure(port_, printer.uri().c_str()), VEXO_OK);
+    ASSERT_EQ(port_->SetTimeouts(port_, timeouts), VEXO_OK);
+  }
+
+  // Opens the port; the printer's end is the result.
+  Connection Connect(VexoPortTimeouts timeouts = kPatient) {
+    Configure(printer_, timeouts);
+    EXPECT_EQ(port_->Open(port_), VEXO_OK);
+    return printer_.Accept();
+  }
+
+  // The transfers on a thread of their own.
+  std::future<Written> StartWrite(const std::string& bytes) {
+    return std::async(std::launch::async, [=] { return Write(port_, bytes); });
+  }
+  std::future<Reading> StartRead(uint32_t length) {
+    return std::async(std::launch::async, [=] { return Read(port_, length); });
+  }
+
+  // Closes the port as soon as the Write has ended.
+  std::future<void> CloseAfter(const std::future<Written>& write) {
+    return std::async(std::launch::async, [&] {
+      write.wait();
+      port_->Close(port_);
+    });
+  }
+
+  LoopbackPrinter printer_;
+  ObservedTcpPort* driver_ = nullptr;
+  VexoPort* port_ = nullptr;
+};
+
+TEST_F(TcpPortTest, HasItsOwnTimeLimits) {
+  VexoPortTimeouts limits = {};
+  ASSERT_EQ(port_->GetTimeouts(port_, &limits), VEXO_OK);
+  const VexoPortTimeouts expected = {10, 0, 2000, 0, 2000, 3000};
+  EXPECT_EQ(memcmp(&limits, &expected, sizeof(limits)), 0);
+}
+
+TEST_F(TcpPortTest, PortNumberIs9100UnlessGiven) {
+  EXPECT_EQ(port_->Configure(port_, "vexo:/dev/bus/NET/DEVICE?ip=+port=9100"), VEXO_ERROR_IO_SETTING);
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
+  // An address that no other test run on this machine uses, so that port 9100 is free.
+  const DWORD process = GetCurrentProcessId();
+  const std::string ip = "127.9." + std::to_string(process / 4 % 250) + '.' + std::to_string(process % 4 + 1);
+  LoopbackPrinter printer(PrinterState::kListening, ip, 9100);
+  for (const char* port : {"", "+port=abc", "+port=91x", "+port=9100"}) {
+    SCOPED_TRACE(port);
+    ASSERT_EQ(port_->Configure(port_, ("vexo:/dev/bus/NET/DEVICE?ip=" + ip + port).c_str()), VEXO_OK);
+    EXPECT_EQ(port_->Open(port_), VEXO_OK);
+    EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  }
+}
+
+TEST_F(TcpPortTest, SocketIsSetUpForShortCommands) {
+  const auto option = [this](int level, int name) {
+    int value = -1;
+    int size = sizeof(value);
+    EXPECT_EQ(getsockopt(driver_->socket, level, name, reinterpret_cast<char*>(&value), &size), 0);
+    return value;
+  };
+  Connection connection = Connect({10, 0, 2100, 0, 2200, 20'000});
+  EXPECT_EQ(option(IPPROTO_TCP, TCP_NODELAY) & 1, 1);
+  EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE) & 1, 1);
+  EXPECT_EQ(option(SOL_SOCKET, SO_SNDBUF), 8192);
+  EXPECT_EQ(option(SOL_SOCKET, SO_RCVBUF), 8192);
+  EXPECT_EQ(option(SOL_SOCKET, SO_RCVTIMEO), 2100);
+  EXPECT_EQ(option(SOL_SOCKET, SO_SNDTIMEO), 2200);
+
+  EXPECT_EQ(port_->SetTimeouts(port_, {10, 0, 2300, 0, 2400, 20'000}), VEXO_OK);
+  EXPECT_EQ(option(SOL_SOCKET, SO_RCVTIMEO), 2300);
+  EXPECT_EQ(option(SOL_SOCKET, SO_SNDTIMEO), 2400);
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
+  EXPECT_EQ(driver_->sockets_made, 1);
+}
+
+// A printer may refuse because it serves another host, so it is given the whole time, twice.
+TEST_F(TcpPortTest, PrinterThatDoesNotAnswerIsTriedTwice) {
+  const LoopbackPrinter refusing(PrinterState::kRefusing);
+  Configure(refusing, {10, 0, 2000, 0, 2000, 150});
+  const auto started = steady_clock::now();
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_OPEN_FAILED);
+  EXPECT_GE(steady_clock::now() - started, milliseconds(2 * 150));
+  EXPECT_EQ(driver_->sockets_made, 2);
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_ERROR_IO_NOT_OPEN, 0));
+}
+
+TEST_F(TcpPortTest, ClosedPortTransfersNothing) {
+  Connection connection = Connect();
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  EXPECT_EQ(connection.Receive(1), "") << "the printer sees the end of the connection";
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_ERROR_IO_NOT_OPEN, 0));
+  EXPECT_EQ(Read(port_, 3), Reading(VEXO_ERROR_IO_NOT_OPEN, 0, ""));
+  EXPECT_EQ(ReadAvailable(port_, 3), Reading(VEXO_ERROR_IO_NOT_OPEN, 0, ""));
+  EXPECT_EQ(port_->CheckOpen(port_), VEXO_OK);
+  EXPECT_EQ(port_->Abort(port_), VEXO_OK);
+
+  Connection next = Connect();
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3)) << "no Abort of the closed port is left";
+  EXPECT_EQ(next.Receive(3), "abc");
+}
+
+// The host has its own use of Winsock, which a Close too many would end.
+TEST_F(TcpPortTest, UsesOfWinsockAreBalanced) {
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  Connect();
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  driver_->network_down = true;
+  EXPECT_EQ(port_->Open(port_), WSAENETUNREACH);
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+
+  EXPECT_EQ(WSACleanup(), 0);
+  EXPECT_EQ(WSACleanup(), SOCKET_ERROR) << "a use was left behind";
+  WSADATA data = {};
+  EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0) << "for the printer's own end";
+}
+
+TEST_F(TcpPortTest, SilenceEndsAfterTheBudgetAndGapsAfterTheInterval) {
+  Connection connection = Connect({10, 0, 100, 0, 2000, 20'000});
+  const auto started = steady_clock::now();
+  EXPECT_EQ(Read(port_, 10), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 0, ""));
+  EXPECT_GE(steady_clock::now() - started, milliseconds(100));
+
+  // Were the gap not limited by the interval, the read would not end.
+  ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 3'000'000, 0, 2000, 20'000}), VEXO_OK);
+  connection.Send("abcd");
+  EXPECT_EQ(Read(port_, 10), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 4, "abcd"));
+}
+
+TEST_F(TcpPortTest, NoBudgetIsNoLimit) {
+  Connection connection = Connect({10, 0, 0, 0, 0, 20'000});
+  std::future<Reading> read = StartRead(4);
+  EXPECT_EQ(read.wait_for(milliseconds(100)), std::future_status::timeout);
+  connection.Send("ab");
+  EXPECT_EQ(read.wait_for(milliseconds(100)), std::future_status::timeout);
+  connection.Send("cd");
+  EXPECT_EQ(read.get(), Reading(VEXO_OK, 4, "abcd"));
+
+  const std::string data = Pattern(kLarge);
+  std::future<Written> write = StartWrite(data);
+  EXPECT_EQ(write.wait_for(milliseconds(100)), std::future_status::timeout);
+  EXPECT_TRUE(connection.Receive(kLarge) == data);
+  EXPECT_EQ(write.get(), Written(VEXO_OK, kLarge));
+}
+
+TEST_F(TcpPortTest, ReadAvailableDoesNotWait) {
+  Connection connection = Connect();
+  EXPECT_EQ(ReadAvailable(port_, 4), Reading(VEXO_OK, 0, ""));
+  connection.Send("abcdef");
+  EXPECT_EQ(Read(port_, 1), Reading(VEXO_OK, 1, "a")) << "the packet is there";
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3)) << "waiting data is no drop";
+  EXPECT_EQ(connection.Receive(3), "abc");
+  EXPECT_EQ(ReadAvailable(port_, 4), Reading(VEXO_OK, 4, "bcde"));
+  EXPECT_EQ(ReadAvailable(port_, 4), Reading(VEXO_OK, 1, "f"));
+}
+
+TEST_F(TcpPortTest, ConnectionClosedDuringAReadIsRestoredAndTheReadEnds) {
+  Connection connection = Connect();
+  connection.Send("abcd");
+  connection.Close();
+  EXPECT_EQ(Read(port_, 10), Reading(VEXO_OK, 4, "abcd"));
+  Connection second = printer_.Accept();
+  second.Send("efgh");
+  EXPECT_EQ(Read(port_, 4), Reading(VEXO_OK, 4, "efgh"));
+
+  second.Close();
+  driver_->network_down = true;
+  EXPECT_EQ(Read(port_, 10), Reading(WSAENETUNREACH, 0, ""));
+}
+
+TEST_F(TcpPortTest, DroppedConnectionIsRestoredBeforeAWrite) {
+  for (const auto drop : {&Connection::Close, &Connection::Reset}) {
+    Connection connection = Connect();
+    (connection.*drop)();
+    driver_->network_down = true;
+    EXPECT_EQ(Write(port_, "abc"), Written(WSAENETUNREACH, 0));
+    EXPECT_EQ(Read(port_, 3), Reading(WSAENETUNREACH, 0, ""));
+    driver_->network_down = false;
+    EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3));
+    EXPECT_EQ(printer_.Accept().Receive(3), "abc");
+    EXPECT_EQ(Write(port_, "def"), Written(VEXO_OK, 3));
+    EXPECT_EQ(printer_.Accept().Receive(3), "def");
+    port_->Close(port_);
+  }
+}
+
+TEST_F(TcpPortTest, ResetInTheMiddleIsRepairedOnce) {
+  Connection connection = Connect();
+  std::future<Written> write = StartWrite(Pattern(kLarge));
+  EXPECT_EQ(connection.Receive(1).size(), 1U);
+  connection.Reset();
+  Connection second = printer_.Accept();
+  EXPECT_EQ(second.Receive(1).size(), 1U);
+  second.Reset();
+  const auto [result, written] = write.get();
+  EXPECT_EQ(result, WSAECONNRESET);
+  EXPECT_GT(written, 0U);
+  EXPECT_LT(written, kLarge);
+  EXPECT_EQ(driver_->sockets_made, 2);
+}
+
+TEST_F(TcpPortTest, RestGoesOverTheRestoredConnection) {
+  Connection connection = Connect();
+  const std::string data = Pattern(kLarge);
+  std::future<Written> write = StartWrite(data);
+  EXPECT_EQ(connection.Receive(1).size(), 1U);
+  connection.Reset();
+  const std::future<void> close = CloseAfter(write);
+  const std::string rest = printer_.Accept().ReceiveRest();
+  EXPECT_EQ(write.get(), Written(VEXO_OK, kLarge));
+  EXPECT_GT(rest.size(), 0U);
+  EXPECT_TRUE(data.compare(data.size() - rest.size(), rest.size(), rest) == 0) << "the end of the data, in order";
+}
+
+TEST_F(TcpPortTest, PrinterThatTakesNothingMoreEndsTheWrite) {
+  Connection connection = Connect({10, 0, 2000, 0, 1000, 20'000});
+  const auto [result, written] = Write(port_, Pattern(kLarge));
+  EXPECT_EQ(result, VEXO_ERROR_IO_WRITE_TIMEOUT);
+  EXPECT_GT(written, 0U);
+  EXPECT_LT(written, kLarge);
+}
+
+TEST_F(TcpPortTest, AbortStopsTransfersBetweenPieces) {
+  Connection connection = Connect();
+  std::future<Written> write = StartWrite(Pattern(kLarge));
+  EXPECT_EQ(connection.Receive(1).size(), 1U);
+  EXPECT_EQ(port_->Abort(port_), VEXO_OK);
+  const std::future<void> close = CloseAfter(write);
+  const size_t received = 1 + connection.ReceiveRest().size();
+  const auto [result, written] = write.get();
+  EXPECT_EQ(result, VEXO_OK);
+  EXPECT_LT(written, kLarge);
+  EXPECT_EQ(received, written);
+  close.wait();
+
+  Connection next = Connect();
+  std::future<Reading> read = StartRead(4);
+  EXPECT_EQ(port_->Abort(port_), VEXO_OK);
+  next.Send("ab");
+  EXPECT_LT(std::get<uint32_t>(read.get()), 4U);
+  EXPECT_EQ(Write(port_, "more"), Written(VEXO_OK, 0));
+  EXPECT_EQ(Read(port_, 4), Reading(VEXO_OK, 0, ""));
+}
+
+}  // namespace
+}  // namespace vexo
