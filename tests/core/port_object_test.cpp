@@ -14,8 +14,6 @@
 namespace vexo {
 namespace {
 
-constexpr uint32_t kNotCounted = 77;
-
 class PortObject : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -35,7 +33,7 @@ class PortObject : public ::testing::Test {
   void ExpectEveryOperationGives(int32_t code, VexoPort* port) const {
     uint8_t byte = 0;
     VexoPortTimeouts timeouts = {};
-    uint32_t counts[4] = {kNotCounted, kNotCounted, kNotCounted, kNotCounted};
+    std::vector<uint32_t> counts(4, 77);
     const std::vector<int32_t> results = {
         entries_.Configure(port, "vexo:/dev/bus/NET/D?ip=1"),
         entries_.GetUri(port, nullptr, 0, nullptr),
@@ -51,7 +49,7 @@ class PortObject : public ::testing::Test {
         entries_.Control(port, 5, nullptr, nullptr, 0, nullptr, 0, &counts[3]),
     };
     EXPECT_EQ(std::vector<int32_t>(12, code), results);
-    EXPECT_EQ(std::vector<uint32_t>(4, 0), std::vector<uint32_t>(counts, counts + 4));
+    EXPECT_EQ(std::vector<uint32_t>(4, 0), counts);
   }
 
   VexoPort* port_ = nullptr;
@@ -61,23 +59,25 @@ class PortObject : public ::testing::Test {
 TEST_F(PortObject, NullOrWrongMagicIsRefusedByEveryOperation) {
   ExpectEveryOperationGives(-6, nullptr);
   EXPECT_EQ(-6, ClosePort(nullptr));
-  for (const uint32_t magic : {0U, 119U, 121U, 560U}) {
-    VexoPort other = entries_;
-    other.magic = magic;
-    ExpectEveryOperationGives(-6, &other);
-    EXPECT_EQ(-6, ClosePort(&other));
-  }
+  VexoPort other = entries_;
+  other.magic = VEXO_PRINTER_MAGIC;
+  ExpectEveryOperationGives(-6, &other);
+  EXPECT_EQ(-6, ClosePort(&other));
   EXPECT_EQ(-309, port_->CheckOpen(port_)) << "the port itself was opened through a wrong record";
 }
 
-TEST_F(PortObject, ClosedRecordIsRefusedAlsoWhenOthersHaveBeenOpenedSince) {
+// Nor do stale records and their copies reach a port that was made since, in the memory of the old one.
+TEST_F(PortObject, StaleRecordsAreRefused) {
   VexoPort* const closed = port_;
+  VexoPort copy = *port_;
   EXPECT_EQ(0, ClosePort(port_));
   for (int i = 0; i < 20; ++i) {
     ExpectEveryOperationGives(-6, closed);
     EXPECT_EQ(-6, ClosePort(closed));
+    ExpectEveryOperationGives(-308, &copy);
     ASSERT_EQ(0, OpenPort(&port_, "NET,10.0.0.5"));
     EXPECT_EQ(-6, closed->Open(closed));
+    EXPECT_EQ(-308, copy.Open(&copy));
     EXPECT_EQ(0, ClosePort(port_));
   }
 }
@@ -92,21 +92,9 @@ TEST_F(PortObject, CopyReachesTheSameDevice) {
   EXPECT_EQ(0, port_->Open(port_));
 }
 
-TEST_F(PortObject, CopyOfClosedRecordReachesNothing) {
-  VexoPort copy = *port_;
-  EXPECT_EQ(0, ClosePort(port_));
-  ExpectEveryOperationGives(-308, &copy);
-  // Nor the device of a port that was made since, in the memory of the old one.
-  for (int i = 0; i < 20; ++i) {
-    ASSERT_EQ(0, OpenPort(&port_, "NET,10.0.0.5"));
-    ASSERT_EQ(-308, copy.Open(&copy));
-    EXPECT_EQ(0, ClosePort(port_));
-  }
-}
-
 TEST_F(PortObject, NullArguments) {
   EXPECT_EQ(0, port_->Open(port_));
-  uint32_t count = kNotCounted;
+  uint32_t count = 77;
   EXPECT_EQ(-1, port_->Write(port_, nullptr, 0, 1, &count));
   EXPECT_EQ(-1, port_->Read(port_, nullptr, 0, 1, &count));
   EXPECT_EQ(-1, port_->ReadAvailable(port_, nullptr, 0, 1, &count));
@@ -126,15 +114,14 @@ TEST_F(PortObject, NullArguments) {
 TEST_F(PortObject, UriNeedsRoomFor255Bytes) {
   const std::string uri = "vexo:/dev/bus/NET/DEVICE?ip=10.0.0.5+port=9100";
   for (const uint32_t size : {0U, 1U, 254U, 255U, 256U}) {
-    char buffer[256];
-    std::memset(buffer, '#', sizeof(buffer));
+    std::string buffer(256, '#');
     uint32_t length = 0;
-    EXPECT_EQ(0, port_->GetUri(port_, buffer, size, &length));
+    EXPECT_EQ(0, port_->GetUri(port_, buffer.data(), size, &length));
     EXPECT_EQ(uri.size(), length);
     if (size >= 255) {
-      EXPECT_EQ(uri, buffer);
+      EXPECT_EQ(uri, buffer.c_str());
     } else {
-      EXPECT_EQ(std::string(size, '\0') + std::string(256 - size, '#'), std::string(buffer, 256));
+      EXPECT_EQ(std::string(size, '\0') + std::string(256 - size, '#'), buffer);
     }
   }
 }
@@ -152,18 +139,15 @@ TEST_F(PortObject, TimeoutsAreAllSix) {
 TEST_F(PortObject, ClosingWaitsForTheOperationUnderWay) {
   const int32_t drivers = test::LivingDrivers();
   EXPECT_EQ(0, port_->Open(port_));
-  test::DriverScript script;
-  script.close_result = 5;  // Whatever the device says.
-  script.during = [&](const std::string& call) {
-    if (call == "NET Write") {
-      EXPECT_EQ(0, ClosePort(port_));
-      EXPECT_EQ(1, test::OpenDevices());
-      EXPECT_EQ(1U, PortLockReferenceCount());
-    }
-  };
-  test::SetDriverScript(script);
+  test::SetDriverScript({0, 0, [&](const std::string& call) {
+                           if (call == "NET Transfer") {
+                             EXPECT_EQ(0, ClosePort(port_));
+                             EXPECT_EQ(1, test::OpenDevices());
+                             EXPECT_EQ(1U, PortLockReferenceCount());
+                           }
+                         }});
   const uint8_t byte = 0;
-  uint32_t written = kNotCounted;
+  uint32_t written = 77;
   EXPECT_EQ(0, port_->Write(port_, &byte, 0, 1, &written));
   EXPECT_EQ(0U, written);
   EXPECT_EQ(0, test::OpenDevices());

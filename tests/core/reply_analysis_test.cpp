@@ -50,8 +50,6 @@ TEST(ReplyAnalysis, ValueStartsWhereTheCommandPutsIt) {
       {kGetKey + kStatus + "\x01\xcc\x00\x02"s + "v", kGetKey, "v", true},
       {kGetKey + kStatus + "1234", kGetKey, "", true},
       {"getval getkey\r\n" + kStatus + "v", "getval getkey\r\n", "v", true},
-      {"do \"it\"\r\n" + kStatus + "v", "do \"it\"\r\n", "v", true},
-      {kStatus + "getkey", "", "getkey", true},
       {"\r\n" + kStatus + "v", "\r\n", "v", true},
       {"getkey\n" + kStatus, "", "ey\n" + kStatus, true},
   };
@@ -79,12 +77,9 @@ TEST(ReplyAnalysis, JudgesTheFrame) {
       {"wrong header", Reply(payload, payload.size(), "\x1b\x1c& V1"), false, 0, "v"},
       {"more than announced", Reply(payload, 1), true, 0, "v"},
       {"one byte is missing", Reply(payload, payload.size() + 1), false, -30, ""},
-      {"5 announced, 4 there", Reply("abcd", 5), false, -30, ""},
-      {"length 0x7fff", Reply(payload, 0x7FFF), false, -30, ""},
       {"all of 0x7fff", Reply(payload + std::string(0x7FFF - payload.size(), ' '), 0x7FFF), true, 0,
        "v" + std::string(0x7FFF - payload.size(), ' ')},
       {"negative high byte", Reply(std::string(0x8000, ' ')), false, -30, ""},
-      {"length -1", Reply(std::string(0xFFFF, ' ')), false, -30, ""},
       {"status cut off", Reply(kGetVal + "abc"), true, -30, ""},
   };
   for (const auto& row : rows) {
@@ -109,24 +104,9 @@ TEST(UrlDecode, DecodesEscapesAsNumbersAreRead) {
   const struct {
     std::string text;
     std::string decoded;
-  } rows[] = {{"", ""},
-              {"plain", "plain"},
-              {"a%20b+c", "a b c"},
-              {"%41%4a%4A", "AJJ"},
-              {"%4z", "\x04"},
-              {"%zz", "\0"s},
-              {"%zzz", "\0z"s},
-              {"%%41",
-               "\0"
-               "1"s},
-              {"%ff", "\xff"},
-              {"%00|", "\0|"s},
-              {"% 7", "\x07"},
-              {"%+7+", "\x07 "},
-              {"%-1", "\xff"},
-              {"%0x", "\0"s},
-              {"\xe4%e4", "\xe4\xe4"},
-              {"%4\0z"s, "\x04z"}};
+  } rows[] = {{"", ""},          {"a%20b+c", "a b c"}, {"%41%4a%4A", "AJJ"}, {"%4z", "\x04"},
+              {"%zzz", "\0z"s},  {"%%41", "\0001"s},   {"%ff", "\xff"},      {"% 7", "\x07"},
+              {"%+7+", "\x07 "}, {"%-1", "\xff"},      {"%0x", "\0"s},       {"%4\0z"s, "\x04z"}};
   for (const auto& row : rows) {
     for (const uint8_t flag : {0, 1, 255}) {
       EXPECT_EQ(row.decoded, UrlDecode(row.text, flag)) << row.text;

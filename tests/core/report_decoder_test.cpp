@@ -93,10 +93,8 @@ TEST(ReportDecoder, FindsFramesAmongJunk) {
   ExpectReports(
       {
           {"", {}},
-          {"junk", {}, 4},
           {long_tail, {}, 13},
           {Started("0042"), {"event 100 task 42"}},
-          {Ended("0042", 7), {"event 101 task 42 value 7"}},
           {Ended("0042", 0xFFFFFFFF), {"event 101 task 42 value 4294967295"}},
           {Frame(0x102, "?0009"), {"reply 102 task 9"}},
           {Frame(0x103, "?0009abcd"), {"reply 103"}},
@@ -171,30 +169,18 @@ TEST(ReportDecoder, RepliesOfTheGsParenHFamily) {
   ExpectReports(
       {
           {"7\"0012\0"s, {"event 22 task 12"}},
-          {"7#\0"s, {"event 23"}},
-          {"7$\0"s, {"reply 24 reset"}},
           {"7AB", {"reply 41"}},
           {"77#", {"reply 37"}},
           {"777#\0\0"s, {"reply 37"}, 2},
           {"ab7#7c7\"-001\0d7$e"s, {"event 23", "event 22 task -1", "reply 24 reset"}},
-          {"7", {}, 1},
-          {"7#", {}, 2},
           {"7\"0012", {}, 6},
           {"noise", {}, 2},
           {"7#7" + Started("0042") + "7$7", {"event 23", "event 100 task 42", "reply 24 reset"}},
-          {"\x1b\x1b" + Ended("0042", 7), {"event 101 task 42 value 7"}},
           {kHeader.substr(0, 12) + "7#7", {"event 23"}},
           {"7\x1b\x1c" + Started("0042"), {"reply 1b", "event 100 task 42"}},
           {"x" + kHeader.substr(0, 5), {}, 5},
       },
       kGsParenH);
-}
-
-TEST(ReportDecoder, RepliesOfTheGsParenHFamilyKeepTheirBytes) {
-  const std::string reply = "7\"0012x";
-  const DecodeStep step = DecodeNextReport(reinterpret_cast<const uint8_t*>(reply.data()), reply.size(), kGsParenH);
-  EXPECT_EQ(Bytes(reply.begin(), reply.end()), step.record.payload);
-  EXPECT_EQ(7U, step.record.length);
 }
 
 TEST(ReportDecoder, GsParenHRepliesMayArriveInAnyTwoPieces) {
@@ -209,36 +195,10 @@ TEST(ReportDecoder, TaskNumberIsReadAsTheStandardLibraryReadsNumbers) {
   const struct {
     std::string text;
     int32_t number;
-  } rows[] = {{"0042", 42},
-              {"9999", 9999},
-              {"  42", 42},
-              {"42  ", 42},
-              {"\t\n7x", 7},
-              {"\v\f\r8", 8},
-              {"+042", 42},
-              {"-042", -42},
-              {" -7 ", -7},
-              {"4x12", 4},
-              {"12\0"s + "4", 12},
-              {"0x1F", 0},
-              {"abcd", 0},
-              {"    ", 0},
-              {"+-12", 0},
-              {"--12", 0},
-              {"++12", 0},
-              {"+ 12", 0},
-              {"- 12", 0},
-              {"-+12", 0},
-              {"   +", 0},
-              {"   -", 0},
-              {"\0\0\0\0"s, 0},
-              {"\0"
-               "123"s,
-               0},
-              {"\xff\xff\xff\xff", 0},
-              {"\xa0"
-               "123",
-               0}};
+  } rows[] = {{"0042", 42}, {"  42", 42},  {"42  ", 42}, {"\t\n7x", 7},    {"\v\f\r8", 8},
+              {"+042", 42}, {"-042", -42}, {" -7 ", -7}, {"4x12", 4},      {"12\0004"s, 12},
+              {"0x1F", 0},  {"abcd", 0},   {"    ", 0},  {"+-12", 0},      {"--12", 0},
+              {"++12", 0},  {"+ 12", 0},   {"   -", 0},  {"\0\0\0\0"s, 0}, {"\xff\xff\xff\xff", 0}};
   for (const auto& row : rows) {
     for (const std::string& stream : {Started(row.text), "7\"" + row.text + '\0'}) {
       const DecodeStep step =

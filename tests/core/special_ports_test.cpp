@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "port/port_lock.h"
-#include "support/allocation_faults.h"
 #include "support/scripted_drivers.h"
 #include "support/scripted_port.h"
 #include "vexo/extend.h"
@@ -31,60 +30,38 @@ class SpecialPorts : public ::testing::Test {
   VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
 };
 
-TEST_F(SpecialPorts, WrongHandleIsRefused) {
-  VexoPrinterHandle wrong = {559, nullptr, nullptr, 0};
-  for (const Export open : kExports) {
-    EXPECT_EQ(-6, open(nullptr, "USB"));
-    EXPECT_EQ(-6, open(&wrong, "USB"));
-  }
-  EXPECT_EQ(nullptr, wrong.port);
-}
-
 TEST_F(SpecialPorts, EachOpensItsDevices) {
   static const struct {
     Export open;
     const char* text;
+    int32_t open_result;
     uint32_t kind;
     const char* last_call;
   } kRows[] = {
-      {DiskPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
-      {ScannerPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
-      {DiskPortOpen, "LPT1", VEXO_PORT_PARALLEL, "LPT OpenDeviceOfClass 0, 1"},
-      {ScannerPortOpen, "LPT1", VEXO_PORT_PARALLEL, "LPT OpenDeviceOfClass 6, 1"},
-      {ScannerGunPortOpen, "USB", VEXO_PORT_USB, "USB OpenDeviceOfClass 1, 5"},
-      {ScannerGunPortOpen, "COM1,9600", VEXO_PORT_SERIAL, "COM Open"},
+      {DiskPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
+      {ScannerPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
+      {DiskPortOpen, "LPT1", 0, VEXO_PORT_PARALLEL, "LPT OpenDeviceOfClass 0, 1"},
+      {ScannerGunPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 1, 5"},
+      {ScannerGunPortOpen, "COM1,9600", 0, VEXO_PORT_SERIAL, "COM Open"},
       // Left to their users to open.
-      {ScannerGunPortOpen, "LPT1", VEXO_PORT_PARALLEL, "LPT Configure vexo:/dev/bus/LPT/LPT1"},
-      {ScannerGunPortOpen, "NET,1.2.3.4,1", VEXO_PORT_NET, "NET Configure vexo:/dev/bus/NET/DEVICE?ip=1.2.3.4+port=1"},
-      {ScannerGunPortOpen, "BT,0A,1", VEXO_PORT_BLUETOOTH, "BT Configure vexo:/dev/bus/BT/DEVICE?address=0A+pin=1"},
-      {ScannerGunPortOpen, "BUF", VEXO_PORT_BUFFER, "BT Close"},
+      {ScannerGunPortOpen, "LPT1", 5, VEXO_PORT_PARALLEL, "LPT Configure vexo:/dev/bus/LPT/LPT1"},
+      {ScannerGunPortOpen, "NET,1.2,1", 5, VEXO_PORT_NET, "NET Configure vexo:/dev/bus/NET/DEVICE?ip=1.2+port=1"},
+      {ScannerGunPortOpen, "BT,0A,1", 5, VEXO_PORT_BLUETOOTH, "BT Configure vexo:/dev/bus/BT/DEVICE?address=0A+pin=1"},
+      {ScannerGunPortOpen, "BUF", 5, VEXO_PORT_BUFFER, "BT Close"},
+      // A device that does not open leaves its port closed in the handle.
+      {DiskPortOpen, "USB", -321, VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
+      {ScannerPortOpen, "USB", -321, VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
+      {ScannerGunPortOpen, "COM1,9600", 2, VEXO_PORT_SERIAL, "COM Open"},
+      {DiskPortOpen, "BUF", -372, VEXO_PORT_BUFFER, "COM Close"},  // Has no device file at all.
   };
   for (const auto& row : kRows) {
-    EXPECT_EQ(0, row.open(&handle_, row.text));
-    EXPECT_EQ(1, handle_.portOpen);
+    SCOPED_TRACE(&row - kRows);
+    test::SetDriverScript({0, row.open_result});
+    const bool opens = row.open_result == 0 || row.open_result == 5;
+    EXPECT_EQ(opens ? 0 : row.open_result, row.open(&handle_, row.text));
+    EXPECT_EQ(opens ? 1 : 0, handle_.portOpen);
     EXPECT_EQ(row.kind, handle_.port->kind);
     EXPECT_EQ(row.last_call, test::DriverCalls().back());
-    EXPECT_EQ(1U, PortLockReferenceCount());
-  }
-}
-
-TEST_F(SpecialPorts, DeviceThatDoesNotOpenLeavesItsPortClosedInTheHandle) {
-  test::DriverScript script;
-  script.open_result = 2;
-  script.open_by_class_result = -372;
-  test::SetDriverScript(script);
-  static const struct {
-    Export open;
-    const char* text;
-    int32_t code;
-  } kRows[] = {
-      {DiskPortOpen, "USB", -372},       {ScannerPortOpen, "USB", -372}, {ScannerGunPortOpen, "USB", -372},
-      {ScannerGunPortOpen, "COM1,1", 2}, {DiskPortOpen, "BUF", -372},  // Has no device file at all.
-  };
-  for (const auto& row : kRows) {
-    EXPECT_EQ(row.code, row.open(&handle_, row.text));
-    EXPECT_EQ(0, handle_.portOpen);
-    EXPECT_NE(nullptr, handle_.port);
     EXPECT_EQ(1U, PortLockReferenceCount());
   }
 }
@@ -92,9 +69,8 @@ TEST_F(SpecialPorts, DeviceThatDoesNotOpenLeavesItsPortClosedInTheHandle) {
 TEST_F(SpecialPorts, ReopeningClosesTheOldPortFirst) {
   ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
   int open_while_changing = 0;
-  test::DriverScript script;
-  script.during = [&](const std::string& call) { open_while_changing += call != "COM Close" ? handle_.portOpen : 0; };
-  test::SetDriverScript(script);
+  test::SetDriverScript(
+      {0, 0, [&](const std::string& call) { open_while_changing += call != "COM Close" ? handle_.portOpen : 0; }});
   ASSERT_EQ(0, DiskPortOpen(&handle_, "USB"));
   EXPECT_EQ((Calls{"COM Close", "USB Configure vexo:/dev/bus/USB/DEVICE", "USB OpenDeviceOfClass 0, 1"}),
             test::DriverCalls());
@@ -105,26 +81,24 @@ TEST_F(SpecialPorts, FailureToMakeTheNewPortLeavesNone) {
   static const struct {
     const char* text;
     int32_t configure_result;
-    uint32_t failing_allocation;
     int32_t code;
-  } kRows[] = {{nullptr, 0, 0, -301}, {"X", 0, 0, -301},    {"FILE,x", 0, 0, -4}, {"NET,1.2.3.4", -1, 0, -1},
-               {"USB", 0, 2, -2},     {"COM1,1", 0, 3, -2}, {"BUF", 0, 2, -9},    {"BUF", 0, 3, -9}};
-  for (const auto& row : kRows) {
-    for (const Export open : kExports) {
-      test::SetDriverScript({});
+  } kRows[] = {{nullptr, 0, -301}, {"X", 0, -301}, {"FILE,x", 0, -4}, {"NET,1.2.3.4", -1, -1}};
+  VexoPrinterHandle wrong = {559, nullptr, nullptr, 0};
+  for (const Export open : kExports) {
+    EXPECT_EQ(-6, open(nullptr, "USB"));
+    EXPECT_EQ(-6, open(&wrong, "USB"));
+    for (const auto& row : kRows) {
       ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
-      test::DriverScript script;
-      script.configure_result = row.configure_result;
-      test::SetDriverScript(script);
-      test::AllocationFault fault(row.failing_allocation);
+      test::SetDriverScript({row.configure_result});
       EXPECT_EQ(row.code, open(&handle_, row.text));
-      fault.Lift();
       EXPECT_EQ("COM Close", test::DriverCalls().front());
       EXPECT_EQ(nullptr, handle_.port);
       EXPECT_EQ(0, handle_.portOpen);
       EXPECT_EQ(0U, PortLockReferenceCount());
+      test::SetDriverScript({});
     }
   }
+  EXPECT_EQ(nullptr, wrong.port);
 }
 
 TEST_F(SpecialPorts, HostsOwnPortIsClosedAndStaysTheHosts) {

@@ -1,5 +1,4 @@
-// What hosts do from several threads at once. These tests are there for ThreadSanitizer as much as for their
-// assertions.
+// What hosts do from several threads at once, for ThreadSanitizer as much as for the assertions.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -25,28 +24,21 @@ int32_t WriteByte(VexoPort* port, uint32_t* written = nullptr) {
 }
 
 // Writes on a thread of its own, byte by byte, until a write fails or takes nothing; gives the last result.
-class Writer {
- public:
-  explicit Writer(VexoPort* port) : result_(std::async(std::launch::async, [this, port] { return Write(port); })) {
-    started_.get_future().wait();
-  }
-
-  int32_t Result() { return result_.get(); }
-
- private:
-  int32_t Write(VexoPort* port) {
+std::future<int32_t> StartWriting(VexoPort* port) {
+  std::promise<void> started;
+  std::future<void> has_started = started.get_future();
+  std::future<int32_t> result = std::async(std::launch::async, [port, started = std::move(started)]() mutable {
     uint32_t written = 0;
-    int32_t result = WriteByte(port, &written);
-    started_.set_value();
-    while (result == 0 && written > 0) {
-      result = WriteByte(port, &written);
+    int32_t last = WriteByte(port, &written);
+    started.set_value();
+    while (last == 0 && written > 0) {
+      last = WriteByte(port, &written);
     }
-    return result;
-  }
-
-  std::promise<void> started_;
-  std::future<int32_t> result_;
-};
+    return last;
+  });
+  has_started.wait();
+  return result;
+}
 
 class Threads : public ::testing::Test {
  protected:
@@ -68,11 +60,10 @@ TEST_F(Threads, PortsAreOpenedAndClosedOnAnyThread) {
   std::vector<std::thread> threads(8);
   for (size_t i = 0; i < threads.size(); ++i) {
     threads[i] = std::thread([&failures, i] {
-      const char* const text = i % 2 == 0 ? "NET,10.0.0.5" : "BUF";
       for (int round = 0; round < 100; ++round) {
         VexoPort* port = nullptr;
-        const bool works =
-            OpenPort(&port, text) == 0 && port->Open(port) == 0 && WriteByte(port) == 0 && ClosePort(port) == 0;
+        const bool works = OpenPort(&port, i % 2 == 0 ? "NET,10.0.0.5" : "BUF") == 0 && port->Open(port) == 0 &&
+                           WriteByte(port) == 0 && ClosePort(port) == 0;
         failures += works ? 0 : 1;
       }
     });
@@ -88,10 +79,9 @@ TEST_F(Threads, TransferMeetsTheClosingOfItsPort) {
     ASSERT_EQ(0, ScannerGunPortOpen(&handle_, round % 2 == 0 ? "NET,10.0.0.5" : "BUF"));
     VexoPort* const port = handle_.port;
     ASSERT_EQ(0, port->Open(port));
-    Writer writer(port);
+    std::future<int32_t> writer = StartWriting(port);
     EXPECT_EQ(0, DiskPortOpen(&handle_, "USB"));
-    const int32_t result = writer.Result();
-    EXPECT_TRUE(IsOpenOrClosed(result)) << result;
+    EXPECT_PRED1(IsOpenOrClosed, writer.get());
     EXPECT_EQ(-6, WriteByte(port));
   }
 }
@@ -118,13 +108,11 @@ TEST_F(Threads, PrinterFunctionsMeetTheReopeningOfTheirHandle) {
 
 TEST_F(Threads, AbortEndsTheTransfersOfAnotherThreadForGood) {
   ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
-  VexoPort* const port = handle_.port;
-  Writer writer(port);
-  EXPECT_EQ(0, port->Abort(port));
-  EXPECT_EQ(0, writer.Result());
-
+  std::future<int32_t> writer = StartWriting(handle_.port);
+  EXPECT_EQ(0, handle_.port->Abort(handle_.port));
+  EXPECT_EQ(0, writer.get());
   uint32_t written = 99;
-  EXPECT_EQ(0, WriteByte(port, &written));
+  EXPECT_EQ(0, WriteByte(handle_.port, &written));
   EXPECT_EQ(0U, written);
 }
 

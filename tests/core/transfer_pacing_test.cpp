@@ -11,6 +11,7 @@ namespace vexo {
 namespace {
 
 using Sleeps = std::vector<uint32_t>;
+using Attempts = std::vector<std::pair<uint32_t, uint32_t>>;  // How long each lasts, and the bytes it brings.
 
 // A read budget of `budget` ms, a read interval of 20 ms.
 VexoPortTimeouts ReadLimits(uint32_t budget) { return {20, 0, budget, 0, 0, 0}; }
@@ -21,109 +22,62 @@ class Pacing : public ::testing::Test {
   void SetUp() override { test::SetClock(0xFFFFFFFF); }
 };
 
-using ReadPacingTest = Pacing;
-using WritePacingTest = Pacing;
-
-// One attempt that lasts `milliseconds` and brings `bytes`.
-bool Attempt(ReadPacing* pacing, uint32_t milliseconds, uint32_t bytes) {
-  EXPECT_TRUE(pacing->StartAttempt());
-  test::AdvanceClock(milliseconds);
-  return pacing->EndAttempt(bytes);
-}
-
-TEST(TransferBudget, GrowsWithTheLengthAndNeverMeansForever) {
+TEST_F(Pacing, BudgetGrowsWithTheLengthAndNeverMeansForever) {
   EXPECT_EQ(2050U, TransferBudget(5, 10, 2000));
   EXPECT_EQ(0U, TransferBudget(0, 10, 0));
-  EXPECT_EQ(0xFFFFFFFEU, TransferBudget(0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF));
-  EXPECT_EQ(0xFFFFFFFEU, TransferBudget(0, 1, 0xFFFFFFFF));
+  for (const auto& [multiplier, length] : {std::pair(0xFFFFFFFF, 0xFFFFFFFF), {0U, 1U}}) {
+    EXPECT_EQ(0xFFFFFFFEU, TransferBudget(multiplier, length, 0xFFFFFFFF));
+  }
   EXPECT_EQ(0xFFFFFFFEU, TransferBudget(0x10000, 0x10000, 0));
-}
-
-TEST_F(ReadPacingTest, FiveAttempts) {
-  ReadPacing pacing(ReadLimits(1000), 10);
-  for (int i = 0; i < 5; ++i) {
-    EXPECT_TRUE(Attempt(&pacing, 0, 1));
-  }
-  EXPECT_FALSE(pacing.StartAttempt());
-}
-
-// A device that completes every read at once and with nothing is given time in between: its share of what is left, at
-// most 100 ms, and never after the last attempt.
-TEST_F(ReadPacingTest, PausesShareWhatIsLeft) {
-  for (const auto& [budget, pause] : {std::pair<uint32_t, uint32_t>{60, 15}, {400, 100}, {2000, 100}}) {
-    SetUp();
-    ReadPacing pacing(ReadLimits(budget), 10);
-    while (pacing.StartAttempt() && pacing.EndAttempt(0)) {
-      pacing.Pause();
-    }
-    EXPECT_EQ(Sleeps(4, pause), test::RecordedSleeps());
-  }
-}
-
-TEST_F(ReadPacingTest, NoPauseAfterAnAttemptThatWaitedOrOnceDataFlows) {
-  ReadPacing waited(ReadLimits(2000), 10);
-  EXPECT_TRUE(Attempt(&waited, 100, 0));
-  waited.Pause();
-  EXPECT_EQ(Sleeps{}, test::RecordedSleeps());
-  EXPECT_TRUE(Attempt(&waited, 99, 0));
-  waited.Pause();
-  EXPECT_EQ(Sleeps{100}, test::RecordedSleeps());
-
-  ReadPacing flowing(ReadLimits(2000), 10);
-  EXPECT_TRUE(Attempt(&flowing, 0, 1));
-  flowing.Pause();
-  EXPECT_TRUE(Attempt(&flowing, 0, 0));
-  flowing.Pause();
-  EXPECT_EQ(Sleeps{100}, test::RecordedSleeps());
-}
-
-TEST_F(ReadPacingTest, LastTenMillisecondsAreNotWaitedFor) {
-  ReadPacing patient(ReadLimits(100), 10);
-  EXPECT_TRUE(Attempt(&patient, 90, 0));
-  EXPECT_EQ(10U, patient.wait());
-
-  ReadPacing used_up(ReadLimits(100), 10);
-  EXPECT_FALSE(Attempt(&used_up, 91, 0));
-
-  // The pauses count, too.
-  ReadPacing paused(ReadLimits(100), 10);
-  EXPECT_TRUE(Attempt(&paused, 0, 0));
-  test::AdvanceClock(91);
-  EXPECT_FALSE(Attempt(&paused, 0, 0));
-}
-
-TEST_F(ReadPacingTest, DataMayComeUntilTheBudgetIsSpent) {
-  ReadPacing in_time(ReadLimits(100), 10);
-  EXPECT_TRUE(Attempt(&in_time, 100, 1));
-
-  ReadPacing late(ReadLimits(100), 10);
-  EXPECT_FALSE(Attempt(&late, 101, 1));
-}
-
-// Each further piece has the read interval of 20 ms; the first one may come later.
-TEST_F(ReadPacingTest, OnceDataFlowsTheIntervalCounts) {
-  ReadPacing steady(ReadLimits(1000), 10);
-  EXPECT_TRUE(Attempt(&steady, 500, 1));
-  EXPECT_EQ(20U, steady.wait());
-  EXPECT_TRUE(Attempt(&steady, 20, 1));
-  EXPECT_EQ(20U, steady.wait());
-  EXPECT_FALSE(Attempt(&steady, 21, 1));
-
-  ReadPacing silent(ReadLimits(1000), 10);
-  EXPECT_TRUE(Attempt(&silent, 0, 1));
-  EXPECT_TRUE(Attempt(&silent, 10, 0));
-  EXPECT_FALSE(Attempt(&silent, 11, 0));
-}
-
-TEST_F(ReadPacingTest, BudgetGrowsWithTheLengthAndNoWaitIsForever) {
   EXPECT_EQ(2050U, ReadPacing({10, 5, 2000, 0, 0, 0}, 10).wait());
   ReadPacing pacing({0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0, 0, 0}, 10);
   EXPECT_EQ(0xFFFFFFFEU, pacing.wait());
-  EXPECT_TRUE(Attempt(&pacing, 0, 1));
+  EXPECT_TRUE(pacing.EndAttempt(1));
   EXPECT_EQ(0xFFFFFFFEU, pacing.wait());
 }
 
-TEST_F(WritePacingTest, AllWaitsShareTheBudget) {
+// All attempts but the last may be followed by another one, and that one waits for `wait` ms.
+TEST_F(Pacing, ReadGoesOnWhileThereIsTime) {
+  static const struct {
+    uint32_t budget;
+    Attempts attempts;
+    bool goes_on;
+    uint32_t wait;
+    Sleeps sleeps;  // A device that answers at once and with nothing is given time, but not once data flows.
+  } kRows[] = {
+      {100, {{90, 0}}, true, 10, {2}},  // The last ten milliseconds are not waited for.
+      {100, {{91, 0}}, false, 0, {}},
+      {100, {{100, 1}}, true, 20, {}},  // Data may come until the budget is spent.
+      {100, {{101, 1}}, false, 0, {}},
+      {1000, {{500, 1}, {20, 1}}, true, 20, {}},  // Each further piece has the read interval.
+      {1000, {{500, 1}, {20, 1}, {21, 1}}, false, 0, {}},
+      {1000, {{0, 1}, {10, 0}}, true, 20, {}},
+      {1000, {{0, 1}, {10, 0}, {11, 0}}, false, 0, {}},
+      {1000, {{0, 1}, {0, 1}, {0, 1}, {0, 1}, {0, 1}}, false, 20, {}},  // Five attempts.
+      {2000, {{100, 0}, {99, 0}}, true, 1801, {100}},
+      {60, {{0, 0}, {0, 0}, {0, 0}, {0, 0}}, true, 15, {15, 15, 15, 15}},          // Its share of what is left,
+      {2000, {{0, 0}, {0, 0}, {0, 0}, {0, 0}}, true, 1700, {100, 100, 100, 100}},  // at most 100 ms.
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(&row - kRows);
+    SetUp();
+    ReadPacing pacing(ReadLimits(row.budget), 10);
+    bool goes_on = true;
+    for (const auto& [milliseconds, bytes] : row.attempts) {
+      EXPECT_TRUE(goes_on && pacing.StartAttempt());
+      test::AdvanceClock(milliseconds);
+      goes_on = pacing.EndAttempt(bytes);
+      if (goes_on) {
+        pacing.Pause();
+      }
+    }
+    EXPECT_EQ(row.goes_on, goes_on && pacing.StartAttempt());
+    EXPECT_TRUE(!row.goes_on || row.wait == pacing.wait()) << pacing.wait();
+    EXPECT_EQ(row.sleeps, test::RecordedSleeps());
+  }
+}
+
+TEST_F(Pacing, WritesShareTheBudget) {
   WritePacing pacing({0, 0, 0, 10, 2000, 0}, 5);
   EXPECT_EQ(2050U, pacing.StartTransfer());
   test::AdvanceClock(500);
@@ -139,7 +93,7 @@ TEST_F(WritePacingTest, AllWaitsShareTheBudget) {
 
 // A chunk of 100 bytes has 200 ms, of a call that has 1100. Time spent on parts of earlier chunks counts, that on whole
 // chunks does not.
-TEST_F(WritePacingTest, PartsAreHeldAgainstTheChunksBudget) {
+TEST_F(Pacing, PartsAreHeldAgainstTheChunksBudget) {
   for (const uint32_t last : {50U, 51U}) {
     WritePacing pacing({0, 0, 0, 1, 100, 0}, 1000);
     pacing.StartTransfer();

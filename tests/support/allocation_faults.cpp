@@ -58,8 +58,6 @@ AllocationFault::AllocationFault(uint32_t nth) {
   t_countdown = nth;
 }
 
-AllocationFault::~AllocationFault() { Lift(); }
-
 bool AllocationFault::Lift() {
   t_countdown = 0;
   return t_struck;

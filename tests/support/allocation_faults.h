@@ -7,29 +7,19 @@
 namespace vexo::test {
 
 // Makes one allocation of this thread fail: the `nth` from here on, counted from 1. One fault at a time.
-//
-// A test that makes every allocation fail once:
-//
-//   bool struck = true;
-//   for (uint32_t nth = 1; struck; ++nth) {
-//     AllocationFault fault(nth);
-//     const int32_t result = ...;
-//     struck = fault.Lift();
-//     ...
-//   }
 class AllocationFault {
  public:
   explicit AllocationFault(uint32_t nth);
   AllocationFault(const AllocationFault&) = delete;
   AllocationFault& operator=(const AllocationFault&) = delete;
-  ~AllocationFault();
+  ~AllocationFault() { Lift(); }
 
   // There is memory again from now on. Whether the fault struck: false when fewer allocations were made.
   bool Lift();
 };
 
-// While one lives, allocations of this thread are not counted: for scripted ports and drivers, whose own needs are not
-// the product's.
+// While one lives, allocations of this thread are not counted: what scripted ports and drivers need is not the
+// product's.
 class UncountedAllocations {
  public:
   UncountedAllocations();
@@ -38,7 +28,7 @@ class UncountedAllocations {
   ~UncountedAllocations();
 
  private:
-  uint32_t countdown_;
+  const uint32_t countdown_;
 };
 
 // Bytes that are allocated now, on all threads.

@@ -22,16 +22,11 @@ std::vector<std::string> g_calls;
 std::atomic<int32_t> g_living{0};
 std::atomic<int32_t> g_open{0};
 
-test::DriverScript Script() {
-  const std::lock_guard<std::mutex> guard(g_mutex);
-  return g_script;
-}
-
 class FakeDriver : public DevicePort {
  public:
   explicit FakeDriver(const char* name) : DevicePort({1, 2, 3, 4, 5, 6}), name_(name) { ++g_living; }
   ~FakeDriver() override {
-    MarkClosed();
+    g_open -= open_ ? 1 : 0;
     --g_living;
   }
 
@@ -49,12 +44,13 @@ class FakeDriver : public DevicePort {
   int32_t OpenDeviceOfClass(uint32_t first_class, uint32_t class_count) override {
     const test::UncountedAllocations uncounted;
     const std::string classes = std::to_string(first_class) + ", " + std::to_string(class_count);
-    return MarkOpen(Note("OpenDeviceOfClass ", classes.c_str()).open_by_class_result);
+    return MarkOpen(Note("OpenDeviceOfClass ", classes.c_str()).open_result);
   }
 
   int32_t Close() override {
-    MarkClosed();
-    return Note("Close").close_result;
+    g_open -= open_.exchange(false) ? 1 : 0;
+    Note("Close");
+    return 5;
   }
 
   int32_t Abort() override {
@@ -65,30 +61,29 @@ class FakeDriver : public DevicePort {
   int32_t CheckOpen() override { return open_ ? VEXO_OK : VEXO_ERROR_IO_NOT_OPEN; }
 
   int32_t Write(const uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t length, uint32_t* written) override {
-    return Transfer("Write", VEXO_OK, length, written);
+    return Transfer(VEXO_OK, length, written);
   }
 
   int32_t Read(uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t /*length*/, uint32_t* read) override {
-    return Transfer("Read", VEXO_ERROR_IO_READ_TIMEOUT, 0, read);
+    return Transfer(VEXO_ERROR_IO_READ_TIMEOUT, 0, read);
   }
 
   int32_t ReadAvailable(uint8_t* /*buffer*/, uint32_t /*from*/, uint32_t /*to*/, uint32_t* read) override {
-    return Transfer("ReadAvailable", VEXO_OK, 0, read);
+    return Transfer(VEXO_OK, 0, read);
   }
 
  private:
-  test::DriverScript Note(const char* operation, const char* details = "") const {
+  test::DriverScript Note(const char* operation, const char* details = "", bool kept = true) const {
     const test::UncountedAllocations uncounted;
     const std::string call = std::string(name_) + " " + operation + details;
+    test::DriverScript script;
     {
       const std::lock_guard<std::mutex> guard(g_mutex);
-      g_calls.push_back(call);
+      script = g_script;
+      if (kept) {
+        g_calls.push_back(call);
+      }
     }
-    return RunHook(call);
-  }
-
-  static test::DriverScript RunHook(const std::string& call) {
-    test::DriverScript script = Script();
     if (script.during) {
       script.during(call);
     }
@@ -96,23 +91,12 @@ class FakeDriver : public DevicePort {
   }
 
   int32_t MarkOpen(int32_t result) {
-    if (result == VEXO_OK && !open_.exchange(true)) {
-      ++g_open;
-    }
+    g_open += result == VEXO_OK && !open_.exchange(true) ? 1 : 0;
     return result;
   }
 
-  void MarkClosed() {
-    if (open_.exchange(false)) {
-      --g_open;
-    }
-  }
-
-  int32_t Transfer(const char* operation, int32_t result, uint32_t length, uint32_t* count) const {
-    {
-      const test::UncountedAllocations uncounted;
-      RunHook(std::string(name_) + " " + operation);
-    }
+  int32_t Transfer(int32_t result, uint32_t length, uint32_t* count) const {
+    Note("Transfer", "", false);
     if (IsAborted()) {
       return VEXO_OK;
     }

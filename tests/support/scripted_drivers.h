@@ -10,25 +10,18 @@
 
 namespace vexo::test {
 
-// How all fake devices behave from now on, whatever thread asks them.
-//
-// A fake device takes every byte it is written and never sends any (-332). It fails transfers with -309 while it is
-// closed, and ends them with 0 bytes once it was aborted.
+// How all fake devices behave from now on. They take every byte, never send any (-332), fail transfers with -309 while
+// they are closed and end them with 0 bytes once aborted. Closing works, but says 5.
 struct DriverScript {
   int32_t configure_result = 0;
-  int32_t open_result = 0;           // Of Open.
-  int32_t open_by_class_result = 0;  // Of OpenDeviceOfClass.
-  int32_t close_result = 0;
-
-  // Called during each operation with its entry in the record.
-  std::function<void(const std::string& call)> during = {};
+  int32_t open_result = 0;
+  std::function<void(const std::string& call)> during = {};  // Called during each operation, with its name.
 };
 
 // Forgets the record.
 void SetDriverScript(DriverScript script);
 
-// The operations since then, "NET Configure vexo:/dev/bus/NET/DEVICE?ip=10.0.0.5", "USB OpenDeviceOfClass 1, 5",
-// "COM Open". Transfers are not kept: there may be very many.
+// The operations since then but for the transfers: "USB OpenDeviceOfClass 1, 5", "COM Open".
 std::vector<std::string> DriverCalls();
 
 // Fake drivers that exist now, and fake devices that are open.

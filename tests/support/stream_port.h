@@ -18,18 +18,14 @@ namespace vexo::test {
 
 class StreamPort : public VexoPort {
  public:
-  // Gives the next bytes, at most `room`, which is 1024 or more.
-  using Source = std::function<std::string(size_t room)>;
-
-  // The result of writing so many bytes.
+  using Source = std::function<std::string(size_t room)>;  // Gives the next bytes; `room` is 1024 or more.
   using WriteResult = std::function<int32_t(uint32_t length)>;
 
   explicit StreamPort(
       Source source, WriteResult write_result = [](uint32_t /*length*/) { return VEXO_OK; })
       : VexoPort(), source_(std::move(source)), write_result_(std::move(write_result)) {
     magic = VEXO_PORT_MAGIC;
-    VexoPort::Write = [](VexoPort* port, const uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t length,
-                         uint32_t* written) {
+    VexoPort::Write = [](VexoPort* port, const uint8_t*, uint32_t, uint32_t length, uint32_t* written) {
       *written = length;
       return static_cast<StreamPort*>(port)->write_result_(length);
     };
@@ -53,13 +49,10 @@ class StreamPort : public VexoPort {
 template <typename Condition>
 bool Eventually(Condition condition) {
   const auto patience_ends = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > patience_ends) {
-      return false;
-    }
+  while (!condition() && std::chrono::steady_clock::now() < patience_ends) {
     std::this_thread::yield();
   }
-  return true;
+  return condition();
 }
 
 }  // namespace vexo::test

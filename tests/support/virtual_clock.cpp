@@ -13,25 +13,16 @@ namespace {
 constexpr size_t kMostSleeps = 1000;
 constexpr int64_t kStepsPerMillisecond = 10'000;
 
-struct Clock {
-  std::mutex mutex;
-  uint64_t milliseconds = 0;
-  std::vector<uint32_t> sleeps;
-
-  std::condition_variable changed;
-  std::thread::id awake;  // None: sleeps end on every thread.
-  size_t held = 0;
-};
-
-Clock& TheClock() {
-  static Clock clock;
-  return clock;
-}
+std::mutex g_mutex;
+uint64_t g_milliseconds = 0;
+std::vector<uint32_t> g_sleeps;
+std::condition_variable g_changed;
+std::thread::id g_awake;  // None: sleeps end on every thread.
+size_t g_held = 0;
 
 uint64_t Now() {
-  Clock& clock = TheClock();
-  const std::lock_guard<std::mutex> guard(clock.mutex);
-  return clock.milliseconds;
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  return g_milliseconds;
 }
 
 }  // namespace
@@ -39,44 +30,35 @@ uint64_t Now() {
 namespace test {
 
 void SetClock(uint64_t milliseconds) {
-  Clock& clock = TheClock();
-  const std::lock_guard<std::mutex> guard(clock.mutex);
-  clock.milliseconds = milliseconds;
-  clock.sleeps.clear();
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  g_milliseconds = milliseconds;
+  g_sleeps.clear();
 }
 
 void AdvanceClock(uint32_t milliseconds) {
-  Clock& clock = TheClock();
-  const std::lock_guard<std::mutex> guard(clock.mutex);
-  clock.milliseconds += milliseconds;
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  g_milliseconds += milliseconds;
 }
 
 std::vector<uint32_t> RecordedSleeps() {
-  Clock& clock = TheClock();
-  const std::lock_guard<std::mutex> guard(clock.mutex);
-  return clock.sleeps;
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  return g_sleeps;
 }
 
 HeldSleepers::HeldSleepers() {
-  Clock& clock = TheClock();
-  const std::lock_guard<std::mutex> guard(clock.mutex);
-  clock.awake = std::this_thread::get_id();
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  g_awake = std::this_thread::get_id();
 }
 
-HeldSleepers::~HeldSleepers() { Release(); }
-
 bool HeldSleepers::Await(size_t threads) const {
-  constexpr std::chrono::seconds kPatience(60);
-  Clock& clock = TheClock();
-  std::unique_lock<std::mutex> lock(clock.mutex);
-  return clock.changed.wait_for(lock, kPatience, [&] { return clock.held >= threads; });
+  std::unique_lock<std::mutex> lock(g_mutex);
+  return g_changed.wait_for(lock, std::chrono::seconds(60), [&] { return g_held >= threads; });
 }
 
 void HeldSleepers::Release() {
-  Clock& clock = TheClock();
-  const std::lock_guard<std::mutex> guard(clock.mutex);
-  clock.awake = {};
-  clock.changed.notify_all();
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  g_awake = {};
+  g_changed.notify_all();
 }
 
 }  // namespace test
@@ -91,18 +73,14 @@ int64_t PerformanceFrequency() { return kStepsPerMillisecond * 1000; }
 
 void SleepMs(uint32_t milliseconds) {
   {
-    Clock& clock = TheClock();
-    std::unique_lock<std::mutex> lock(clock.mutex);
-    const auto may_end = [&] { return clock.awake == std::thread::id() || clock.awake == std::this_thread::get_id(); };
-    if (!may_end()) {
-      ++clock.held;
-      clock.changed.notify_all();
-      clock.changed.wait(lock, may_end);
-      --clock.held;
-    }
-    clock.milliseconds += milliseconds;
-    if (clock.sleeps.size() < kMostSleeps) {
-      clock.sleeps.push_back(milliseconds);
+    std::unique_lock<std::mutex> lock(g_mutex);
+    ++g_held;
+    g_changed.notify_all();
+    g_changed.wait(lock, [] { return g_awake == std::thread::id() || g_awake == std::this_thread::get_id(); });
+    --g_held;
+    g_milliseconds += milliseconds;
+    if (g_sleeps.size() < kMostSleeps) {
+      g_sleeps.push_back(milliseconds);
     }
   }
   YieldThread();
