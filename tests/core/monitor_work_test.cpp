@@ -124,6 +124,7 @@ TEST_F(MonitorWork, ReportsComeInOrderWithTheValueInverted) {
   Hear(test::Frame(0x102, "?0003") + Started("0007") + ValueReply(1) + Ended("0007", 0) + Started("0999") +
        Ended("-001", 5));
   EXPECT_EQ("task 7 status 1", TakeReport());
+  EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind) << "taking an event drops pending answers";
   EXPECT_EQ("task 7 status 2 value 4294967295", TakeReport());
   uint16_t status = 0;
   EXPECT_EQ(999, GetStatusReport(monitor_, &status, nullptr));

@@ -29,14 +29,15 @@ class TaskControl : public MonitorTest {
 TEST_F(TaskControl, SendsItsCommands) {
   const struct {
     uint32_t family;
+    int32_t task;
     std::string tag;
     std::string clear;
-  } rows[] = {{1, kV1Prefix + "setval \"process_id\" \"0007\"\r\n", "\x1b\x1c&cl"},
-              {0, "\x1d(H\x06\0"s + "000007", "\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"}};
+  } rows[] = {{1, 7, kV1Prefix + "setval \"process_id\" \"0007\"\r\n", "\x1b\x1c&cl"},
+              {0, 9999, "\x1d(H\x06\0"s + "009999", "\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"}};
   SetReadTimeOut(monitor_, 0);
   for (const auto& row : rows) {
     Open(row.family);
-    EXPECT_EQ(0, SetPrintTaskId(monitor_, 7));
+    EXPECT_EQ(0, SetPrintTaskId(monitor_, row.task));
     EXPECT_EQ(-7003, SetClearPrintTask(monitor_));
     uint32_t status = 0;
     EXPECT_EQ(-7003, GetDeviceStatus(monitor_, &status));
