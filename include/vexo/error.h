@@ -86,6 +86,13 @@ enum VexoResult {
   VEXO_ERROR_USB_LAYER_NOT_SUPPORTED = -1112, /**< Not supported on this system. */
   VEXO_ERROR_USB_LAYER_UNKNOWN = -1199,       /**< Any other failure. */
 
+  /* Downloads. These have no words of their own, either. */
+  VEXO_ERROR_DOWNLOAD_CANCELLED = -6004,  /**< Cancelled through setCancel. */
+  VEXO_ERROR_DOWNLOAD_MODE = -6006,       /**< The printer did not enter its download mode. */
+  VEXO_ERROR_DOWNLOAD_EMPTY = -6007,      /**< The file is empty. */
+  VEXO_ERROR_DOWNLOAD_NO_ANSWER = -6008,  /**< An expected answer did not arrive at all. */
+  VEXO_ERROR_DOWNLOAD_BAD_ANSWER = -6009, /**< The printer's answer was wrong, or a package was not confirmed. */
+
   /* Job monitor. These have no words of their own: GetErrorText's general ones stand for them. */
   VEXO_ERROR_MONITOR_PARAMETER = -7002,       /**< An argument is null or out of range. */
   VEXO_ERROR_MONITOR_NO_ANSWER = -7003,       /**< The printer gave no answer. */

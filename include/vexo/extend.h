@@ -295,6 +295,105 @@ VEXO_API int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCa
  */
 VEXO_API int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_t id);
 
+/*
+ * Downloads.
+ *
+ * Each function sends a file into the printer and returns when all is done: seconds to many minutes later. One download
+ * runs at a time in a process. Files are opened with the C library: names are in the system's ANSI code page, and
+ * files of 2 GiB and more count as empty.
+ *
+ * What happens is written to the standard output of the process as lines of text, each flushed at once, "package 12"
+ * for instance, or "failed:Enter Mode Failed...". They are the only account of a failure beyond the code.
+ *
+ * A download that fails leaves the port as it then stands, in most cases open. Codes of all downloads, in the order of
+ * the checks:
+ *
+ *   -6     null handle or wrong magic ("error handle."); also when that happens later
+ *   -309   port not open ("error handle."); also when that happens later
+ *   -1     no file name, or the file cannot be opened ("error parameters."); or it cannot be read to its end, or has
+ *          become shorter ("failed:Read File Failed...")
+ *   -6007  empty file ("failed:file is null.")
+ *   -9     not enough memory (the file is held in memory, except a firmware image)
+ *   -6004  cancelled ("Cancel...")
+ *
+ * An exception that a progress callback throws ends the download: everything is given back, and it reaches the caller
+ * (std::bad_alloc becomes -9).
+ */
+
+/** Told how far a download is, 0 to 100 percent, on the thread that called the download. */
+typedef void (*DownloadProgressCallback)(int32_t percentage);
+
+/**
+ * Ends the running download at its next step, with -6004 (-6009 while a package awaits its answer). From any thread.
+ * Without a running download it does nothing: each download starts uncancelled.
+ */
+VEXO_API void setCancel(void);
+
+/**
+ * Downloads a file in packages of 2048 bytes, each with a checksum and confirmed by the printer, then restarts the
+ * printer and closes the port: open it again when the printer is back.
+ *
+ * @param handle   printer handle with an open port.
+ * @param fileName path of the file.
+ * @param reserved not used.
+ * @param progress called with 0, with the share of the packages before each one that has been confirmed, and with 100
+ *                 when all are; may be null.
+ * @return 0; -6006 the printer did not enter its download mode; -6009 a package was not confirmed in four attempts, or
+ *         cancelled meanwhile; the codes of all downloads; -322, positive, ...: the mode switch was not written,
+ *         unchanged from the port. All failures leave the port open.
+ */
+VEXO_API int32_t downloadFile(VexoPrinterHandle* handle, const char* fileName, const void* reserved,
+                              DownloadProgressCallback progress);
+
+/**
+ * Downloads a font as downloadFile does a file, with packages of a size of the caller's choice.
+ *
+ * @param packetSize data bytes in a package, 1 to 65535. The last package is filled up with bytes of the one before.
+ * @return as downloadFile; -1 also for a bad packetSize, after the handle checks; a failure to write the restart
+ *         command is returned, too ("Reboot device failed...").
+ */
+VEXO_API int32_t DownloadFontFile(VexoPrinterHandle* handle, int32_t packetSize, const char* fileName,
+                                  const void* reserved, DownloadProgressCallback progress);
+
+/**
+ * Downloads a firmware image, segment by segment: each is a header of 76 bytes, whose bytes 4 to 7 give the length of
+ * the body that follows (little-endian). The printer goes into its update mode, comes back as another device, and is
+ * connected to anew before each header; finally it is restarted. The handle then holds the port that descriptor names,
+ * open.
+ *
+ * 0 does not tell that the printer took the image: when it cannot be connected to, or does not accept a header or a
+ * body, the result is 0, too, and only the text tells: "Openfail", "failed: ReadData failed..." (no answer) or "failed:
+ * ReadData error..." (refused). "Successfully restarted the device..." is the last line of a success.
+ *
+ * An image whose last segment is longer than what is left of the file never ends: the download repeats "Successfully
+ * distributed..." until setCancel. Check images before sending them.
+ *
+ * @param descriptor names the port of the printer in its update mode.
+ * @param progress   called with the share of body bytes sent in the size of the file, and with 100 after each body; may
+ *                   be null.
+ * @return 0, see above; the codes of all downloads; a write's own code: the command that starts the update ("write
+ *         command failed..."), image data ("failed: WriteData failed...") or the restart ("Reboot device failed...").
+ */
+VEXO_API int32_t DownloadFMWImg(VexoPrinterHandle* handle, const char* fileName, const char* descriptor,
+                                DownloadProgressCallback progress);
+
+/**
+ * Downloads a file by the printer's variety of YModem-1K, restarts the printer and closes the port.
+ *
+ * The file name travels as given; of a name that does not fit the header block of 128 bytes beside the file's size the
+ * first bytes do.
+ *
+ * @param descriptor names the port of the printer in its loader, tried 20 times; "USB" stands for the USB printer with
+ *                   the serial number of the current port. Null: the printer is in its loader already.
+ * @param progress   called with 0, with the share of blocks before each one that has been confirmed, and with 100; may
+ *                   be null.
+ * @return 0; -6006 the printer did not come back in its loader (the handle then holds no open port); -6008 no answer;
+ *         -6009 wrong answer, or a block was not confirmed; -321 a write failed; the codes of all downloads; the
+ *         write's own code: the mode switch was not written.
+ */
+VEXO_API int32_t downloadYModem(VexoPrinterHandle* handle, const char* fileName, const char* descriptor,
+                                DownloadProgressCallback progress);
+
 #ifdef __cplusplus
 }
 #endif

@@ -25,6 +25,16 @@ constexpr uint32_t ReadLittleEndian32(const uint8_t* bytes) {
   return static_cast<uint32_t>(ReadLittleEndian16(bytes)) | static_cast<uint32_t>(ReadLittleEndian16(bytes + 2)) << 16;
 }
 
+constexpr void StoreLittleEndian16(uint8_t* bytes, uint32_t value) {
+  bytes[0] = LowByte(value);
+  bytes[1] = HighByte(value);
+}
+
+constexpr void StoreLittleEndian32(uint8_t* bytes, uint32_t value) {
+  StoreLittleEndian16(bytes, value);
+  StoreLittleEndian16(bytes + 2, value >> 16);
+}
+
 }  // namespace vexo
 
 #endif  // VEXO_PROTOCOL_BYTES_H_

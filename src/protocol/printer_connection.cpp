@@ -45,13 +45,15 @@ int32_t PrinterConnection::Call(Entry VexoPort::*entry, Arguments... arguments) 
   return port->*entry != nullptr ? (port->*entry)(port, arguments...) : VEXO_ERROR_NOT_IMPLEMENTED;
 }
 
-int32_t PrinterConnection::Write(const Bytes& command) const {
+int32_t PrinterConnection::Write(const uint8_t* bytes, size_t length) const {
   uint32_t written = 0;
-  return Call(&VexoPort::Write, command.data(), 0U, static_cast<uint32_t>(command.size()), &written);
+  return Call(&VexoPort::Write, bytes, 0U, static_cast<uint32_t>(length), &written);
 }
 
+int32_t PrinterConnection::Write(const Bytes& command) const { return Write(command.data(), command.size()); }
+
 int32_t PrinterConnection::Write(std::string_view command) const {
-  return Write(Bytes(command.begin(), command.end()));
+  return Write(reinterpret_cast<const uint8_t*>(command.data()), command.size());
 }
 
 int32_t PrinterConnection::Read(uint8_t* buffer, uint32_t length, uint32_t* read) const {
@@ -60,6 +62,24 @@ int32_t PrinterConnection::Read(uint8_t* buffer, uint32_t length, uint32_t* read
 
 int32_t PrinterConnection::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) const {
   return Call(&VexoPort::ReadAvailable, buffer, from, to, read);
+}
+
+int32_t PrinterConnection::GetUri(char* buffer, size_t size) const {
+  uint32_t length = 0;
+  return Call(&VexoPort::GetUri, buffer, static_cast<uint32_t>(size), &length);
+}
+
+int32_t PrinterConnection::Close() const {
+  int32_t error = VEXO_OK;
+  VexoPort* const port = FindOpenPort(handle_, &error);
+  if (port == nullptr) {
+    return error;
+  }
+  StoreField<uint8_t>(&handle_->portOpen, 0);
+  if (LoadField(port->magic) == VEXO_PORT_MAGIC && port->Close != nullptr) {
+    port->Close(port);
+  }
+  return VEXO_OK;
 }
 
 }  // namespace vexo

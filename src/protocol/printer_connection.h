@@ -2,6 +2,7 @@
 #ifndef VEXO_PROTOCOL_PRINTER_CONNECTION_H_
 #define VEXO_PROTOCOL_PRINTER_CONNECTION_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -21,12 +22,18 @@ class PrinterConnection {
   int32_t Check() const;
 
   // Writes all of a command; how many bytes went out does not matter to the exchanges, only the result does.
+  int32_t Write(const uint8_t* bytes, size_t length) const;
   int32_t Write(const Bytes& command) const;
   int32_t Write(std::string_view command) const;
 
   // *read may exceed `length` or `to - from`: USB ports count the bytes of a longer packet that were dropped.
   int32_t Read(uint8_t* buffer, uint32_t length, uint32_t* read) const;
   int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) const;
+
+  int32_t GetUri(char* buffer, size_t size) const;
+
+  // Marks the handle closed, then closes the port. What the port's Close returns does not matter: 0, -6 or -309.
+  int32_t Close() const;
 
  private:
   template <typename Entry, typename... Arguments>

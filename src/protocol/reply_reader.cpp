@@ -11,6 +11,8 @@
 namespace vexo {
 namespace {
 
+constexpr uint32_t kSmallReply = 512;  // Larger ones take memory for the time of the call.
+
 void Pause(int64_t milliseconds) {
   constexpr int64_t kLongest = std::numeric_limits<uint32_t>::max();
   platform::SleepMs(static_cast<uint32_t>(std::min(milliseconds, kLongest)));
@@ -29,14 +31,16 @@ int32_t ReadReply(VexoPrinterHandle* handle, uint8_t* destination, uint32_t firs
     return VEXO_ERROR_PARAMETER;
   }
   const uint32_t size = end - first;
-  Bytes work(size);
+  uint8_t small[kSmallReply];
+  Bytes large(size > kSmallReply ? size : 0);
+  uint8_t* const work = large.empty() ? small : large.data();
   uint32_t total = 0;
   for (int32_t tried = 0;;) {
     uint32_t received = 0;
-    const int32_t result = printer.ReadAvailable(work.data(), 0, size, &received);
+    const int32_t result = printer.ReadAvailable(work, 0, size, &received);
     // The count may exceed the room, see PrinterConnection.
     const uint32_t copied = std::min({received, size, size - total});
-    std::copy_n(work.begin(), copied, destination + first + total);
+    std::copy_n(work, copied, destination + first + total);
     total += copied;
 
     const bool failed = result != VEXO_OK && result != VEXO_ERROR_IO_READ_TIMEOUT;

@@ -113,8 +113,9 @@ TEST_F(ReplyReader, RefusesBeforeAnythingIsReceived) {
     EXPECT_EQ(row.code, ReadReply(&handle_, buffer, 2, row.end, &stored, 1, 0));
   }
   handle_ = good;
+  uint8_t large[1024];  // Small replies take no memory.
   test::AllocationFault fault(1);
-  EXPECT_THROW(ReadReply(&handle_, buffer, 2, 10, &stored, 1, 0), std::bad_alloc);
+  EXPECT_THROW(ReadReply(&handle_, large, 0, sizeof(large), &stored, 1, 0), std::bad_alloc);
   fault.Lift();
   EXPECT_EQ(0U, port.Operations().size());
 }

@@ -41,11 +41,12 @@ std::string ExportedNames(HMODULE library) {
 
 TEST(ModuleTest, ExportsWhatHostsImport) {
   EXPECT_EQ(ExportedNames(Library()),
-            "AddReprintMonitorFun CloseReprintMonitorWork DestroyReprintMonitorObj DiskPortOpen GetDeviceStatus "
-            "GetExtendVersion GetLastErrorCode GetPrintWidth GetPrinterTaskOverInfo GetReprintMonitorObj "
-            "GetStatusReport OpenReprintMonitorWork QueryReprintMonitorWork RegisterPrinter RemoveReprintMonitorFun "
-            "ResetPrinterInteriorId ScannerGunPortOpen ScannerPortOpen SelectSDKRepintType SetClearPrintTask "
-            "SetDelayTime SetPaperFeed SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut ");
+            "AddReprintMonitorFun CloseReprintMonitorWork DestroyReprintMonitorObj DiskPortOpen DownloadFMWImg "
+            "DownloadFontFile GetDeviceStatus GetExtendVersion GetLastErrorCode GetPrintWidth GetPrinterTaskOverInfo "
+            "GetReprintMonitorObj GetStatusReport OpenReprintMonitorWork QueryReprintMonitorWork RegisterPrinter "
+            "RemoveReprintMonitorFun ResetPrinterInteriorId ScannerGunPortOpen ScannerPortOpen SelectSDKRepintType "
+            "SetClearPrintTask SetDelayTime SetPaperFeed SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut "
+            "downloadFile downloadYModem setCancel ");
 }
 
 TEST(ModuleTest, CarriesItsVersion) {

@@ -1,0 +1,167 @@
+#include "download/firmware_download.h"
+
+#include <algorithm>
+
+#include "download/session.h"
+#include "download/trace.h"
+#include "platform/clock.h"
+#include "port/handle_port.h"
+#include "protocol/v1_command.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+// A segment: a header whose bytes 4 to 7 give the length of the body behind it.
+constexpr size_t kHeaderSize = 76;
+constexpr size_t kBodyLengthOffset = 4;
+constexpr size_t kChunkSize = 1024;
+
+constexpr std::string_view kUpdateModeAction = "dfu";
+constexpr uint8_t kAccepted = 0;
+constexpr uint32_t kHeaderAnswerDelayMs = 200;
+constexpr int32_t kHeaderAnswerTries = 1;
+constexpr int32_t kBodyAnswerTries = 100;
+
+constexpr char kDistributed[] = "Successfully distributed...\n";
+constexpr char kWriteFailed[] = "failed: WriteData failed...\n";
+
+class FirmwareDownload {
+ public:
+  FirmwareDownload(DownloadSession* session, const char* descriptor)
+      : session_(session), descriptor_(descriptor), size_(static_cast<uint32_t>(session->file().size())) {}
+
+  Ending EnterUpdateMode() const {
+    downloadTrace("Enter Upgrade mode...\n");
+    session_->flushInput();
+    const int32_t written = session_->printer().Write(BuildDoCommand(kUpdateModeAction));
+    if (written != VEXO_OK) {
+      return Fail(written, "write command failed...\n");
+    }
+    session_->flushInput();
+    return session_->CheckCancelled();
+  }
+
+  // A header is always followed by a turn for its body, also at the file's end.
+  Ending SendSegments() {
+    while (consumed_ < size_ || header_confirmed_) {
+      if (const Ending end = session_->CheckCancelled()) {
+        return end;
+      }
+      if (const Ending end = header_confirmed_ ? TakeBodyTurn() : TakeHeaderTurn()) {
+        return end;
+      }
+      downloadTrace(kDistributed);
+    }
+    return std::nullopt;
+  }
+
+ private:
+  // The printer comes back as another device for each segment.
+  Ending TakeHeaderTurn() {
+    uint8_t header[kHeaderSize] = {};
+    const size_t left = std::min<uint64_t>(kHeaderSize, size_ - consumed_);
+    if (session_->file().Read(header, left) != left) {
+      return Fail(VEXO_ERROR_PARAMETER, kReadFileFailedTrace);
+    }
+    if (ReconnectHandle(session_->handle(), descriptor_) != VEXO_OK) {
+      return Fail(VEXO_OK, "Openfail");
+    }
+    const int32_t written = session_->printer().Write(header, sizeof(header));
+    if (written != VEXO_OK) {
+      return Fail(written, kWriteFailed);
+    }
+    platform::SleepMs(kHeaderAnswerDelayMs);
+    if (const Ending end = AwaitAcceptance(kHeaderAnswerTries)) {
+      return end;
+    }
+    consumed_ += kHeaderSize;
+    body_length_ = ReadLittleEndian32(header + kBodyLengthOffset);
+    header_confirmed_ = true;
+    return std::nullopt;
+  }
+
+  Ending TakeBodyTurn() {
+    if (!header_confirmed_) {
+      return Fail(VEXO_OK, "failed: Lower computer response failed...\n");
+    }
+    const uint64_t body_end = consumed_ + body_length_;
+    if (body_end > size_) {
+      return std::nullopt;  // Kept: such an image is never completed, and only setCancel ends the download.
+    }
+    if (const Ending end = SendBody(body_end)) {
+      return end;
+    }
+    session_->ReportProgress(100);
+    header_confirmed_ = false;
+    return AwaitAcceptance(kBodyAnswerTries);
+  }
+
+  Ending SendBody(uint64_t body_end) {
+    while (consumed_ < body_end) {
+      if (const Ending end = session_->CheckCancelled()) {
+        return end;
+      }
+      uint8_t chunk[kChunkSize];
+      const size_t wanted = std::min<uint64_t>(kChunkSize, body_end - consumed_);
+      const size_t available = session_->file().Read(chunk, wanted);
+      const int32_t written = available > 0 ? session_->printer().Write(chunk, available) : VEXO_OK;
+      if (written != VEXO_OK) {
+        return Fail(written, kWriteFailed);
+      }
+      if (available != wanted) {
+        return Fail(VEXO_ERROR_PARAMETER, kReadFileFailedTrace);
+      }
+      consumed_ += wanted;
+      body_sent_ += static_cast<uint32_t>(wanted);
+      session_->ReportProgress(body_sent_, size_);
+    }
+    return std::nullopt;
+  }
+
+  // Failures end the download with 0; the trace alone tells them from success. Hosts rely on it.
+  Ending AwaitAcceptance(int32_t tries) const {
+    uint8_t answer = 0;
+    uint32_t received = 0;
+    for (int32_t i = 0; i < tries && received == 0; ++i) {
+      session_->readExact(&answer, 1, &received);
+    }
+    if (received != 1) {
+      return Fail(VEXO_OK, "failed: ReadData failed...\n");
+    }
+    return answer == kAccepted ? std::nullopt : Fail(VEXO_OK, "failed: ReadData error...\n");
+  }
+
+  DownloadSession* const session_;
+  const char* const descriptor_;
+  const uint32_t size_;
+  uint64_t consumed_ = 0;  // Bytes of the file, headers and bodies.
+  uint32_t body_sent_ = 0;
+  uint32_t body_length_ = 0;
+  bool header_confirmed_ = false;
+};
+
+}  // namespace
+
+int32_t DownloadFirmware(VexoPrinterHandle* handle, const char* file_name, const char* descriptor,
+                         DownloadProgressCallback progress) {
+  DownloadSession session(handle, progress);
+  if (const Ending end = session.CheckHandle()) {
+    return *end;
+  }
+  if (const Ending end = session.OpenFile(file_name, "failed:file is null.")) {
+    return *end;
+  }
+  FirmwareDownload download(&session, descriptor);
+  if (const Ending end = download.EnterUpdateMode()) {
+    return *end;
+  }
+  if (const Ending end = download.SendSegments()) {
+    return *end;
+  }
+  session.file().Close();
+  downloadTrace("Download firmware complete...\n");
+  return session.Restart().value_or(VEXO_OK);
+}
+
+}  // namespace vexo

@@ -1,0 +1,197 @@
+#include "download/packet_download.h"
+
+#include <algorithm>
+#include <limits>
+
+#include "download/package.h"
+#include "download/session.h"
+#include "download/trace.h"
+#include "platform/clock.h"
+#include "protocol/v1_command.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+constexpr int32_t kFilePacketSize = 2048;
+constexpr int32_t kMaxPacketSize = std::numeric_limits<uint16_t>::max();  // The count of a package has 16 bits.
+constexpr int32_t kAttempts = 4;
+constexpr uint32_t kAnswerDelayMs = 20;
+constexpr int32_t kAnswerReads = 31;
+
+constexpr uint8_t kFileMode[] = {0x12, 0x46};
+constexpr std::string_view kFontModeAction = "font_download_quick";
+constexpr uint8_t kModeEntered[] = {'O', 'K'};
+constexpr uint8_t kFontEnd[] = {'^', 'E', 'N', 'D'};
+
+// What files and fonts have in common: everything between the mode switch and the restart.
+class PacketDownload {
+ public:
+  PacketDownload(DownloadSession* session, int32_t packet_size, Filler filler)
+      : session_(session), packet_size_(packet_size), filler_(filler) {}
+
+  Ending Prepare() {
+    package_ = MakePackage(static_cast<size_t>(packet_size_));
+    if (const Ending end = session_->ReadFile(&content_)) {
+      return end;
+    }
+    count_ = CountPieces(session_->file().size(), packet_size_);
+    return count_ == 0 ? Fail(VEXO_ERROR_DOWNLOAD_EMPTY, "failed:no packages...\n") : std::nullopt;
+  }
+
+  Ending EnterMode(const Bytes& mode_switch) const {
+    downloadTrace("Enter Upgrade mode...\n");
+    session_->flushInput();
+    const int32_t written = session_->printer().Write(mode_switch);
+    if (written != VEXO_OK) {
+      return Fail(written, "failed: WriteData failed...\n");
+    }
+    uint8_t answer[sizeof(kModeEntered)] = {};
+    uint32_t received = 0;
+    session_->readExact(answer, sizeof(answer), &received);
+    const bool entered = received >= sizeof(answer) && std::equal(answer, answer + sizeof(answer), kModeEntered);
+    return entered ? std::nullopt : Fail(VEXO_ERROR_DOWNLOAD_MODE, "failed:Enter Mode Failed...\n");
+  }
+
+  Ending SendPackages() {
+    session_->flushInput();
+    downloadTrace("Ready to send file...\n");
+    session_->ReportProgress(0);
+    for (uint32_t i = 0; i < count_; ++i) {
+      if (const Ending end = session_->CheckCancelled()) {
+        return end;
+      }
+      downloadTrace("package %d\n", static_cast<int>(i));
+      Fill(i);
+      if (const Ending end = SendUntilConfirmed()) {
+        return end;
+      }
+      session_->ReportProgress(i, count_);
+    }
+    session_->ReportProgress(100);
+    return std::nullopt;
+  }
+
+ private:
+  void Fill(uint32_t index) {
+    const auto packet_size = static_cast<size_t>(packet_size_);
+    const size_t start = index * packet_size;
+    FillPackage(&package_, index, content_.data() + start, std::min(content_.size() - start, packet_size), filler_);
+  }
+
+  Ending SendUntilConfirmed() const {
+    for (int32_t attempt = 1; !SendOnce(); ++attempt) {
+      if (attempt == kAttempts || session_->IsCancelled()) {
+        return Fail(VEXO_ERROR_DOWNLOAD_BAD_ANSWER, "failed:Slave Response Failed.........\n");
+      }
+    }
+    return std::nullopt;
+  }
+
+  bool SendOnce() const {
+    if (session_->printer().Write(package_) != VEXO_OK) {
+      downloadTrace("failed:WriteData Failed...\n");
+      return false;
+    }
+    platform::SleepMs(kAnswerDelayMs);
+    uint8_t answer[kPackageAnswerSize] = {};
+    if (!CollectAnswer(answer)) {
+      return false;
+    }
+    const PackageAnswer verdict = JudgeAnswer(package_, answer);
+    if (verdict == PackageAnswer::kBadChecksum) {
+      downloadTrace("failed:Slave Response Failed...\n");
+    }
+    return verdict == PackageAnswer::kConfirmed;
+  }
+
+  // Unlike the answer to the mode switch, this one may come in pieces.
+  bool CollectAnswer(uint8_t* answer) const {
+    uint32_t total = 0;
+    for (int32_t i = 0; i < kAnswerReads && total < kPackageAnswerSize && !session_->IsCancelled(); ++i) {
+      uint32_t received = 0;
+      session_->printer().Read(answer + total, kPackageAnswerSize - total, &received);
+      total += received;
+    }
+    return total >= kPackageAnswerSize;
+  }
+
+  DownloadSession* const session_;
+  const int32_t packet_size_;
+  const Filler filler_;
+  Bytes content_;
+  Bytes package_;
+  uint32_t count_ = 0;
+};
+
+int32_t RestartAfterFile(DownloadSession* session) {
+  downloadTrace("restart printer...\n");
+  session->sendDoCommand(kResetPrinter);
+  const int32_t closed = session->printer().Close();
+  if (closed != VEXO_OK) {
+    return closed;
+  }
+  session->Complete();
+  return VEXO_OK;
+}
+
+int32_t RestartAfterFont(DownloadSession* session) {
+  downloadTrace("restart printer...\n");
+  session->printer().Write(kFontEnd, sizeof(kFontEnd));
+  if (const Ending end = session->Restart()) {
+    return *end;
+  }
+  session->printer().Close();
+  session->Complete();
+  return VEXO_OK;
+}
+
+}  // namespace
+
+int32_t DownloadPackets(VexoPrinterHandle* handle, const char* file_name, DownloadProgressCallback progress) {
+  DownloadSession session(handle, progress);
+  if (const Ending end = session.CheckHandle()) {
+    return *end;
+  }
+  if (const Ending end = session.OpenFile(file_name, "failed:file is null.file is null.")) {
+    return *end;
+  }
+  PacketDownload download(&session, kFilePacketSize, Filler::kZeros);
+  if (const Ending end = download.Prepare()) {
+    return *end;
+  }
+  if (const Ending end = download.EnterMode({std::begin(kFileMode), std::end(kFileMode)})) {
+    return *end;
+  }
+  if (const Ending end = download.SendPackages()) {
+    return *end;
+  }
+  return RestartAfterFile(&session);
+}
+
+int32_t DownloadFontPackets(VexoPrinterHandle* handle, int32_t packet_size, const char* file_name,
+                            DownloadProgressCallback progress) {
+  DownloadSession session(handle, progress);
+  if (const Ending end = session.CheckHandle()) {
+    return *end;
+  }
+  if (packet_size < 1 || packet_size > kMaxPacketSize) {
+    return *Fail(VEXO_ERROR_PARAMETER, "error parameters.");
+  }
+  if (const Ending end = session.OpenFile(file_name, "failed: The file is empty.")) {
+    return *end;
+  }
+  PacketDownload download(&session, packet_size, Filler::kPreviousPackage);
+  if (const Ending end = download.Prepare()) {
+    return *end;
+  }
+  if (const Ending end = download.EnterMode(BuildDoCommand(kFontModeAction))) {
+    return *end;
+  }
+  if (const Ending end = download.SendPackages()) {
+    return *end;
+  }
+  return RestartAfterFont(&session);
+}
+
+}  // namespace vexo

@@ -1,0 +1,17 @@
+// Downloads by the printer's variety of YModem-1K, into its loader.
+#ifndef VEXO_DOWNLOAD_YMODEM_DOWNLOAD_H_
+#define VEXO_DOWNLOAD_YMODEM_DOWNLOAD_H_
+
+#include <cstdint>
+
+#include "vexo/extend.h"
+
+namespace vexo {
+
+// See downloadYModem. Throws std::bad_alloc.
+int32_t DownloadYModem(VexoPrinterHandle* handle, const char* file_name, const char* descriptor,
+                       DownloadProgressCallback progress);
+
+}  // namespace vexo
+
+#endif  // VEXO_DOWNLOAD_YMODEM_DOWNLOAD_H_
