@@ -39,7 +39,10 @@ class FakeDriver : public DevicePort {
     return result;
   }
 
-  int32_t Open() override { return MarkOpen(Note("Open").open_result); }
+  int32_t Open() override {
+    const test::DriverScript script = Note("Open");
+    return MarkOpen(script.on_open ? script.on_open() : script.open_result);
+  }
 
   int32_t OpenDeviceOfClass(uint32_t first_class, uint32_t class_count) override {
     const test::UncountedAllocations uncounted;
@@ -60,16 +63,25 @@ class FakeDriver : public DevicePort {
 
   int32_t CheckOpen() override { return open_ ? VEXO_OK : VEXO_ERROR_IO_NOT_OPEN; }
 
-  int32_t Write(const uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t length, uint32_t* written) override {
-    return Transfer(VEXO_OK, length, written);
+  int32_t Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) override {
+    return Transfer([&](const test::DriverScript& script) {
+      *written = length;
+      return script.on_write ? script.on_write(buffer + offset, length) : VEXO_OK;
+    });
   }
 
-  int32_t Read(uint8_t* /*buffer*/, uint32_t /*offset*/, uint32_t /*length*/, uint32_t* read) override {
-    return Transfer(VEXO_ERROR_IO_READ_TIMEOUT, 0, read);
+  int32_t Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) override {
+    return Transfer([&](const test::DriverScript& script) {
+      *read = script.on_read ? script.on_read(buffer + offset, length) : 0;
+      return *read < length ? VEXO_ERROR_IO_READ_TIMEOUT : VEXO_OK;
+    });
   }
 
-  int32_t ReadAvailable(uint8_t* /*buffer*/, uint32_t /*from*/, uint32_t /*to*/, uint32_t* read) override {
-    return Transfer(VEXO_OK, 0, read);
+  int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) override {
+    return Transfer([&](const test::DriverScript& script) {
+      *read = script.on_read ? script.on_read(buffer + from, to - from) : 0;
+      return int32_t{VEXO_OK};
+    });
   }
 
  private:
@@ -95,16 +107,14 @@ class FakeDriver : public DevicePort {
     return result;
   }
 
-  int32_t Transfer(int32_t result, uint32_t length, uint32_t* count) const {
-    Note("Transfer", "", false);
+  template <typename Operation>
+  int32_t Transfer(Operation operation) const {
+    const test::DriverScript script = Note("Transfer", "", false);
     if (IsAborted()) {
       return VEXO_OK;
     }
-    if (!open_) {
-      return VEXO_ERROR_IO_NOT_OPEN;
-    }
-    *count = length;
-    return result;
+    const test::UncountedAllocations uncounted;
+    return open_ ? operation(script) : VEXO_ERROR_IO_NOT_OPEN;
   }
 
   const char* const name_;

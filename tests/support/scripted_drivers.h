@@ -10,12 +10,16 @@
 
 namespace vexo::test {
 
-// How all fake devices behave from now on. They take every byte, never send any (-332), fail transfers with -309 while
-// they are closed and end them with 0 bytes once aborted. Closing works, but says 5.
+// How all fake devices behave from now on. Unless told otherwise they take every byte and never send any (-332; 0 from
+// ReadAvailable). They fail transfers with -309 while they are closed and end them with 0 bytes once aborted. Closing
+// works, but says 5.
 struct DriverScript {
   int32_t configure_result = 0;
   int32_t open_result = 0;
   std::function<void(const std::string& call)> during = {};  // Called during each operation, with its name.
+  std::function<int32_t()> on_open = {};                     // Instead of open_result.
+  std::function<int32_t(const uint8_t* bytes, uint32_t length)> on_write = {};
+  std::function<uint32_t(uint8_t* buffer, uint32_t room)> on_read = {};  // Gives the bytes sent; 0: none.
 };
 
 // Forgets the record.

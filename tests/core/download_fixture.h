@@ -1,0 +1,71 @@
+// Downloads on the virtual clock, into a printer that takes all four kinds and fails where a test wants it to.
+#ifndef VEXO_TESTS_CORE_DOWNLOAD_FIXTURE_H_
+#define VEXO_TESTS_CORE_DOWNLOAD_FIXTURE_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "protocol/bytes.h"
+#include "vexo/extend.h"
+
+namespace vexo::test {
+
+using Pieces = std::vector<Bytes>;
+
+constexpr char kRestartCommand[] = "\x1b\x1c& V1 do \"reset_printer\"\r\n";
+
+// Bytes that repeat only after 251, so that no block looks like its neighbour.
+Bytes FileContent(size_t size);
+
+class DownloadTest : public ::testing::Test {
+ protected:
+  struct Result {
+    int32_t code = 0;
+    std::string trace;
+
+    std::string LastLine() const;
+  };
+
+  void SetUp() override;
+  void TearDown() override;
+
+  // A file with these bytes; its name.
+  std::string MakeFile(const Bytes& content);
+
+  // Starts afresh, with the port open at time 0, and runs a download.
+  Result Run(const std::function<int32_t(VexoPrinterHandle*, DownloadProgressCallback)>& download);
+
+  VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+
+  // What the next runs do to the download. Writes and answers are counted from 0.
+  int failing_write_ = -1;
+  std::function<void(int write)> on_write_ = {};
+  std::function<Pieces(int answer, const Bytes& sound)> alter_answer_ = {};
+  std::function<void(int32_t percentage)> on_progress_ = {};
+  int refused_connects_ = 0;
+
+  // What the last run did.
+  Pieces written_;
+  int answers_ = 0;
+  int connects_ = 0;
+  std::vector<int32_t> progress_;
+
+ private:
+  int32_t Receive(const Bytes& bytes);
+  uint32_t Send(uint8_t* buffer, uint32_t room);
+  void Answer(const Bytes& sound);
+  void AnswerFirmware(const Bytes& bytes);
+
+  std::deque<Bytes> to_send_;
+  uint32_t body_left_ = 0;
+  std::string file_;
+};
+
+}  // namespace vexo::test
+
+#endif  // VEXO_TESTS_CORE_DOWNLOAD_FIXTURE_H_

@@ -1,0 +1,181 @@
+// Firmware images, segment by segment.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+#include "core/download_fixture.h"
+#include "support/scripted_drivers.h"
+#include "support/scripted_port.h"
+#include "support/virtual_clock.h"
+
+namespace vexo {
+namespace {
+
+constexpr size_t kHeaderSize = 76;
+
+Bytes Segment(uint32_t length, size_t body_size) {
+  Bytes segment = test::FileContent(kHeaderSize);
+  StoreLittleEndian32(segment.data() + 4, length);
+  Append(&segment, test::FileContent(body_size));
+  return segment;
+}
+
+Bytes ImageOf(const std::vector<uint32_t>& bodies) {
+  Bytes image;
+  for (const uint32_t size : bodies) {
+    Append(&image, Segment(size, size));
+  }
+  return image;
+}
+
+class FirmwareDownloadTest : public test::DownloadTest {
+ protected:
+  Result Download(const Bytes& image, const char* descriptor = "NET,dfu") {
+    const std::string name = MakeFile(image);
+    return Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
+      return DownloadFMWImg(handle, name.c_str(), descriptor, progress);
+    });
+  }
+
+  Bytes WrittenFrom(size_t first) const {
+    Bytes all;
+    for (size_t i = first; i < written_.size(); ++i) {
+      Append(&all, written_[i]);
+    }
+    return all;
+  }
+};
+
+TEST_F(FirmwareDownloadTest, ConnectsAnewForEachSegment) {
+  const Bytes image = ImageOf({2500, 0, 10});
+  const Result result = Download(image);
+  EXPECT_EQ(0, result.code);
+  const std::string distributed = "Successfully distributed...\n";
+  EXPECT_EQ("filename =" + MakeFile(image) + "\ntotalFileSize =2738\nEnter Upgrade mode...\n" + distributed +
+                distributed + distributed + distributed + distributed + distributed +
+                "Download firmware complete...\nSuccessfully restarted the device...\n",
+            result.trace);
+  Bytes expected = image;
+  Append(&expected, test::kRestartCommand);
+  EXPECT_EQ(test::BytesOf("\x1b\x1c& V1 do \"dfu\"\r\n"), written_[0]);
+  EXPECT_EQ(expected, WrittenFrom(1));
+  std::vector<size_t> sizes;
+  for (const Bytes& bytes : written_) {
+    sizes.push_back(bytes.size());
+  }
+  EXPECT_EQ((std::vector<size_t>{17, 76, 1024, 1024, 452, 76, 76, 10, 27}), sizes);
+  EXPECT_EQ((std::vector<int32_t>{37, 74, 91, 100, 100, 91, 100}), progress_);
+  EXPECT_EQ((std::vector<uint32_t>{200, 200, 200}), test::RecordedSleeps());
+  EXPECT_EQ(3, connects_);
+  EXPECT_EQ(1, handle_.portOpen);
+  EXPECT_EQ(1, test::OpenDevices());
+  EXPECT_EQ(VEXO_PORT_NET, handle_.port->kind);
+}
+
+TEST_F(FirmwareDownloadTest, EmptyBodyHasItsTurn) {
+  EXPECT_EQ("Successfully restarted the device...", Download(ImageOf({0})).LastLine());
+  EXPECT_EQ(std::vector<int32_t>{100}, progress_);
+  EXPECT_EQ(2, answers_);
+}
+
+// Hosts tell these from success by the last line alone.
+TEST_F(FirmwareDownloadTest, FailureAtEachStep) {
+  const Bytes image = ImageOf({1500, 10});
+  const char* const write_failed = "failed: WriteData failed...";
+  const char* const lines[] = {
+      "write command failed...", write_failed, write_failed, write_failed, write_failed, write_failed,
+      "Reboot device failed..."};
+  for (int write = 0; write < 7; ++write) {
+    SCOPED_TRACE(write);
+    failing_write_ = write;
+    const Result result = Download(image);
+    EXPECT_EQ(-322, result.code);
+    EXPECT_EQ(lines[write], result.LastLine());
+    EXPECT_EQ(1, handle_.portOpen);
+  }
+  failing_write_ = -1;
+  for (int failing = 0; failing < 4; ++failing) {
+    for (const test::Pieces& instead : {test::Pieces{}, test::Pieces{{1}}}) {
+      SCOPED_TRACE(testing::Message() << failing << ", " << instead.size());
+      alter_answer_ = [&](int answer, const Bytes& sound) { return answer == failing ? instead : test::Pieces{sound}; };
+      const Result result = Download(image);
+      EXPECT_EQ(0, result.code);
+      EXPECT_EQ(instead.empty() ? "failed: ReadData failed..." : "failed: ReadData error...", result.LastLine());
+      // A body is waited for a hundred times longer than a header.
+      const size_t reads = !instead.empty() ? 0 : failing % 2 == 0 ? 1 : 100;
+      EXPECT_EQ(failing / 2 + 1 + 5 * reads, test::RecordedSleeps().size());
+    }
+  }
+  alter_answer_ = nullptr;
+  refused_connects_ = 1;
+  const Result refused = Download(image);
+  EXPECT_EQ(0, refused.code);
+  EXPECT_EQ("Openfail", refused.LastLine());
+  EXPECT_EQ(0, handle_.portOpen);
+  refused_connects_ = 0;
+  EXPECT_EQ("Openfail", Download(image, nullptr).LastLine());
+  EXPECT_EQ("Openfail", Download(image, "no such port").LastLine());
+  on_write_ = [this](int) { handle_.magic = 1; };
+  EXPECT_EQ("Openfail", Download(image).LastLine());
+  handle_.magic = VEXO_PRINTER_MAGIC;
+}
+
+TEST_F(FirmwareDownloadTest, CancelledAtEachPoint) {
+  const Bytes image = ImageOf({1500, 10});
+  for (int write = 0; write < 7; ++write) {
+    SCOPED_TRACE(write);
+    on_write_ = [=](int now) {
+      if (now == write) {
+        setCancel();
+      }
+    };
+    const Result result = Download(image);
+    EXPECT_EQ(write < 5 ? -6004 : 0, result.code);
+    EXPECT_EQ(write < 5 ? "Cancel..." : "Successfully restarted the device...", result.LastLine());
+    EXPECT_EQ(write < 5 ? write + 1U : 7U, written_.size());
+  }
+}
+
+// Such an image has no other end: a host checks its images, or cancels.
+TEST_F(FirmwareDownloadTest, ImageThatDoesNotAddUpRepeatsItselfUntilCancelled) {
+  const Bytes tail = Segment(0, 0);
+  Bytes with_tail = ImageOf({5});
+  with_tail.insert(with_tail.end(), tail.begin(), tail.begin() + 10);
+  const struct {
+    Bytes image;
+    size_t writes;  // After the mode switch.
+  } rows[] = {{Segment(11, 10), 1}, {Segment(0xFFFFFFFF, 10), 1}, {Segment(1, 0), 1}, {with_tail, 3}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    std::thread canceller;
+    on_write_ = [&](int write) {
+      if (write == static_cast<int>(row.writes)) {
+        canceller = std::thread([] { setCancel(); });
+      }
+    };
+    const Result result = Download(row.image);
+    canceller.join();
+    EXPECT_EQ(-6004, result.code);
+    EXPECT_EQ("Cancel...", result.LastLine());
+    EXPECT_EQ(row.writes + 1, written_.size());
+  }
+}
+
+TEST_F(FirmwareDownloadTest, FileThatShrinksIsNotCompletedWithOtherBytes) {
+  const Bytes image = ImageOf({200000, 10});
+  bool shrunk = false;
+  on_progress_ = [&](int32_t) {
+    if (!shrunk) {
+      shrunk = true;
+      MakeFile(Bytes(image.begin(), image.begin() + 150000));
+    }
+  };
+  const Result result = Download(image);
+  EXPECT_EQ(-1, result.code);
+  EXPECT_EQ("failed:Read File Failed...", result.LastLine());
+  EXPECT_EQ(Bytes(image.begin(), image.begin() + 150000), WrittenFrom(1));
+}
+
+}  // namespace
+}  // namespace vexo

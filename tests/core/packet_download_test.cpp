@@ -1,0 +1,325 @@
+// Files and fonts, in packages.
+#include <numeric>
+#include <string>
+
+#include "core/download_fixture.h"
+#include "port/handle_port.h"
+#include "support/allocation_faults.h"
+#include "support/scripted_port.h"
+#include "support/virtual_clock.h"
+
+namespace vexo {
+namespace {
+
+constexpr char kFontMode[] = "\x1b\x1c& V1 do \"font_download_quick\"\r\n";
+
+class PacketDownloadTest : public test::DownloadTest {
+ protected:
+  Result DownloadFile(const Bytes& content) {
+    const std::string name = MakeFile(content);
+    return Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
+      return downloadFile(handle, name.c_str(), nullptr, progress);
+    });
+  }
+
+  Result DownloadFont(const Bytes& content, int32_t packet_size) {
+    const std::string name = MakeFile(content);
+    return Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
+      return DownloadFontFile(handle, packet_size, name.c_str(), "ignored", progress);
+    });
+  }
+};
+
+// Built byte by byte from the layout: magic, index, count, data area, sum.
+Bytes PackageOf(uint32_t index, const Bytes& file_bytes, const Bytes& filler) {
+  Bytes package = {0xDD, 0xCC, 0xBB, 0xAA};
+  for (int i = 0; i < 4; ++i) {
+    package.push_back(static_cast<uint8_t>(index >> (8 * i)));
+  }
+  package.push_back(static_cast<uint8_t>(file_bytes.size() % 256));
+  package.push_back(static_cast<uint8_t>(file_bytes.size() / 256));
+  Append(&package, file_bytes);
+  Append(&package, filler);
+  const unsigned sum = std::accumulate(package.begin(), package.end(), 0U);
+  package.push_back(static_cast<uint8_t>(sum % 256));
+  package.push_back(static_cast<uint8_t>(sum / 256 % 256));
+  return package;
+}
+
+Bytes Part(const Bytes& content, size_t from, size_t to) {
+  return {content.begin() + static_cast<ptrdiff_t>(from), content.begin() + static_cast<ptrdiff_t>(to)};
+}
+
+TEST_F(PacketDownloadTest, FileTravelsInPackagesFilledWithZeros) {
+  const Bytes content = test::FileContent(2 * 2048 + 1);
+  const Result result = DownloadFile(content);
+  EXPECT_EQ(0, result.code);
+  EXPECT_EQ("filename =" + MakeFile(content) +
+                "\ntotalFileSize =4097\nEnter Upgrade mode...\nReady to send file...\npackage 0\npackage 1\npackage 2\n"
+                "restart printer...\nCompleted...\n",
+            result.trace);
+  EXPECT_EQ((test::Pieces{{0x12, 0x46},
+                          PackageOf(0, Part(content, 0, 2048), {}),
+                          PackageOf(1, Part(content, 2048, 4096), {}),
+                          PackageOf(2, Part(content, 4096, 4097), Bytes(2047)),
+                          test::BytesOf(test::kRestartCommand)}),
+            written_);
+  EXPECT_EQ((std::vector<int32_t>{0, 0, 33, 66, 100}), progress_);
+  EXPECT_EQ((std::vector<uint32_t>{20, 20, 20}), test::RecordedSleeps());
+  EXPECT_EQ(0, handle_.portOpen);
+}
+
+// Printers take the end of the package before as filler, but for two bytes.
+TEST_F(PacketDownloadTest, FontTravelsInPackagesFilledWithTheOneBefore) {
+  const Bytes content = test::FileContent(21);
+  const Result result = DownloadFont(content, 10);
+  EXPECT_EQ(0, result.code);
+  EXPECT_EQ("filename =" + MakeFile(content) +
+                "\ntotalFileSize =21\nEnter Upgrade mode...\nReady to send file...\npackage 0\npackage 1\npackage 2\n"
+                "restart printer...\nSuccessfully restarted the device...\nCompleted...\n",
+            result.trace);
+  Bytes filler = Part(content, 11, 20);
+  filler[0] = 0;
+  EXPECT_EQ((test::Pieces{test::BytesOf(kFontMode), PackageOf(0, Part(content, 0, 10), {}),
+                          PackageOf(1, Part(content, 10, 20), {}), PackageOf(2, Part(content, 20, 21), filler),
+                          test::BytesOf("^END"), test::BytesOf(test::kRestartCommand)}),
+            written_);
+  EXPECT_EQ((std::vector<int32_t>{0, 0, 33, 66, 100}), progress_);
+  EXPECT_EQ(0, handle_.portOpen);
+}
+
+TEST_F(PacketDownloadTest, PackagesHaveTheSizeOfTheirLimits) {
+  const struct {
+    size_t size;
+    int32_t packet_size;
+    size_t packages;
+  } rows[] = {{3, 1, 3}, {2048, 2048, 1}, {2049, 2048, 2}, {65536, 65535, 2}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(0, DownloadFont(test::FileContent(row.size), row.packet_size).code);
+    EXPECT_EQ(row.packages + 3, written_.size());
+  }
+}
+
+// Every write and every answer fails once; what follows depends on the step.
+TEST_F(PacketDownloadTest, FailureAtEachStep) {
+  const Bytes content = test::FileContent(3000);
+  const struct {
+    int write;
+    int32_t file_code;
+    const char* file_line;
+    int32_t font_code;
+    const char* font_line;
+  } write_rows[] = {{0, -322, "failed: WriteData failed...", -322, "failed: WriteData failed..."},
+                    {1, 0, "Completed...", 0, "Completed..."},  // The package is sent again.
+                    {2, 0, "Completed...", 0, "Completed..."},
+                    {3, 0, "Completed...", 0, "Completed..."},  // The restart of a file, the end mark of a font.
+                    {4, 0, "Completed...", -322, "Reboot device failed..."}};
+  for (const auto& row : write_rows) {
+    SCOPED_TRACE(row.write);
+    failing_write_ = row.write;
+    const Result file = DownloadFile(content);
+    EXPECT_EQ(row.file_code, file.code);
+    EXPECT_EQ(row.file_line, file.LastLine());
+    EXPECT_EQ(row.file_code != 0, handle_.portOpen != 0);
+    const Result font = DownloadFont(content, 2048);
+    EXPECT_EQ(row.font_code, font.code);
+    EXPECT_EQ(row.font_line, font.LastLine());
+    EXPECT_EQ(row.font_code != 0, handle_.portOpen != 0);
+  }
+  failing_write_ = -1;
+  const struct {
+    int answer;
+    test::Pieces instead;
+    int32_t code;
+  } answer_rows[] = {{0, {}, -6006},
+                     {0, {{'O'}}, -6006},
+                     {0, {{'O', 'X'}}, -6006},
+                     {0, {{'O'}, {'K'}}, -6006},  // The mode answer must come in one piece.
+                     {0, {{'O', 'K', '!'}}, 0},   // The rest is flushed.
+                     {1, {}, -6009},
+                     {2, {}, -6009}};
+  for (const auto& row : answer_rows) {
+    SCOPED_TRACE(&row - answer_rows);
+    alter_answer_ = [&](int answer, const Bytes& sound) {
+      const bool hit = answer == row.answer || (row.code == -6009 && answer > row.answer);
+      return hit ? row.instead : test::Pieces{sound};
+    };
+    const Result result = DownloadFile(content);
+    EXPECT_EQ(row.code, result.code);
+    EXPECT_EQ(row.code == 0       ? "Completed..."
+              : row.code == -6006 ? "failed:Enter Mode Failed..."
+                                  : "failed:Slave Response Failed.........",
+              result.LastLine());
+    EXPECT_EQ(row.code != 0, handle_.portOpen != 0);
+  }
+}
+
+TEST_F(PacketDownloadTest, PackageIsSentFourTimesAtMost) {
+  const auto replace = [](size_t at, uint8_t by) {
+    return [=](Bytes answer) {
+      answer[at] = static_cast<uint8_t>(answer[at] + by);
+      return test::Pieces{answer};
+    };
+  };
+  const struct {
+    std::function<test::Pieces(const Bytes&)> fault;
+    bool traced;
+  } faults[] = {{replace(4, 1), false},  // Another package's index.
+                {replace(9, 1), false},  // A fault is reported.
+                {replace(10, 1), true},  // Checksums, either byte.
+                {replace(11, 1), true},
+                {[](const Bytes& answer) {  // No checksum at all.
+                   Bytes cut = answer;
+                   cut[10] = cut[11] = 0;
+                   return test::Pieces{cut};
+                 },
+                 false},
+                {[](const Bytes& answer) {
+                   return test::Pieces{{answer.begin(), answer.end() - 1}};
+                 },
+                 false}};
+  for (const auto& fault : faults) {
+    for (int times = 1; times <= 4; ++times) {
+      SCOPED_TRACE(testing::Message() << (&fault - faults) << ", " << times << " times");
+      alter_answer_ = [&](int answer, const Bytes& sound) {
+        return answer >= 1 && answer <= times ? fault.fault(sound) : test::Pieces{sound};
+      };
+      const Result result = DownloadFile(test::FileContent(2048));
+      EXPECT_EQ(times < 4 ? 0 : -6009, result.code);
+      std::string expected;
+      for (int i = 0; fault.traced && i < times; ++i) {
+        expected += "failed:Slave Response Failed...\n";
+      }
+      expected += times < 4 ? "restart" : "failed:Slave Response Failed.........\n";
+      const size_t at = result.trace.find("package 0\n") + 10;
+      EXPECT_EQ(expected, result.trace.substr(at, expected.size()));
+      EXPECT_EQ(times < 4 ? times + 3U : 5U, written_.size());
+    }
+  }
+}
+
+TEST_F(PacketDownloadTest, ConfirmationMayComeInPieces) {
+  alter_answer_ = [](int answer, const Bytes& sound) {
+    return answer == 0 ? test::Pieces{sound} : test::Pieces{Part(sound, 0, 1), Part(sound, 1, 11), Part(sound, 11, 12)};
+  };
+  EXPECT_EQ(0, DownloadFile(test::FileContent(5000)).code);
+  EXPECT_EQ(5U, written_.size());
+}
+
+TEST_F(PacketDownloadTest, CancelledAtEachPoint) {
+  const Bytes content = test::FileContent(5000);
+  on_progress_ = [this](int32_t) {
+    if (progress_.size() == 2) {  // When package 0 is confirmed.
+      setCancel();
+    }
+  };
+  EXPECT_EQ(-6004, DownloadFile(content).code);
+  EXPECT_EQ(2U, written_.size());
+  on_progress_ = nullptr;
+  for (int write = 0; write < 5; ++write) {
+    SCOPED_TRACE(write);
+    on_write_ = [=](int now) {
+      if (now == write) {
+        setCancel();
+      }
+    };
+    const Result result = DownloadFont(content, 2048);
+    EXPECT_EQ(write == 0 ? -6004 : write <= 3 ? -6009 : 0, result.code);
+    EXPECT_EQ(write == 0   ? "Cancel..."
+              : write <= 3 ? "failed:Slave Response Failed........."
+                           : "Completed...",
+              result.LastLine());
+  }
+  on_write_ = nullptr;
+  setCancel();
+  EXPECT_EQ(0, DownloadFile(content).code) << "A request from before is forgotten.";
+}
+
+TEST_F(PacketDownloadTest, BadArgumentsOfAllDownloads) {
+  const std::string good = MakeFile({1});
+  const std::string long_name(300, 'n');
+  using Download = std::function<int32_t(VexoPrinterHandle*, const char*, DownloadProgressCallback)>;
+  const struct {
+    Download download;
+    const char* empty_trace;
+  } downloads[] = {
+      {[](auto* h, auto* f, auto p) { return downloadFile(h, f, nullptr, p); }, "failed:file is null.file is null."},
+      {[](auto* h, auto* f, auto p) { return DownloadFontFile(h, 1, f, nullptr, p); }, "failed: The file is empty."},
+      {[](auto* h, auto* f, auto p) { return DownloadFMWImg(h, f, "NET,1", p); }, "failed:file is null."},
+      {[](auto* h, auto* f, auto p) { return downloadYModem(h, f, "NET,1", p); }, "failed:file is null."}};
+  for (const auto& row : downloads) {
+    SCOPED_TRACE(&row - downloads);
+    const auto run = [&](VexoPrinterHandle* handle, const char* name) {
+      return Run([&](VexoPrinterHandle* open, DownloadProgressCallback progress) {
+        return row.download(handle != nullptr ? handle : open, name, progress);
+      });
+    };
+    VexoPrinterHandle bad = {559, nullptr, nullptr, 1};
+    VexoPrinterHandle closed = {VEXO_PRINTER_MAGIC, nullptr, handle_.port, 0};
+    EXPECT_EQ(-6, run(&bad, good.c_str()).code);
+    EXPECT_EQ(-309, run(&closed, good.c_str()).code);
+    EXPECT_EQ("error handle.", run(&closed, "missing").trace);
+    for (const char* name : {static_cast<const char*>(nullptr), "missing/file", long_name.c_str()}) {
+      const Result result = run(nullptr, name);
+      EXPECT_EQ(-1, result.code);
+      EXPECT_EQ("error parameters.", result.trace);
+    }
+    const Result empty = run(nullptr, MakeFile({}).c_str());
+    EXPECT_EQ(-6007, empty.code);
+    EXPECT_EQ("filename =" + MakeFile({}) + "\n" + row.empty_trace, empty.trace);
+    EXPECT_TRUE(written_.empty());
+    EXPECT_TRUE(progress_.empty());
+    EXPECT_EQ(1, handle_.portOpen);
+    MakeFile({1});
+  }
+  for (const int32_t packet_size : {0, -1, 65536}) {
+    EXPECT_EQ(-1, DownloadFont({1}, packet_size).code);
+    EXPECT_TRUE(written_.empty());
+  }
+}
+
+TEST_F(PacketDownloadTest, NoProgressWanted) {
+  const std::string name = MakeFile({1});
+  EXPECT_EQ(0, Run([&](VexoPrinterHandle* handle, DownloadProgressCallback) {
+                 return downloadFile(handle, name.c_str(), nullptr, nullptr);
+               }).code);
+}
+
+// The port goes away under the download: every later use of the handle finds that.
+TEST_F(PacketDownloadTest, HandleThatLosesItsPort) {
+  const Bytes content = test::FileContent(3000);
+  const struct {
+    int write;
+    int32_t file_code;
+    int32_t font_code;
+  } rows[] = {{0, -6006, -6006}, {1, -6009, -6009}, {2, -6009, -6009}, {3, -309, -309}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.write);
+    on_write_ = [&](int write) { handle_.portOpen = write >= row.write ? 0 : 1; };
+    EXPECT_EQ(row.file_code, DownloadFile(content).code);
+    EXPECT_EQ(row.font_code, DownloadFont(content, 2048).code);
+  }
+}
+
+// What is left behind, the leak check of the test build finds.
+TEST_F(PacketDownloadTest, MemoryThatRunsOut) {
+  const Bytes content = test::FileContent(3000);
+  for (uint32_t nth = 1;; ++nth) {
+    const std::string name = MakeFile(content);
+    bool struck = false;
+    const Result result = Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
+      test::AllocationFault fault(nth);
+      const int32_t code = DownloadFontFile(handle, 2048, name.c_str(), nullptr, progress);
+      struck = fault.Lift();
+      return code;
+    });
+    if (!struck) {
+      EXPECT_EQ(0, result.code);
+      break;
+    }
+    EXPECT_EQ(-9, result.code) << nth;
+  }
+}
+
+}  // namespace
+}  // namespace vexo
