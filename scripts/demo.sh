@@ -51,6 +51,13 @@ await_monitor() {
   grep -qE '^[0-9:.]+ end task 7 value 0x00000000 \(0\)$' "$traces/monitor" || fail "no end of task 7"
 }
 
+# await_restart: waits until the printer that takes downloads is back.
+await_restart() {
+  until grep -q "back on" "$traces/loading"; do
+    sleep 0.1
+  done
+}
+
 title "What the build needs"
 scripts/prepare.sh
 
@@ -92,7 +99,21 @@ start_printer build/host-release/bin/virtual_printer "$traces/silent" --silent -
 expect 1 "" -p "NET,127.0.0.1,$printer_port" --timeout 500 width get
 grep -qE ': -332 .+' <<<"$answer" || fail "the failure is not a read timeout"
 
-title "What the two printers saw (-> received, <- sent)"
+title "Downloads: a font, then firmware; a third printer keeps what it is given"
+mkdir "$traces/kept"
+start_printer build/host-release/bin/virtual_printer "$traces/loading" --store "$traces/kept" --loader-delay 0 --restart-time 0
+loading=NET,127.0.0.1,$printer_port
+head -c 5000 /dev/urandom >"$traces/font"
+expect 0 "font downloaded, 5000 bytes; the printer restarts" -p "$loading" download font "$traces/font"
+cmp "$traces/font" "$traces/kept/font-1.bin" || fail "the printer has another font"
+await_restart
+{ printf 'HEAD\x88\x13\0\0' && head -c 68 /dev/zero && cat "$traces/font"; } >"$traces/image" # One segment, 5000 bytes.
+expect 0 "firmware downloaded, 5076 bytes; the printer restarts" -p "$loading" download firmware "$traces/image" --verbose
+cmp "$traces/image" "$traces/kept/firmware-1.bin" || fail "the printer has another image"
+head -c 5000 "$traces/image" >"$traces/cut_image"
+expect 1 "" -p "$loading" download firmware "$traces/cut_image"
+
+title "What the first two printers saw (-> received, <- sent)"
 stop_printers
 printf '\nThe first one:\n'
 cat "$traces/printer"

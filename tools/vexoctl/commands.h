@@ -14,6 +14,7 @@ namespace vexoctl {
 // Name of the option that says which printer a command talks to; a command that talks to one needs it.
 inline constexpr char kPortOption[] = "--port";
 
+void AddDownloadCommands(CLI::App& tool, const Settings& settings);
 void AddFeedCommand(CLI::App& tool, const Settings& settings);
 void AddMonitorCommand(CLI::App& tool, const Settings& settings);
 void AddPrintCommand(CLI::App& tool, const Settings& settings);

@@ -18,6 +18,14 @@ std::wstring WideFrom(UINT code_page, std::string_view text) {
   return wide;
 }
 
+std::string NarrowFrom(std::wstring_view text, UINT code_page) {
+  const int size = static_cast<int>(text.size());
+  const int needed = WideCharToMultiByte(code_page, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+  std::string narrow(static_cast<size_t>(needed), '\0');
+  WideCharToMultiByte(code_page, 0, text.data(), size, narrow.data(), needed, nullptr, nullptr);
+  return narrow;
+}
+
 // @return 0, or the system's error code.
 DWORD WriteConsoleText(HANDLE console, std::wstring_view text) {
   while (!text.empty()) {
@@ -49,17 +57,15 @@ DWORD WriteText(DWORD stream, std::string_view utf8) {
 
 }  // namespace
 
-std::string Utf8FromWide(std::wstring_view text) {
-  const int size = static_cast<int>(text.size());
-  const int needed = WideCharToMultiByte(CP_UTF8, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
-  std::string utf8(static_cast<size_t>(needed), '\0');
-  WideCharToMultiByte(CP_UTF8, 0, text.data(), size, utf8.data(), needed, nullptr, nullptr);
-  return utf8;
-}
+std::string Utf8FromWide(std::wstring_view text) { return NarrowFrom(text, CP_UTF8); }
+
+std::string AnsiFromWide(std::wstring_view text) { return NarrowFrom(text, CP_ACP); }
+
+std::wstring WideFromAnsi(std::string_view text) { return WideFrom(CP_ACP, text); }
 
 std::string Utf8FromGbk(std::string_view text) { return Utf8FromWide(WideFrom(kGbk, text)); }
 
-std::string Utf8FromAnsi(std::string_view text) { return Utf8FromWide(WideFrom(CP_ACP, text)); }
+std::string Utf8FromAnsi(std::string_view text) { return Utf8FromWide(WideFromAnsi(text)); }
 
 std::string Utf8FromPrinter(std::string_view text) {
   const int size = static_cast<int>(text.size());

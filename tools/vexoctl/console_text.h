@@ -1,5 +1,5 @@
-// The texts of the tool on their way out. Inside the tool every text is UTF-8, except a port descriptor, which stays
-// as the user typed it for the library.
+// The texts of the tool on their way out. Inside the tool every text is UTF-8, except port descriptors and file names,
+// which stay in the user's ANSI code page for the library.
 #ifndef VEXOCTL_CONSOLE_TEXT_H_
 #define VEXOCTL_CONSOLE_TEXT_H_
 
@@ -15,6 +15,10 @@ std::string Utf8FromGbk(std::string_view text);
 std::string Utf8FromAnsi(std::string_view text);
 
 std::string Utf8FromWide(std::wstring_view text);
+
+// To and from the user's ANSI code page. A character that it lacks becomes a similar one or a question mark.
+std::string AnsiFromWide(std::wstring_view text);
+std::wstring WideFromAnsi(std::string_view text);
 
 // A text of a printer, which may be in UTF-8 or in the user's ANSI code page; on one line, whatever it contains.
 std::string Utf8FromPrinter(std::string_view text);

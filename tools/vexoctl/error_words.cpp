@@ -23,14 +23,19 @@ std::string SystemErrorWords(int32_t code) {
   return words;
 }
 
-struct MonitorWords {
+struct OwnWords {
   int32_t code;
   const char* english;
   const char* chinese;
 };
 
 // UTF-8, as this file is.
-constexpr MonitorWords kMonitorWords[] = {
+constexpr OwnWords kOwnWords[] = {
+    {VEXO_ERROR_DOWNLOAD_CANCELLED, "The download was cancelled.", "下载已取消。"},
+    {VEXO_ERROR_DOWNLOAD_MODE, "The printer did not enter its download mode.", "打印机未进入下载模式。"},
+    {VEXO_ERROR_DOWNLOAD_EMPTY, "The file is empty.", "文件为空。"},
+    {VEXO_ERROR_DOWNLOAD_NO_ANSWER, "The printer did not answer.", "打印机没有应答。"},
+    {VEXO_ERROR_DOWNLOAD_BAD_ANSWER, "The printer refused the data or did not confirm it.", "打印机拒绝或未确认数据。"},
     {VEXO_ERROR_MONITOR_PARAMETER, "An argument is missing or out of range.", "缺少参数或参数超出范围。"},
     {VEXO_ERROR_MONITOR_NO_ANSWER, "The printer gave no answer.", "打印机没有应答。"},
     {VEXO_ERROR_MONITOR_ANSWER_TOO_LONG, "The printer's answer is too long.", "打印机的应答过长。"},
@@ -39,7 +44,7 @@ constexpr MonitorWords kMonitorWords[] = {
 };
 
 std::string LibraryErrorWords(int32_t code) {
-  for (const MonitorWords& words : kMonitorWords) {
+  for (const OwnWords& words : kOwnWords) {
     if (words.code == code) {
       return vexo::platform::UserPrimaryLanguage() == vexo::platform::kLanguageChinese ? words.chinese : words.english;
     }

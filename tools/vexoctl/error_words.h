@@ -7,7 +7,8 @@
 namespace vexoctl {
 
 // The meaning of a result code in the user's language, on one line, in UTF-8: the library's words for its own codes,
-// the system's for positive ones, and the tool's for those of the job monitor, for which the library has none.
+// the system's for positive ones, and the tool's for those of downloads and of the job monitor, for which the library
+// has none.
 std::string ErrorWords(int32_t code);
 
 }  // namespace vexoctl

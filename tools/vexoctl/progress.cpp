@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include "vexoctl/console_text.h"
-
 namespace vexoctl {
 namespace {
 
@@ -14,28 +12,21 @@ constexpr uint64_t kKilobyte = 1024;
 
 }  // namespace
 
-Progress::Progress(uint64_t total) : total_(total), visible_(ErrorsReachConsole()), next_(Clock::now() + kInterval) {}
-
-Progress::~Progress() {
-  if (line_length_ > 0) {
-    WriteError("\r" + std::string(line_length_, ' ') + "\r");
-  }
-}
+Progress::Progress(uint64_t total) : total_(total), next_(Clock::now() + kInterval) {}
 
 void Progress::Show(uint64_t done) {
   const auto now = Clock::now();
-  if (!visible_ || now < next_) {
+  if (!line_.visible() || now < next_) {
     return;
   }
   next_ = now + kInterval;
-  std::string line = std::to_string(done / kKilobyte);
+  std::string text = std::to_string(done / kKilobyte);
   if (total_ > 0) {
-    line += " of " + std::to_string(total_ / kKilobyte) + " KiB sent, " + std::to_string(done * 100 / total_) + "%";
+    text += " of " + std::to_string(total_ / kKilobyte) + " KiB sent, " + std::to_string(done * 100 / total_) + "%";
   } else {
-    line += " KiB sent";
+    text += " KiB sent";
   }
-  line_length_ = line.size();  // Numbers only grow: the new line covers the old one.
-  WriteError("\r" + line);
+  line_.Show(text);
 }
 
 }  // namespace vexoctl
