@@ -4,12 +4,14 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "require.h"
+#include "virtual_printer/package_receiver.h"
 #include "virtual_printer/printer_model.h"
 
 namespace {
@@ -17,7 +19,10 @@ namespace {
 using std::chrono::milliseconds;
 using virtual_printer::Bytes;
 using virtual_printer::CommandParser;
+using virtual_printer::PackageReceiver;
+using virtual_printer::PrinterMode;
 using virtual_printer::PrinterModel;
+using virtual_printer::PrinterSetup;
 using virtual_printer::Time;
 using virtual_printer::WireEvent;
 
@@ -139,9 +144,88 @@ void RequireAnswersAfter(const std::uint8_t* data, std::size_t size) {
           Bytes{static_cast<std::uint8_t>(width & 0xFF), static_cast<std::uint8_t>(width >> 8)});
 }
 
+// The rules for commands and print data do not hold for bytes that are part of a download.
+bool MayDownload(std::string_view input) {
+  constexpr std::string_view kSwitches[] = {virtual_printer::kFileModeSwitch, virtual_printer::kLoaderModeSwitch,
+                                            "font_download_quick", "dfu", "reset_printer"};
+  return std::any_of(std::begin(kSwitches), std::end(kSwitches),
+                     [&](std::string_view bytes) { return input.find(bytes) != std::string_view::npos; });
+}
+
+// A host that downloads: it comes back whenever the printer drops it.
+struct DownloadRun {
+  explicit DownloadRun(PrinterMode mode) : model(SetupFor(mode)) { model.Connect(kHost); }
+
+  static PrinterSetup SetupFor(PrinterMode mode) {
+    PrinterSetup setup;
+    setup.downloads.mode = mode;
+    return setup;
+  }
+
+  // What a printer has dropped with a connection depends on the pieces; until then, nothing does.
+  void Feed(const std::uint8_t* data, std::size_t size, Pieces pieces, bool until_dropped) {
+    for (std::size_t offset = 0; offset < size && !(until_dropped && dropped);) {
+      const std::size_t piece = PieceSize(pieces, data[offset], size - offset);
+      record.Append(model.Receive(kHost, data + offset, piece, now));
+      Require(model.PendingBytes(kHost) <= PackageReceiver::kMaxDataArea + PackageReceiver::kFrameLength);
+      CarryOutOrders();
+      offset += piece;
+    }
+    record.Append(model.Disconnect(kHost, now));
+    PassTheDay(model, now, record);
+    CarryOutOrders();
+    std::size_t completed = 0;
+    for (const Bytes& download : downloads) {
+      completed += download.size();
+    }
+    Require(completed <= size);
+  }
+
+  void CarryOutOrders() {
+    virtual_printer::PrinterOrders orders = model.TakeOrders();
+    for (auto& completed : orders.completed) {
+      downloads.push_back(std::move(completed.download.data));
+    }
+    if (orders.outage) {
+      dropped = true;
+      record.Append(model.Disconnect(kHost, now));
+      model.Connect(kHost);
+    }
+  }
+
+  PrinterModel model;
+  Record record;
+  std::vector<Bytes> downloads;
+  bool dropped = false;
+  Time now;
+};
+
+void CheckDownloads(const std::uint8_t* data, std::size_t size, PrinterMode mode) {
+  DownloadRun persistent(mode);
+  persistent.Feed(data, size, Pieces::kByTheData, /*until_dropped=*/false);
+
+  // The size of a font's packages is learned from where pieces end, if need be.
+  const std::string_view input(reinterpret_cast<const char*>(data), size);
+  if (input.find("font_download_quick") == std::string_view::npos) {
+    DownloadRun whole(mode);
+    whole.Feed(data, size, Pieces::kWhole, /*until_dropped=*/true);
+    DownloadRun bytes(mode);
+    bytes.Feed(data, size, Pieces::kBytes, /*until_dropped=*/true);
+    Require(whole.record.sent == bytes.record.sent);
+    Require(whole.downloads == bytes.downloads);
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  CheckDownloads(data, size, PrinterMode::kYmodemLoader);
+  CheckDownloads(data, size, PrinterMode::kFirmwareLoader);
+  if (MayDownload({reinterpret_cast<const char*>(data), size})) {
+    CheckDownloads(data, size, PrinterMode::kOrdinary);
+    return 0;
+  }
+
   Run whole;
   whole.Feed(data, size, Pieces::kWhole, milliseconds(0));
   whole.Finish();

@@ -9,19 +9,20 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// What a command begins with. The clear commands consist of nothing else.
+// What a command begins with. The clear commands and the mode switches consist of nothing else.
 struct Opening {
   std::string_view bytes;
   Command::Kind kind;
 };
 
 constexpr Opening kOpenings[] = {
-    {"\x1B\x1C& V1 "sv, Command::Kind::kV1},
+    {kV1Opening, Command::Kind::kV1},
     {"\x1D(H"sv, Command::Kind::kGsH},
     {"\x1B\x1C&cl"sv, Command::Kind::kClearTasks},
     {"\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"sv, Command::Kind::kClearTasksRealTime},
+    {kFileModeSwitch, Command::Kind::kFileMode},
+    {kLoaderModeSwitch, Command::Kind::kLoaderMode},
 };
-constexpr std::size_t kV1PrefixLength = 7;
 
 constexpr std::string_view kLineEnd = "\r\n";
 // The only record form there is: one that holds one entry.
@@ -103,16 +104,26 @@ Command SplitLine(std::string_view line) {
   return command;
 }
 
+// The actions among the V1 commands switch to downloads, and restart the printer. None of them has a tail, so nothing
+// is held back behind them.
+bool MayChangeTheStream(const Command& command) {
+  return command.kind == Command::Kind::kFileMode || command.kind == Command::Kind::kLoaderMode ||
+         (command.kind == Command::Kind::kV1 && command.verb == "do");
+}
+
 }  // namespace
 
-std::vector<Frame> CommandParser::Feed(const std::uint8_t* data, std::size_t size) {
-  for (std::size_t i = 0; i < size; ++i) {
-    TakeByte(data[i]);
+std::size_t CommandParser::Feed(const std::uint8_t* data, std::size_t size, std::vector<Frame>& frames) {
+  std::size_t taken = 0;
+  stopped_ = false;
+  while (taken < size && !stopped_) {
+    TakeByte(data[taken++]);
   }
   if (state_ == State::kPrintData) {
     Emit(Frame::Kind::kPrintData, pending_.size() - matched_);
   }
-  return std::exchange(frames_, {});
+  frames = std::exchange(frames_, {});
+  return taken;
 }
 
 std::vector<Frame> CommandParser::Finish() {
@@ -169,6 +180,8 @@ void CommandParser::BeginCommand(Command::Kind kind) {
       break;
     case Command::Kind::kClearTasks:
     case Command::Kind::kClearTasksRealTime:
+    case Command::Kind::kFileMode:
+    case Command::Kind::kLoaderMode:
       EndCommand();
       break;
   }
@@ -261,12 +274,13 @@ void CommandParser::TakeGsHTail(std::uint8_t byte) {
 
 void CommandParser::EndCommand() {
   command_.record.assign(pending_.begin() + static_cast<std::ptrdiff_t>(record_start_), pending_.end());
+  stopped_ = MayChangeTheStream(command_);
   Emit(Frame::Kind::kCommand, pending_.size(), std::move(command_));
   command_ = {};
   state_ = State::kPrintData;
 }
 
-std::string_view CommandParser::LineText() const { return AsText(pending_).substr(kV1PrefixLength); }
+std::string_view CommandParser::LineText() const { return AsText(pending_).substr(kV1Opening.size()); }
 
 void CommandParser::Emit(Frame::Kind kind, std::size_t size, Command command) {
   if (size == 0) {

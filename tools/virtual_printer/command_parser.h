@@ -11,6 +11,11 @@
 
 namespace virtual_printer {
 
+// What commands begin with, where others than the parser must tell them from the bytes of a download.
+inline constexpr std::string_view kV1Opening = "\x1B\x1C& V1 ";
+inline constexpr std::string_view kFileModeSwitch = "\x12\x46";
+inline constexpr std::string_view kLoaderModeSwitch = "\x1D\x75\x55\xAA";
+
 // A command taken apart. A V1 command is a line of text: `do "save_param_zone"` has the verb do and the arguments
 // "save_param_zone", quotes included.
 struct Command {
@@ -19,6 +24,8 @@ struct Command {
     kGsH,                 // GS ( H: two bytes of length, and a body.
     kClearTasks,          // A fixed byte string, of hosts that send V1 commands.
     kClearTasksRealTime,  // Another one, of hosts that send GS ( H.
+    kFileMode,            // Packages of a file follow.
+    kLoaderMode,          // The host wants to speak to the loader.
   };
 
   Kind kind = Kind::kV1;
@@ -51,8 +58,10 @@ class CommandParser {
   static constexpr std::size_t kRecordHeaderLength = 4;
   static constexpr std::size_t kMaxPending = kMaxLineLength + kRecordHeaderLength + 255;
 
-  // Print data is reported at the end of each call; only bytes that may be the beginning of a command are held back.
-  std::vector<Frame> Feed(const std::uint8_t* data, std::size_t size);
+  // Adds the frames that are complete by these bytes, and gives how many bytes it took: all of them, unless a command
+  // ended that may change how the stream goes on. Print data is reported at the end of each call; only bytes that may
+  // be the beginning of a command are held back.
+  std::size_t Feed(const std::uint8_t* data, std::size_t size, std::vector<Frame>& frames);
 
   // The stream has ended: reports what was held back.
   std::vector<Frame> Finish();
@@ -82,6 +91,7 @@ class CommandParser {
   Command command_;               // The command whose record or body is being received...
   std::size_t record_start_ = 0;  // ...and where in pending_ that part begins.
   std::vector<Frame> frames_;
+  bool stopped_ = false;  // Behind a command that may change how the stream goes on.
 };
 
 }  // namespace virtual_printer

@@ -40,6 +40,10 @@ void Connection::Take(const WireEvent& event) {
     trace_.Event(event);
     return;
   }
+  if (event.direction == WireEvent::Direction::kNote) {
+    trace_.Note(number_, event.message.text);
+    return;
+  }
   Queue(event.message);
   if (!sending_) {
     SendNext();
@@ -72,6 +76,9 @@ void Connection::Read() {
 
 void Connection::OnReceived(std::size_t size) {
   listener_.OnReceived(number_, received_.data(), limit_.Admit(size));
+  if (closed_) {
+    return;
+  }
   if (limit_.Reached()) {
     Drop("dropped at byte " + std::to_string(*faults_.drop_after));
   } else if (queue_.size() < kMaxQueuedPieces) {
@@ -99,10 +106,12 @@ void Connection::Queue(const Message& message) {
     trace_.Note(number_, "not sent, the host takes nothing: " + message.text);
     return;
   }
-  const std::vector<AnswerPiece> pieces = PlanAnswer(faults_, message.bytes);
+  std::vector<AnswerPiece> pieces = PlanAnswer(faults_, message.bytes);
   if (pieces.empty()) {
     trace_.Note(number_, "not answered: " + message.text);
+    return;
   }
+  pieces.front().pause += message.pause;
   for (std::size_t i = 0; i < pieces.size(); ++i) {
     std::string text = message.text;
     if (pieces.size() > 1) {

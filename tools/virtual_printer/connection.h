@@ -71,8 +71,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   ConnectionListener& listener_;
   ReceiveLimit limit_;
 
-  std::array<std::uint8_t, 4096> received_{};
-  std::deque<QueuedPiece> queue_;  // Its front is waiting for its pause, or being written.
+  std::array<std::uint8_t, 65536> received_{};  // A host that sends a firmware image is not to wait for the printer.
+  std::deque<QueuedPiece> queue_;               // Its front is waiting for its pause, or being written.
   bool reading_ = false;
   bool sending_ = false;
   bool host_ended_ = false;

@@ -45,6 +45,9 @@ std::optional<Reaction> JobControl::Execute(const Command& command, Time now) {
       return ClearTasks(ReportFamily::kV1);
     case Command::Kind::kClearTasksRealTime:
       return ClearTasks(ReportFamily::kGsH);
+    case Command::Kind::kFileMode:
+    case Command::Kind::kLoaderMode:
+      break;
   }
   return std::nullopt;
 }

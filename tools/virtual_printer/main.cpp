@@ -8,6 +8,7 @@
 
 #include "virtual_printer/console.h"
 #include "virtual_printer/control_panel.h"
+#include "virtual_printer/download_store.h"
 #include "virtual_printer/options.h"
 #include "virtual_printer/printer_service.h"
 #include "virtual_printer/tcp_server.h"
@@ -20,7 +21,10 @@ int Run(const Options& options) {
   // The console is read past C's input, whose lock a thread that waits for a line would hold when the program ends.
   std::ios::sync_with_stdio(false);
   Trace trace(options.trace ? &std::cout : nullptr);
-  const asio::ip::tcp::endpoint endpoint(asio::ip::make_address(options.address), options.port);
+  DownloadStore store(options.store, std::cout);
+  const PrinterMode mode = options.printer.downloads.mode;
+  const TcpPorts ports{asio::ip::make_address(options.address), options.port, options.loader_port};
+  const asio::ip::tcp::endpoint endpoint(ports.address, ports.Of(mode));
   const auto lifetime = options.once ? TcpServer::Lifetime::kOneConnection : TcpServer::Lifetime::kUntilStopped;
 
   asio::io_context context(1);
@@ -30,8 +34,11 @@ int Run(const Options& options) {
 #endif
   signals.async_wait([&context](const std::error_code&, int) { context.stop(); });
   try {
-    PrinterService service(context, options.printer, options.faults, trace);
-    TcpServer server(context, endpoint, lifetime, service);
+    PrinterService service(context, options.printer, options.faults, store, trace);
+    TcpServer server(context, ports, mode, lifetime, service, [&server](PrinterMode back_as) {
+      const char* const who = back_as == PrinterMode::kOrdinary ? "back" : "loader";
+      std::cout << "virtual printer " << who << " on " << server.LocalEndpoint() << std::endl;
+    });
     // Scripts wait for this line; it says that connections are taken from now on.
     std::cout << "virtual printer ready on " << server.LocalEndpoint() << std::endl;
 

@@ -1,6 +1,7 @@
 #ifndef VIRTUAL_PRINTER_MESSAGE_H_
 #define VIRTUAL_PRINTER_MESSAGE_H_
 
+#include <chrono>
 #include <string>
 
 #include "virtual_printer/bytes.h"
@@ -11,6 +12,7 @@ namespace virtual_printer {
 struct Message {
   Bytes bytes;
   std::string text;
+  std::chrono::milliseconds pause{0};  // Before it leaves.
 };
 
 // What came of something received: how it reads, and the answer, if there is one.
@@ -19,9 +21,9 @@ struct Reaction {
   Message answer = {};
 };
 
-// Something that crossed the wire of one connection.
+// Something that crossed the wire of one connection, or a note on what happened to it.
 struct WireEvent {
-  enum class Direction { kReceived, kSent };
+  enum class Direction { kReceived, kSent, kNote };
 
   int connection = 0;
   Direction direction = Direction::kReceived;

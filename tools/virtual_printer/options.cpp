@@ -4,6 +4,7 @@
 #include <asio.hpp>
 #include <chrono>
 #include <string>
+#include <vector>
 
 namespace virtual_printer {
 namespace {
@@ -27,6 +28,46 @@ void AddFamily(CLI::App& app, const std::string& name, std::optional<ReportFamil
   app.add_option_function<std::string>(name, set_family, description)
       ->check(CLI::IsMember({"v1", "gs"}))
       ->option_text("v1|gs")
+      ->group(group);
+}
+
+std::string CheckDownloadFault(const std::string& text) {
+  return ParseDownloadFault(text) ? std::string() : text + " is not KIND@STEP or KIND@STEPxCOUNT";
+}
+
+void AddDownloadOptions(CLI::App& app, Options& options) {
+  const std::string group = "Downloads";
+  DownloadSetup& downloads = options.printer.downloads;
+  const auto add_time = [&](const std::string& name, std::chrono::milliseconds& time, const std::string& description) {
+    app.add_option_function<int>(
+           name, [&time](int value) { time = std::chrono::milliseconds(value); }, description)
+        ->check(CLI::Range(0, kMaxMilliseconds))
+        ->default_str(std::to_string(time.count()))
+        ->group(group);
+  };
+  const auto set_mode = [&downloads](const std::string& text) {
+    downloads.mode = text == "firmware" ? PrinterMode::kFirmwareLoader : PrinterMode::kYmodemLoader;
+  };
+  const auto add_fault = [&downloads](const std::vector<std::string>& texts) {
+    for (const std::string& text : texts) {
+      downloads.faults.push_back(*ParseDownloadFault(text));
+    }
+  };
+  app.add_option("--store", options.store, "Keep what is downloaded as files in this folder")
+      ->check(CLI::ExistingDirectory)
+      ->group(group);
+  app.add_option("--loader-port", options.loader_port, "Port of the loaders; that of the printer unless given")
+      ->check(CLI::Range(1, kMaxNumber))
+      ->group(group);
+  add_time("--loader-delay", downloads.loader_delay, "A loader takes this many milliseconds to start");
+  add_time("--restart-time", downloads.restart_time, "The printer takes this many milliseconds to restart");
+  app.add_option_function<std::string>("--loader", set_mode, "Start as this loader in place of the printer")
+      ->check(CLI::IsMember({"ymodem", "firmware"}))
+      ->option_text("ymodem|firmware")
+      ->group(group);
+  app.add_option_function<std::vector<std::string>>("--fault", add_fault, "Let an answer of a download go wrong")
+      ->check(CLI::Validator(CheckDownloadFault, ""))
+      ->option_text("KIND@STEP[xCOUNT] ...")
       ->group(group);
 }
 
@@ -71,6 +112,8 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
   AddFamily(app, "--monitoring", printer.monitoring, "Send the first connection reports without being asked", jobs);
   app.add_flag("--task-over", printer.task_over, "Tell the host that sent a job of its end in a V2 answer, too")
       ->group(jobs);
+
+  AddDownloadOptions(app, options);
 
   const std::string misbehaviour = "Misbehaviour";
   app.add_option("--delay", delay, "Work this many milliseconds on each answer")

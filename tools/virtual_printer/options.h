@@ -16,6 +16,8 @@ struct Options {
   std::uint16_t port = 9100;
   PrinterSetup printer;
   Faults faults;
+  std::optional<std::uint16_t> loader_port;  // The printer's, when it is not given.
+  std::string store;                         // Folder for downloads; empty for none.
   bool trace = false;
   bool once = false;
   bool console = false;

@@ -67,4 +67,9 @@ Time PrintJobs::EndOfPrinting() const {
   return std::max(std::max(printing_since_, job.last_data) + times_.printing, job.complete_at);
 }
 
+void PrintJobs::Clear() {
+  jobs_.clear();
+  printing_ = false;
+}
+
 }  // namespace virtual_printer

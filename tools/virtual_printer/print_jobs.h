@@ -46,6 +46,9 @@ class PrintJobs {
   // Throws away the jobs that are not being printed yet, and says how many there were.
   std::size_t DropWaiting();
 
+  // Throws away all jobs.
+  void Clear();
+
   // Lets time pass; gives what has happened until then, in order.
   std::vector<JobReport> Advance(Time now);
 

@@ -7,10 +7,6 @@
 namespace virtual_printer {
 namespace {
 
-WireEvent Received(int connection, Bytes bytes, std::string words) {
-  return {connection, WireEvent::Direction::kReceived, {std::move(bytes), std::move(words)}};
-}
-
 WireEvent Sent(int connection, Message message) {
   return {connection, WireEvent::Direction::kSent, std::move(message)};
 }
@@ -21,14 +17,14 @@ void PrinterModel::Connect(int connection) { sessions_.try_emplace(connection, c
 
 PrinterModel::Events PrinterModel::Receive(int connection, const std::uint8_t* data, std::size_t size, Time now) {
   Events events = Advance(now);
-  React(connection, sessions_.at(connection).Parse(data, size), now, events);
+  sessions_.at(connection).Receive(data, size, now, Into(events, connection, now));
   return events;
 }
 
 PrinterModel::Events PrinterModel::Disconnect(int connection, Time now) {
   Events events = Advance(now);
   Session& session = sessions_.at(connection);
-  React(connection, session.ParseEnd(), now, events);
+  session.Finish(now, Into(events, connection, now));
   session.Jobs().Leave(now);
   sessions_.erase(connection);
   AppendPassed(now, events);
@@ -38,7 +34,21 @@ PrinterModel::Events PrinterModel::Disconnect(int connection, Time now) {
 PrinterModel::Events PrinterModel::Advance(Time now) {
   Events events;
   AppendPassed(now, events);
+  for (auto& [connection, session] : sessions_) {
+    session.Advance(now, Into(events, connection, now));
+  }
   return events;
+}
+
+std::optional<Time> PrinterModel::NextDeadline() const {
+  std::optional<Time> next = state_.jobs.NextDeadline();
+  for (const auto& [connection, session] : sessions_) {
+    const std::optional<Time> deadline = session.NextDeadline();
+    if (deadline && (!next || *deadline < *next)) {
+      next = deadline;
+    }
+  }
+  return next;
 }
 
 PrinterModel::Events PrinterModel::AnnounceStart(TaskNumber task) const {
@@ -63,14 +73,56 @@ PrinterModel::Events PrinterModel::ToEach(const std::function<Message(ReportFami
   return events;
 }
 
-void PrinterModel::React(int connection, const std::vector<Frame>& frames, Time now, Events& events) {
-  for (const Frame& frame : frames) {
-    Reaction reaction = sessions_.at(connection).ReactTo(frame, now);
-    events.push_back(Received(connection, frame.bytes, std::move(reaction.received)));
-    if (!reaction.answer.bytes.empty()) {
-      events.push_back(Sent(connection, std::move(reaction.answer)));
-    }
-    AppendPassed(now, events);
+Session::Sink PrinterModel::Into(Events& events, int connection, Time now) {
+  return [this, &events, connection, now](Exchange exchange) { Append(connection, std::move(exchange), now, events); };
+}
+
+void PrinterModel::Append(int connection, Exchange exchange, Time now, Events& events) {
+  if (!exchange.received.bytes.empty()) {
+    events.push_back({connection, WireEvent::Direction::kReceived, std::move(exchange.received)});
+  }
+  for (Message& answer : exchange.answers) {
+    events.push_back(Sent(connection, std::move(answer)));
+  }
+  if (!exchange.note.empty()) {
+    events.push_back({connection, WireEvent::Direction::kNote, {{}, std::move(exchange.note)}});
+  }
+  if (exchange.completed) {
+    orders_.completed.push_back({connection, *std::move(exchange.completed)});
+  }
+  CarryOut(exchange.order, connection);
+  AppendPassed(now, events);
+}
+
+void PrinterModel::CarryOut(Order order, int connection) {
+  switch (order) {
+    case Order::kNone:
+      break;
+    case Order::kDropConnection:
+      orders_.dropped.push_back(connection);
+      break;
+    case Order::kRestart:
+      // As after switching off and on.
+      state_.current = state_.saved;
+      state_.jobs.Clear();
+      LeaveFor(PrinterMode::kOrdinary);
+      break;
+    case Order::kStartYmodemLoader:
+      LeaveFor(PrinterMode::kYmodemLoader);
+      break;
+    case Order::kStartFirmwareLoader:
+      LeaveFor(PrinterMode::kFirmwareLoader);
+      break;
+  }
+}
+
+void PrinterModel::LeaveFor(PrinterMode mode) {
+  const DownloadSetup& setup = state_.setup.downloads;
+  orders_.outage = {mode, mode == PrinterMode::kOrdinary ? setup.restart_time : setup.loader_delay};
+  state_.downloads.mode = mode;
+  state_.downloads.firmware = {};
+  for (auto& [connection, session] : sessions_) {
+    session.Drop();
   }
 }
 

@@ -1,18 +1,39 @@
 #ifndef VIRTUAL_PRINTER_PRINTER_MODEL_H_
 #define VIRTUAL_PRINTER_PRINTER_MODEL_H_
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <optional>
+#include <utility>
 #include <vector>
 
+#include "virtual_printer/download.h"
 #include "virtual_printer/message.h"
 #include "virtual_printer/printer_state.h"
 #include "virtual_printer/session.h"
 
 namespace virtual_printer {
+
+// The printer leaves the network, and comes back as something else.
+struct Outage {
+  PrinterMode back_as = PrinterMode::kOrdinary;
+  std::chrono::milliseconds duration{0};
+};
+
+// What the printer wants of whoever holds its connections, besides sending.
+struct PrinterOrders {
+  struct Download {
+    int connection = 0;
+    CompletedDownload download;
+  };
+
+  std::vector<Download> completed;
+  std::vector<int> dropped;      // Connections to be dropped at once.
+  std::optional<Outage> outage;  // All connections are to be dropped, and none taken for this long.
+};
 
 // A whole printer: takes the bytes of its hosts, gives what they are sent. It knows no sockets or threads and has no
 // clock, so a test drives it directly and through any length of time. Times must not run backwards.
@@ -37,7 +58,10 @@ class PrinterModel {
 
   // Lets time pass. To be called when NextDeadline has come; the other calls do so themselves.
   Events Advance(Time now);
-  std::optional<Time> NextDeadline() const { return state_.jobs.NextDeadline(); }
+  std::optional<Time> NextDeadline() const;
+
+  // What has come up since the last time; to be carried out after each of the calls above, behind their events.
+  PrinterOrders TakeOrders() { return std::exchange(orders_, {}); }
 
   // Sends all connected hosts what no job has caused, each in its own manner. Without a value, a job ends with the
   // printer's status.
@@ -49,17 +73,21 @@ class PrinterModel {
   void SetStatus(std::uint32_t status) { state_.status = status; }
   const PrinterState& State() const { return state_; }
 
-  // Bytes of an incomplete command, at most CommandParser::kMaxPending.
+  // Bytes of an incomplete command, at most CommandParser::kMaxPending; in a download, of an incomplete package.
   std::size_t PendingBytes(int connection) const { return sessions_.at(connection).PendingBytes(); }
 
  private:
-  void React(int connection, const std::vector<Frame>& frames, Time now, Events& events);
+  Session::Sink Into(Events& events, int connection, Time now);
+  void Append(int connection, Exchange exchange, Time now, Events& events);
+  void CarryOut(Order order, int connection);
+  void LeaveFor(PrinterMode mode);
   void AppendPassed(Time now, Events& events);
   void AppendReport(const JobReport& report, Events& events) const;
   Events ToEach(const std::function<Message(ReportFamily)>& message) const;
 
   PrinterState state_;
   std::map<int, Session> sessions_;  // By connection. They refer to state_.
+  PrinterOrders orders_;
 };
 
 }  // namespace virtual_printer

@@ -35,29 +35,51 @@ void PrinterService::Send(const PrinterModel::Events& events) {
   }
 }
 
-void PrinterService::DropAll() {
+void PrinterService::DropAll(const std::string& why) {
   std::vector<std::shared_ptr<Connection>> connections;  // Each one leaves hosts_ as it closes.
   for (const auto& [number, host] : hosts_) {
     connections.push_back(host.connection);
   }
   for (const auto& connection : connections) {
-    connection->Drop("dropped");
+    connection->Drop(why);
   }
 }
 
 void PrinterService::OnReceived(int connection, const std::uint8_t* data, std::size_t size) {
-  Send(model_.Receive(connection, data, size, Now()));
-  AwaitDeadline();
+  CarryOut(model_.Receive(connection, data, size, Now()));
 }
 
-void PrinterService::OnHostEnded(int connection) {
-  Send(model_.Disconnect(connection, Now()));
-  AwaitDeadline();
-}
+void PrinterService::OnHostEnded(int connection) { CarryOut(model_.Disconnect(connection, Now())); }
 
 void PrinterService::OnClosed(int connection) {
   const auto host = hosts_.extract(connection);
   host.mapped().on_closed();
+}
+
+void PrinterService::CarryOut(const PrinterModel::Events& events) {
+  Send(events);
+  CarryOut(model_.TakeOrders());
+  AwaitDeadline();
+}
+
+// Dropping a connection comes back here, with nothing left to carry out.
+void PrinterService::CarryOut(const PrinterOrders& orders) {
+  for (const auto& [connection, download] : orders.completed) {
+    trace_.Note(connection, store_.Store(download));
+  }
+  for (const int connection : orders.dropped) {
+    if (const auto host = hosts_.find(connection); host != hosts_.end()) {
+      const std::shared_ptr<Connection> held = host->second.connection;
+      held->Drop("dropped (fault)");
+    }
+  }
+  if (orders.outage) {
+    const bool restarts = orders.outage->back_as == PrinterMode::kOrdinary;
+    DropAll(restarts ? "dropped, the printer restarts" : "dropped, the loader starts");
+    if (outage_listener_ != nullptr) {
+      outage_listener_->OnOutage(*orders.outage);
+    }
+  }
 }
 
 void PrinterService::AwaitDeadline() {
@@ -69,8 +91,7 @@ void PrinterService::AwaitDeadline() {
   deadline_.expires_at(*deadline);
   deadline_.async_wait([this](const std::error_code& error) {
     if (!error) {
-      Send(model_.Advance(Now()));
-      AwaitDeadline();
+      CarryOut(model_.Advance(Now()));
     }
   });
 }

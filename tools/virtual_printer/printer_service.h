@@ -7,20 +7,35 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <string>
 
 #include "virtual_printer/connection.h"
+#include "virtual_printer/download_store.h"
 #include "virtual_printer/faults.h"
 #include "virtual_printer/printer_model.h"
 #include "virtual_printer/trace.h"
 
 namespace virtual_printer {
 
+// Whoever lets hosts connect.
+class OutageListener {
+ public:
+  virtual void OnOutage(const Outage& outage) = 0;
+
+ protected:
+  ~OutageListener() = default;
+};
+
 // Joins the printer model to its hosts and to the passing of time. Belongs to the one thread of the io_context.
 class PrinterService : private ConnectionListener {
  public:
   // The references must outlive the service, which must outlive the running of the io_context.
-  PrinterService(asio::io_context& context, const PrinterSetup& setup, const Faults& faults, Trace& trace)
-      : model_(setup), faults_(faults), trace_(trace), deadline_(context) {}
+  PrinterService(asio::io_context& context, const PrinterSetup& setup, const Faults& faults, DownloadStore& store,
+                 Trace& trace)
+      : model_(setup), faults_(faults), store_(store), trace_(trace), deadline_(context) {}
+
+  // Null for none. The listener must outlive the running of the io_context.
+  void SetOutageListener(OutageListener* listener) { outage_listener_ = listener; }
 
   // A host has connected.
   void Serve(asio::ip::tcp::socket socket, std::function<void()> on_closed);
@@ -29,7 +44,7 @@ class PrinterService : private ConnectionListener {
   void Send(const PrinterModel::Events& events);
 
   // Ends all connections.
-  void DropAll();
+  void DropAll(const std::string& why = "dropped");
 
   PrinterModel& Model() { return model_; }
 
@@ -45,14 +60,18 @@ class PrinterService : private ConnectionListener {
   void OnReceived(int connection, const std::uint8_t* data, std::size_t size) override;
   void OnHostEnded(int connection) override;
   void OnClosed(int connection) override;
+  void CarryOut(const PrinterModel::Events& events);
+  void CarryOut(const PrinterOrders& orders);
   void AwaitDeadline();
 
   PrinterModel model_;
   Faults faults_;
+  DownloadStore& store_;
   Trace& trace_;
   asio::steady_timer deadline_;
   std::map<int, Host> hosts_;
   int connections_ = 0;  // So far.
+  OutageListener* outage_listener_ = nullptr;
 };
 
 }  // namespace virtual_printer

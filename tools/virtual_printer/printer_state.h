@@ -1,9 +1,14 @@
 #ifndef VIRTUAL_PRINTER_PRINTER_STATE_H_
 #define VIRTUAL_PRINTER_PRINTER_STATE_H_
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
+#include "virtual_printer/download.h"
+#include "virtual_printer/download_faults.h"
+#include "virtual_printer/firmware_receiver.h"
 #include "virtual_printer/left_monitoring.h"
 #include "virtual_printer/print_jobs.h"
 #include "virtual_printer/report_frames.h"
@@ -17,6 +22,14 @@ struct ParameterZone {
   std::uint16_t print_width = kDefaultPrintWidth;  // In dots.
 };
 
+// What hosts find when they download something.
+struct DownloadSetup {
+  PrinterMode mode = PrinterMode::kOrdinary;    // At the start.
+  std::chrono::milliseconds loader_delay{300};  // From the ordinary printer to its loader.
+  std::chrono::milliseconds restart_time{300};  // Back to the ordinary printer.
+  std::vector<DownloadFault> faults;
+};
+
 // How a printer is when it is switched on.
 struct PrinterSetup {
   ParameterZone zone;
@@ -25,6 +38,13 @@ struct PrinterSetup {
   std::optional<ReportFamily> family;      // Reports so, whatever the host has asked for.
   std::optional<ReportFamily> monitoring;  // Is on already, for the first host to come.
   bool task_over = false;                  // The host that sent a job hears of its end by a V2 answer, too.
+  DownloadSetup downloads;
+};
+
+struct DownloadState {
+  PrinterMode mode;
+  DownloadFaults faults;
+  FirmwareImage firmware;
 };
 
 // What a printer has only once, however many hosts are connected.
@@ -35,7 +55,8 @@ struct PrinterState {
         saved(setup.zone),
         status(setup.status),
         jobs(setup.job_times),
-        left_monitoring(setup.monitoring) {}
+        left_monitoring(setup.monitoring),
+        downloads{setup.downloads.mode, DownloadFaults(setup.downloads.faults), {}} {}
 
   // Whether print data makes jobs.
   bool WatchesJobs() const { return monitoring_hosts > 0 || !left_monitoring.IsEmpty() || setup.task_over; }
@@ -48,6 +69,7 @@ struct PrinterState {
   PrintJobs jobs;
   int monitoring_hosts = 0;  // Connections that are sent reports.
   LeftMonitoring left_monitoring;
+  DownloadState downloads;
 };
 
 }  // namespace virtual_printer

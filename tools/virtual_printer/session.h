@@ -3,9 +3,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
+#include <functional>
+#include <optional>
 
 #include "virtual_printer/command_parser.h"
+#include "virtual_printer/download.h"
+#include "virtual_printer/download_control.h"
 #include "virtual_printer/job_control.h"
 #include "virtual_printer/key_settings.h"
 #include "virtual_printer/message.h"
@@ -16,25 +19,45 @@ namespace virtual_printer {
 // The printer at its end of one connection: understands the host's bytes and carries out what they ask.
 class Session {
  public:
+  using Sink = std::function<void(Exchange)>;
+
   // The state must outlive the session.
-  Session(int connection, PrinterState& state) : state_(state), settings_(state), jobs_(connection, state) {}
+  Session(int connection, PrinterState& state)
+      : state_(state), settings_(state), jobs_(connection, state), downloads_(state.downloads) {}
 
-  std::vector<Frame> Parse(const std::uint8_t* data, std::size_t size) { return parser_.Feed(data, size); }
-  std::vector<Frame> ParseEnd() { return parser_.Finish(); }
-  std::size_t PendingBytes() const { return parser_.PendingBytes(); }
+  // Bytes have arrived. What comes of them goes to the sink, one after the other.
+  void Receive(const std::uint8_t* data, std::size_t size, Time now, const Sink& sink);
 
-  Reaction ReactTo(const Frame& frame, Time now);
+  // Lets time pass; to be called when the deadline has come.
+  void Advance(Time now, const Sink& sink);
+  std::optional<Time> NextDeadline() const;
+
+  // The host sends nothing any more.
+  void Finish(Time now, const Sink& sink);
+
+  // The printer drops the connection: what still comes is not looked at.
+  void Drop() { dropped_ = true; }
+
+  std::size_t PendingBytes() const { return parser_.PendingBytes() + held_.size(); }
 
   JobControl& Jobs() { return jobs_; }
   const JobControl& Jobs() const { return jobs_; }
 
  private:
-  Reaction Execute(const Command& command, Time now);
+  Intake TakeDownload(const std::uint8_t* data, std::size_t size, const Sink& sink);
+  std::size_t TakeCommands(const std::uint8_t* data, std::size_t size, Time now, const Sink& sink);
+  void Emit(Exchange exchange, const Sink& sink);
+  Exchange ReactTo(const Frame& frame, Time now);
+  Exchange Execute(const Command& command, Time now);
 
   PrinterState& state_;
   CommandParser parser_;
   KeySettings settings_;
   JobControl jobs_;
+  DownloadControl downloads_;
+  Bytes held_;          // An incomplete unit of a download...
+  Time last_received_;  // ...and when its last byte came.
+  bool dropped_ = false;
 };
 
 }  // namespace virtual_printer

@@ -1,6 +1,7 @@
 #include "virtual_printer/tcp_server.h"
 
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 namespace virtual_printer {
@@ -19,19 +20,60 @@ constexpr std::chrono::milliseconds kAcceptPause{100};
 
 }  // namespace
 
-TcpServer::TcpServer(asio::io_context& context, const asio::ip::tcp::endpoint& endpoint, Lifetime lifetime,
-                     PrinterService& service)
+TcpServer::TcpServer(asio::io_context& context, const TcpPorts& ports, PrinterMode mode, Lifetime lifetime,
+                     PrinterService& service, OnBack on_back)
     : context_(context),
-      acceptor_(context, endpoint, kReuseAddress),
+      ports_(ports),
+      acceptor_(context),
       accept_pause_(context),
+      outage_(context),
       lifetime_(lifetime),
-      service_(service) {
+      service_(service),
+      on_back_(std::move(on_back)) {
+  Listen(mode);
+  service_.SetOutageListener(this);
+}
+
+TcpServer::~TcpServer() { service_.SetOutageListener(nullptr); }
+
+void TcpServer::Listen(PrinterMode mode) {
+  acceptor_ = asio::ip::tcp::acceptor(context_, {ports_.address, ports_.Of(mode)}, kReuseAddress);
+  if (mode == PrinterMode::kOrdinary || !ports_.loader) {
+    ports_.printer = acceptor_.local_endpoint().port();
+  }
   Accept();
+}
+
+void TcpServer::OnOutage(const Outage& outage) {
+  if (lifetime_ == Lifetime::kOneConnection) {
+    return;  // It takes no other connection anyway.
+  }
+  std::error_code ignored;
+  acceptor_.close(ignored);
+  accept_pause_.cancel();
+  outage_.expires_after(outage.duration);
+  outage_.async_wait([this, mode = outage.back_as](const std::error_code& cancelled) {
+    if (!cancelled) {
+      Return(mode);
+    }
+  });
+}
+
+void TcpServer::Return(PrinterMode mode) {
+  try {
+    Listen(mode);
+  } catch (const std::system_error&) {
+    // Somebody else has the port for now. The printer must come back, however late.
+    OnOutage({mode, kAcceptPause});
+    return;
+  }
+  on_back_(mode);
 }
 
 void TcpServer::Accept() {
   acceptor_.async_accept([this](const std::error_code& error, asio::ip::tcp::socket socket) {
-    if (error == asio::error::operation_aborted) {
+    // What was under way when the printer left the network finds nobody.
+    if (error == asio::error::operation_aborted || !acceptor_.is_open()) {
       return;
     }
     if (error) {

@@ -1,0 +1,487 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "test_hosts.h"
+#include "virtual_printer/download_faults.h"
+#include "virtual_printer/download_name.h"
+#include "virtual_printer/printer_model.h"
+
+namespace virtual_printer {
+namespace {
+
+// What a host sends in one go, and the answer that it waits for: hexadecimal digits, with `|` between messages.
+struct Step {
+  std::string sent;
+  std::string answer;
+};
+using Steps = std::vector<Step>;
+
+const std::string kReconnect = "reconnect";  // In place of bytes.
+const std::string kResetCommand = V1("do \"reset_printer\"");
+const Step kReset = {kResetCommand, ""};
+const Step kDfu = {V1("do \"dfu\""), ""};
+const Step kFileMode = {"\x12\x46", "4F4B"};
+const Step kFontMode = {V1("do \"font_download_quick\""), "4F4B"};
+const Step kEndOfFont = {"^END", ""};
+const Step kLoaderMode = {"\x1D\x75\x55\xAA", ""};
+
+std::string Number(std::size_t value, int bytes) {
+  std::string text;
+  for (; bytes > 0; --bytes, value >>= 8) {
+    text += static_cast<char>(value & 0xFF);
+  }
+  return text;
+}
+
+std::size_t Sum(const std::string& text) {
+  return std::accumulate(text.begin(), text.end(), std::size_t{0},
+                         [](std::size_t sum, char byte) { return sum + static_cast<unsigned char>(byte); });
+}
+
+// Bytes that differ from place to place, so that nothing can be exchanged unnoticed.
+std::string Content(std::size_t size) {
+  std::string text;
+  for (std::size_t i = 0; i < size; ++i) {
+    text += static_cast<char>(i * 7 + i / 256);
+  }
+  return text;
+}
+
+std::string Package(std::size_t index, const std::string& data, std::size_t area, char filler = '\0') {
+  std::string package = "\xDD\xCC\xBB\xAA" + Number(index, 4) + Number(data.size(), 2) + data;
+  package.resize(area + 10, filler);
+  return package + Number(Sum(package), 2);
+}
+
+std::string Acknowledgement(int index, int result = 0) {
+  const std::string echo = "\xDD\xCC\xBB\xAA" + Number(index, 4);
+  const std::string answer = echo + Number(result, 2) + Number(Sum(echo), 2);
+  return Hex(Bytes(answer.begin(), answer.end()));
+}
+
+Step Acknowledged(std::size_t index, const std::string& data, std::size_t area, char filler = '\0') {
+  return {Package(index, data, area, filler), Acknowledgement(static_cast<int>(index))};
+}
+
+// The remainder of the long division of the text, with two zero bytes behind it, by the polynomial.
+std::size_t Crc(const std::string& text) {
+  std::size_t remainder = 0;
+  for (const char byte : text + std::string(2, '\0')) {
+    for (int bit = 7; bit >= 0; --bit) {
+      remainder = remainder << 1 | ((static_cast<unsigned char>(byte) >> bit) & 1);
+      remainder ^= (remainder & 0x10000) != 0 ? 0x11021 : 0;
+    }
+  }
+  return remainder;
+}
+
+std::string Block(char kind, std::size_t number, std::string text, std::size_t size, char filler = '\0') {
+  text.resize(size, filler);
+  return kind + Number(number, 1) + Number(255 - number % 256, 1) + text + Number(Crc(text), 2);
+}
+std::string Data(std::size_t index, const std::string& text, char filler = '\0') {
+  return Block('\x02', index + 1, text, 1024, filler);
+}
+Step Header(const std::string& name, const std::string& size) {
+  return {Block('\x01', 0, name + '\0' + size + '\0', 128), "0643"};
+}
+const Step kStart = {"1", "43"};
+const Step kEndOfFile = {"\x04", "06"};
+const Step kClosing = {Block('\x01', 0, "", 128), "06"};
+const Step kEndOfSession = {"3", ""};
+
+std::string SegmentHeader(std::size_t length) { return "VEXO" + Number(length, 4) + std::string(68, 'h'); }
+
+Steps operator+(Steps first, const Steps& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+// From the handshake to the reset, in a loader that is running.
+Steps Ymodem(const std::string& data, Steps blocks) {
+  return Steps{kStart, Header("C:\\logo.bmp", std::to_string(data.size()))} + blocks +
+         Steps{kEndOfFile, kClosing, kEndOfSession, kReset};
+}
+
+struct Scenario {
+  std::string name;
+  std::vector<std::string> faults;
+  PrinterMode mode;
+  Steps steps;
+  std::vector<std::string> downloads;  // What the printer has in the end.
+};
+
+// A printer and a host that does what a scenario says, its bytes cut into pieces.
+class Site {
+ public:
+  explicit Site(const Scenario& scenario, std::size_t piece = 1 << 20)
+      : model_(SetupOf(scenario)), piece_(piece), steps_(scenario.steps) {
+    model_.Connect(1);
+  }
+
+  void Run() {
+    for (const Step& step : steps_) {
+      EXPECT_EQ(Send(step.sent), step.answer) << "step " << &step - steps_.data();
+    }
+  }
+
+  std::string Send(const std::string& bytes) {
+    std::string answer;
+    if (bytes == kReconnect) {
+      Reconnect();
+      return answer;
+    }
+    dropped_ = false;
+    for (std::size_t offset = 0; offset < bytes.size() && !dropped_; offset += piece_) {
+      const std::string piece = bytes.substr(offset, piece_);
+      Note(model_.Receive(1, reinterpret_cast<const std::uint8_t*>(piece.data()), piece.size(), now_), answer);
+    }
+    while (const auto deadline = model_.NextDeadline()) {
+      now_ = *deadline;
+      Note(model_.Advance(now_), answer);
+    }
+    return answer;
+  }
+
+  std::vector<std::string> downloads;
+  std::vector<Outage> outages;
+
+ private:
+  static PrinterSetup SetupOf(const Scenario& scenario) {
+    PrinterSetup setup;
+    setup.downloads.mode = scenario.mode;
+    for (const std::string& fault : scenario.faults) {
+      setup.downloads.faults.push_back(*ParseDownloadFault(fault));
+    }
+    return setup;
+  }
+
+  void Note(const PrinterModel::Events& events, std::string& answer) {
+    for (const WireEvent& event : events) {
+      if (event.direction == WireEvent::Direction::kSent) {
+        answer += (answer.empty() ? "" : "|") + Hex(event.message.bytes);
+      }
+    }
+    PrinterOrders orders = model_.TakeOrders();
+    for (const auto& [connection, download] : orders.completed) {
+      downloads.emplace_back(download.data.begin(), download.data.end());
+    }
+    if (orders.outage) {
+      outages.push_back(*orders.outage);
+    }
+    if (orders.outage || !orders.dropped.empty()) {
+      Reconnect();
+    }
+  }
+
+  void Reconnect() {
+    dropped_ = true;
+    model_.Disconnect(1, now_);
+    model_.Connect(1);
+  }
+
+  PrinterModel model_;
+  const std::size_t piece_;
+  const Steps steps_;
+  Time now_;
+  bool dropped_ = false;
+};
+
+constexpr PrinterMode kPrinter = PrinterMode::kOrdinary;
+constexpr PrinterMode kYmodem = PrinterMode::kYmodemLoader;
+constexpr PrinterMode kFirmware = PrinterMode::kFirmwareLoader;
+
+const std::string kLong = Content(5000);
+const std::string kEven = Content(4096);
+const std::string kShort = Content(30);
+const std::string kSegments = SegmentHeader(3000) + Content(3000) + SegmentHeader(0) + SegmentHeader(5) + "abcde";
+const Steps kShortFile = {kFileMode, Acknowledged(0, kShort, 2048), kReset};
+const Steps kShortFont = {kFontMode, Acknowledged(0, kShort, 1000), kEndOfFont, kReset};
+const Steps kTwoSegments = {
+    kDfu, {SegmentHeader(3), "00"}, {"abc", "00"}, {kReconnect, ""}, {SegmentHeader(1), "00"}, {"d", "00"}, kReset};
+const std::string kTwoSegmentImage = SegmentHeader(3) + "abc" + SegmentHeader(1) + "d";
+
+const Scenario kGoodDownloads[] = {
+    {"file",
+     {},
+     kPrinter,
+     {kFileMode, Acknowledged(0, kLong.substr(0, 2048), 2048), Acknowledged(1, kLong.substr(2048, 2048), 2048),
+      Acknowledged(2, kLong.substr(4096), 2048), kReset},
+     {kLong}},
+    {"file of whole packages behind print data",
+     {},
+     kPrinter,
+     {{"Total 9.99\n\x12\x46", "4F4B"},
+      Acknowledged(0, kEven.substr(0, 2048), 2048),
+      Acknowledged(1, kEven.substr(2048), 2048),
+      kReset},
+     {kEven}},
+    {"font with the last package's filler",
+     {},
+     kPrinter,
+     {kFontMode, Acknowledged(0, kShort.substr(0, 16), 16), Acknowledged(1, kShort.substr(16), 16, 'x'), kEndOfFont,
+      kReset},
+     {kShort}},
+    {"font of one short package", {}, kPrinter, kShortFont, {kShort}},
+    {"font of one full package", {}, kPrinter, {kFontMode, Acknowledged(0, kShort, 30), kEndOfFont, kReset}, {kShort}},
+    {"font in the largest packages",
+     {},
+     kPrinter,
+     {kFontMode, Acknowledged(0, Content(65535), 65535), kEndOfFont, kReset},
+     {Content(65535)}},
+    {"ymodem",
+     {},
+     kPrinter,
+     Steps{kLoaderMode} + Ymodem(kLong, {{Data(0, kLong.substr(0, 1024)), "06"},
+                                         {Data(1, kLong.substr(1024, 1024)), "06"},
+                                         {Data(2, kLong.substr(2048, 1024)), "06"},
+                                         {Data(3, kLong.substr(3072, 1024)), "06"},
+                                         {Data(4, kLong.substr(4096), 'x'), "06"}}),
+     {kLong}},
+    {"ymodem with a block beyond the size",
+     {},
+     kYmodem,
+     Ymodem(Content(1024), {{Data(0, Content(1024)), "06"}, {Data(1, "more"), "06"}}),
+     {Content(1024)}},
+    {"firmware, with an empty body in it",
+     {},
+     kPrinter,
+     {kDfu,
+      {SegmentHeader(3000), "00"},
+      {Content(3000), "00"},
+      {kReconnect, ""},
+      {SegmentHeader(0), "00|00"},
+      {kReconnect, ""},
+      {SegmentHeader(5), "00"},
+      {"abcde", "00"},
+      kReset},
+     {kSegments}},
+};
+
+// The steps with others before one of them: what goes wrong first.
+Steps Before(const Steps& steps, std::size_t at, const Steps& wrong) {
+  const auto here = steps.begin() + static_cast<std::ptrdiff_t>(at);
+  return Steps(steps.begin(), here) + wrong + Steps(here, steps.end());
+}
+
+std::string Corrupted(std::string bytes, std::size_t at) {
+  bytes.at(at) = static_cast<char>(bytes[at] ^ 1);
+  return bytes;
+}
+
+// A package that claims more bytes than its data area has.
+std::string Overfull() {
+  std::string package = Package(0, std::string(2048, 'x'), 2048);
+  package.replace(8, 2, Number(2049, 2)).resize(package.size() - 2);
+  return package + Number(Sum(package), 2);
+}
+
+const std::string kPackage = Package(0, kShort, 2048);
+const std::string kFontPackage = Package(0, kShort, 1000);
+const std::string kRefusedPackage = Acknowledgement(0, 1);
+const Steps kShortYmodem = Ymodem(kShort, {{Data(0, kShort), "06"}});
+const std::string kBlock = Data(0, kShort);
+
+Step Answered(const Step& step, const std::string& answer) { return {step.sent, answer}; }
+
+const Scenario kHostErrors[] = {
+    {"wrong checksum", {}, kPrinter, Before(kShortFile, 1, {{Corrupted(kPackage, 500), kRefusedPackage}}), {kShort}},
+    {"wrong magic",
+     {},
+     kPrinter,
+     Before(kShortFile, 1,
+            {{Corrupted(kPackage, 3),
+              "DDCCBBAB00000000"
+              "0100"
+              "0F03"}}),
+     {kShort}},
+    {"half a package", {}, kPrinter, Before(kShortFile, 1, {{kPackage.substr(0, 900), kRefusedPackage}}), {kShort}},
+    {"more bytes than fit", {}, kPrinter, Before(kShortFile, 1, {{Overfull(), kRefusedPackage}}), {kShort}},
+    {"packages out of order",
+     {},
+     kPrinter,
+     Before(kShortFile, 1, {{Package(1, kShort, 2048), Acknowledgement(1, 1)}}),
+     {kShort}},
+    {"package repeated", {}, kPrinter, Before(kShortFile, 1, {kShortFile[1]}), {kShort}},
+    {"first font package corrupted",
+     {},
+     kPrinter,
+     Before(kShortFont, 1, {{Corrupted(kFontPackage, 20), kRefusedPackage}}),
+     {kShort}},
+    {"font without an end", {}, kPrinter, {kFontMode, kShortFont[1], kReset}, {}},
+    {"another command gives a file up", {}, kPrinter, Before(kShortFile, 2, {{kOff, ""}}), {}},
+    {"file begun again", {}, kPrinter, Before(kShortFile, 2, {kFileMode, kShortFile[1]}), {kShort}},
+    {"connection lost in a file", {}, kPrinter, Before(kShortFile, 2, {{kReconnect, ""}}), {}},
+    {"wrong CRC", {}, kYmodem, Before(kShortYmodem, 2, {{Corrupted(kBlock, 500), "15"}}), {kShort}},
+    {"CRC high byte first",
+     {},
+     kYmodem,
+     Before(kShortYmodem, 2, {{kBlock.substr(0, 1027) + kBlock[1028] + kBlock[1027], "15"}}),
+     {kShort}},
+    {"wrong block number", {}, kYmodem, Before(kShortYmodem, 2, {{Data(1, kShort), "15"}}), {kShort}},
+    {"half a block", {}, kYmodem, Before(kShortYmodem, 2, {{kBlock.substr(0, 1000), "15"}}), {kShort}},
+    {"block repeated",
+     {},
+     kYmodem,
+     Ymodem(
+         Content(2000),
+         {{Data(0, Content(1024)), "06"}, {Data(0, Content(1024)), "06"}, {Data(1, Content(2000).substr(1024)), "06"}}),
+     {Content(2000)}},
+    {"end before the data", {}, kYmodem, Before(kShortYmodem, 2, {{"\x04", "15"}}), {kShort}},
+    {"header without a size", {}, kYmodem, Before(kShortYmodem, 1, {{Header("a", "").sent, "15"}}), {kShort}},
+    {"absurd size", {}, kYmodem, Before(kShortYmodem, 1, {{Header("a", "99999999999").sent, "15"}}), {kShort}},
+    {"noise in the loader", {}, kYmodem, Before(kShortYmodem, 0, {{"\x1D\x75\x55\xAA\x12\x46", ""}}), {kShort}},
+    {"connection lost in a ymodem file",
+     {},
+     kYmodem,
+     Steps{kStart, Header("a", "30"), {kBlock, "06"}, {kReconnect, ""}} + kShortYmodem,
+     {kShort}},
+    {"connection lost in a firmware body",
+     {},
+     kPrinter,
+     {kDfu, {SegmentHeader(3), "00"}, {"ab", ""}, {kReconnect, ""}, kReset},
+     {}},
+    {"firmware begun again in the loader",
+     {},
+     kFirmware,
+     Steps{{SegmentHeader(1), "00"}, {"x", "00"}, {kReconnect, ""}} + kTwoSegments,
+     {kTwoSegmentImage}},
+    {"absurd body", {}, kFirmware, Before(kTwoSegments, 1, {{SegmentHeader(0xFFFFFFFF), "01"}}), {kTwoSegmentImage}},
+};
+
+const Step& kOne = kShortFile[1];
+const Step& kOneBlock = kShortYmodem[2];
+const Scenario kFaults[] = {
+    {"refused twice",
+     {"refuse@0x2"},
+     kPrinter,
+     Before(kShortFile, 1, {Answered(kOne, kRefusedPackage), Answered(kOne, kRefusedPackage)}),
+     {kShort}},
+    {"wrong echo", {"wrong-echo@0"}, kPrinter, Before(kShortFile, 1, {Answered(kOne, Acknowledgement(1))}), {kShort}},
+    {"bad checksum",
+     {"bad-checksum@0"},
+     kPrinter,
+     Before(kShortFile, 1, {Answered(kOne, "DDCCBBAA0000000000000F03")}),
+     {kShort}},
+    {"silence, then a split answer",
+     {"silence@0", "split@0"},
+     kPrinter,
+     Before(kShortFont, 1, {Answered(kShortFont[1], ""), Answered(kShortFont[1], "DDCCBBAA0000|000000000E03")}),
+     {kShort}},
+    {"dropped", {"drop@0"}, kPrinter, {kFileMode, Answered(kOne, ""), kReset}, {}},
+    {"file mode refused", {"refuse@mode"}, kPrinter, Before(kShortFile, 0, {Answered(kFileMode, "4E4F")}), {kShort}},
+    {"mode answer in pieces", {"split@mode"}, kPrinter, {Answered(kFontMode, "4F|4B")}, {}},
+    {"loader refused", {"refuse@mode"}, kPrinter, Steps{kLoaderMode} + kShortFile, {kShort}},
+    {"dropped without a loader", {"drop@mode"}, kPrinter, Steps{kDfu} + kShortFile, {kShort}},
+    {"each step of a ymodem session refused",
+     {"refuse@handshake", "nak@header", "nak@0", "nak@end", "nak@closing"},
+     kYmodem,
+     {Answered(kStart, "15"), kStart, Answered(kShortYmodem[1], "15"), kShortYmodem[1], Answered(kOneBlock, "15"),
+      kOneBlock, Answered(kEndOfFile, "15"), kEndOfFile, Answered(kClosing, "15"), kClosing, kEndOfSession, kReset},
+     {kShort}},
+    {"each step of a ymodem session unanswered or in pieces",
+     {"silence@handshake", "split@header", "silence@0", "silence@end", "silence@closing"},
+     kYmodem,
+     {Answered(kStart, ""), kStart, Answered(kShortYmodem[1], "06|43"), Answered(kOneBlock, ""), kOneBlock,
+      Answered(kEndOfFile, ""), kEndOfFile, Answered(kClosing, ""), kClosing, kEndOfSession, kReset},
+     {kShort}},
+    {"firmware header refused",
+     {"refuse@2"},
+     kPrinter,
+     Before(kTwoSegments, 4, {Answered(kTwoSegments[4], "01")}),
+     {kTwoSegmentImage}},
+    {"firmware body refused",
+     {"refuse@1"},
+     kPrinter,
+     {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], "01"), kReset},
+     {}},
+    {"firmware body unanswered",
+     {"silence@1"},
+     kPrinter,
+     {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], ""), kReset},
+     {SegmentHeader(3) + "abc"}},
+};
+
+template <std::size_t kCount>
+void RunAll(const Scenario (&scenarios)[kCount]) {
+  for (const Scenario& scenario : scenarios) {
+    for (const std::size_t piece : {std::size_t{1} << 20, std::size_t{1000}, std::size_t{1}}) {
+      SCOPED_TRACE(scenario.name + ", in pieces of " + std::to_string(piece));
+      Site site(scenario, piece);
+      site.Run();
+      EXPECT_TRUE(site.downloads == scenario.downloads) << site.downloads.size() << " downloads";
+    }
+  }
+}
+
+TEST(Downloads, ArriveAsTheyWereSent) { RunAll(kGoodDownloads); }
+TEST(Downloads, SurviveWhatHostsAndLinesDoWrong) { RunAll(kHostErrors); }
+TEST(Downloads, GoWrongOnRequest) { RunAll(kFaults); }
+
+TEST(Downloads, YmodemBlockNumbersWrap) {
+  const std::string data = Content(258 * 1024 - 1);
+  Steps blocks;
+  for (std::size_t i = 0; i < 258; ++i) {
+    blocks.push_back({Data(i, data.substr(i * 1024, 1024)), "06"});
+  }
+  Site site({"", {}, kYmodem, Ymodem(data, blocks), {}});
+  site.Run();
+  EXPECT_TRUE(site.downloads == std::vector<std::string>{data});
+}
+
+TEST(Downloads, EndInARestart) {
+  PrinterSetup setup;
+  setup.downloads.loader_delay = std::chrono::milliseconds(70);
+  setup.downloads.restart_time = std::chrono::milliseconds(40);
+  Shop shop(setup, /*hosts=*/2);
+  const std::string set_width = V1("setkey") + std::string("\x01\xCC\x00\x02\x80\x02", 6);
+  shop.Send(1, set_width + "Total 9.99\n");
+  shop.Send(1, kLoaderMode.sent + "lost");
+  const Outage loader = *shop.model.TakeOrders().outage;
+  EXPECT_EQ(loader.back_as, kYmodem);
+  EXPECT_EQ(loader.duration, setup.downloads.loader_delay);
+  EXPECT_EQ(shop.Send(2, set_width), Transcript{}) << "the printer has left the network";
+
+  shop.Leave(1);
+  shop.model.Connect(1);
+  EXPECT_EQ(shop.Send(1, set_width), Transcript{"1> setkey (unknown to the loader)"});
+  shop.Send(1, kResetCommand);
+  const Outage restart = *shop.model.TakeOrders().outage;
+  EXPECT_EQ(restart.back_as, kPrinter);
+  EXPECT_EQ(restart.duration, setup.downloads.restart_time);
+  EXPECT_EQ(shop.model.State().current.print_width, kDefaultPrintWidth);
+}
+
+TEST(DownloadFaults, AreReadFromText) {
+  for (const char* text : {"", "drop", "drop@", "@1", "dropp@1", "drop@-1", "drop@1x", "drop@1x0", "drop@x2",
+                           "drop@1x2x", "drop@4294967296", "drop@mode1"}) {
+    EXPECT_FALSE(ParseDownloadFault(text)) << text;
+  }
+}
+
+TEST(DownloadName, NeverLeadsOutOfTheFolder) {
+  const struct {
+    DownloadKind kind;
+    std::string host_name;
+    int number;
+    std::string expected;
+  } rows[] = {
+      {DownloadKind::kFile, "ignored", 3, "file-3.bin"},
+      {DownloadKind::kYmodem, "C:\\data\\logo.bmp", 1, "ymodem-logo.bmp.bin"},
+      {DownloadKind::kYmodem, "../../etc/passwd", 2, "ymodem-passwd-2.bin"},
+      {DownloadKind::kYmodem, "..", 1, "ymodem-...bin"},
+      {DownloadKind::kYmodem, "a/b\\", 1, "ymodem-.bin"},
+      {DownloadKind::kYmodem, "a b\n\xE4*", 1, "ymodem-a_b___.bin"},
+      {DownloadKind::kYmodem, "C:nul", 1, "ymodem-nul.bin"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(DownloadFileName({row.kind, row.host_name, {}}, row.number), row.expected);
+  }
+}
+
+}  // namespace
+}  // namespace virtual_printer
