@@ -79,13 +79,9 @@ bool BareConnection::Read(std::vector<uint8_t>* bytes) const {
 
 bool BareConnection::IsAlive() const {
   fd_set exceptional = SetOf(socket_);
-  timeval no_wait = kNoWait;
-  if (select(0, nullptr, nullptr, &exceptional, &no_wait) != 0) {
-    return false;
-  }
   fd_set readable = SetOf(socket_);
-  no_wait = kNoWait;
-  return select(0, &readable, nullptr, nullptr, &no_wait) == 0;
+  timeval no_wait = kNoWait;
+  return select(0, &readable, nullptr, &exceptional, &no_wait) == 0;
 }
 
 }  // namespace vexo::benchmark

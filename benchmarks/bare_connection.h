@@ -26,7 +26,7 @@ class BareConnection {
   // select and recv, each for all that is missing, as the library does.
   bool Read(std::vector<uint8_t>* bytes) const;
 
-  // The two looks with which the library finds out, before it sends, that a printer dropped the connection.
+  // The look with which the library finds out, before it sends, that a printer dropped the connection.
   bool IsAlive() const;
 
  private:

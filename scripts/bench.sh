@@ -11,19 +11,23 @@ build=${VEXO_BENCH_BUILD:-build/windows-x64}
 if [ -z "${VEXO_BENCH_BUILD:-}" ]; then
   cmake --preset windows-x64 --log-level=WARNING
 fi
-cmake --build "$build" --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark
+cmake --build "$build" --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark download_benchmark
+cmake --preset host-release --log-level=WARNING
+cmake --build build/host-release --target virtual_printer
 
 exec {peer_output}< <(exec python3 benchmarks/peer.py)
 peer_pid=$!
-trap 'kill "$peer_pid"; release_wine' EXIT
+trap 'kill "$peer_pid"; stop_printers; release_wine' EXIT
 read -r -a ports <&"$peer_output"
 hold_wine
+start_printer build/host-release/bin/virtual_printer /dev/null --loader-delay 0 --restart-time 0
 
 results=$(
   scripts/wine.sh "$build/bin/transfer_benchmark.exe" "${ports[@]}"
   for benchmark in load report monitor; do
     scripts/wine.sh "$build/bin/${benchmark}_benchmark.exe"
   done
+  scripts/wine.sh "$build/bin/download_benchmark.exe" "$printer_port"
   stat -c '%s' "$build/bin/vexoextend.dll" | awk '{ printf "size of the DLL, MiB;%.3f;<=;1.5\n", $1 / 1048576 }'
 )
 printf '\n'

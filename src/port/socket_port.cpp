@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 #include "platform/clock.h"
 #include "port/transfer_pacing.h"
@@ -47,9 +48,24 @@ int AwaitWritable(SOCKET socket, const timeval* limit) {
   return Await(nullptr, &writable.set, nullptr, limit);
 }
 
-int TestException(SOCKET socket) {
+// What one look at a socket shows, without waiting.
+struct Look {
+  bool failed = false;
+  bool exceptional = false;
+  bool readable = false;
+  bool writable = false;
+};
+
+Look LookAt(SOCKET socket) {
+  SocketSet readable(socket);
+  SocketSet writable(socket);
   SocketSet exceptional(socket);
-  return Await(nullptr, nullptr, &exceptional.set, &kNoWait);
+  Look look;
+  look.failed = Await(&readable.set, &writable.set, &exceptional.set, &kNoWait) == SOCKET_ERROR;
+  look.exceptional = FD_ISSET(socket, &exceptional.set) != 0;
+  look.readable = FD_ISSET(socket, &readable.set) != 0;
+  look.writable = FD_ISSET(socket, &writable.set) != 0;
+  return look;
 }
 
 // The error that the system has noted for the socket, 0 for none.
@@ -236,22 +252,24 @@ int32_t SocketPort::Reconnect() {
   return Connect();
 }
 
-// Looks without waiting. Printers drop idle connections; the drop shows as an error, or as an end of the data.
-bool SocketPort::IsDropped() const {
+// Looks without waiting, once for all that matters: a look costs as much as sending a small piece. Printers drop idle
+// connections; the drop shows as an error, or as an end of the data.
+bool SocketPort::IsDropped(bool* writable) const {
+  *writable = false;
   if (!socket_.valid()) {
     return true;
   }
   const SOCKET socket = socket_.get();
-  const int exception = TestException(socket);
-  if (exception != 0) {
-    return exception == SOCKET_ERROR || PendingError(socket) != 0;
+  const Look look = LookAt(socket);
+  *writable = look.writable;
+  if (look.failed) {
+    return true;
   }
-  const int readable = AwaitReadable(socket, &kNoWait);
-  if (readable == 0) {
-    return false;
+  if (look.exceptional) {
+    return PendingError(socket) != 0;
   }
   char byte = 0;
-  return readable == SOCKET_ERROR || recv(socket, &byte, 1, MSG_PEEK) <= 0;
+  return look.readable && recv(socket, &byte, 1, MSG_PEEK) <= 0;
 }
 
 int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
@@ -262,7 +280,9 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
     return VEXO_OK;
   }
   WSASetLastError(0);
-  if (IsDropped()) {
+  bool writable_already = false;
+  if (IsDropped(&writable_already)) {
+    writable_already = false;
     const int32_t result = Reconnect();
     if (result != VEXO_OK) {
       return result;
@@ -276,7 +296,7 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
     if (!budget.Step()) {
       return retried_error;
     }
-    const int writable = AwaitWritable(socket_.get(), budget.limit());
+    const int writable = std::exchange(writable_already, false) ? 1 : AwaitWritable(socket_.get(), budget.limit());
     if (writable <= 0) {
       return writable == 0 ? VEXO_ERROR_IO_WRITE_TIMEOUT : WSAGetLastError();
     }

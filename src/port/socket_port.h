@@ -48,7 +48,7 @@ class SocketPort : public DevicePort {
   int32_t AwaitConnection();
   int32_t Reconnect();
   void DropSocket();
-  bool IsDropped() const;
+  bool IsDropped(bool* writable) const;
 
   const uint32_t buffer_size_;
   platform::WinsockUse winsock_;

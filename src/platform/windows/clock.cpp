@@ -51,15 +51,22 @@ class IdleTimers {
 
 IdleTimers g_idle_timers;
 
+constexpr LONGLONG kUnitsPerMillisecond = 10'000;  // Of 100 ns, as timers count.
+
+// Even these timers are late by up to a millisecond. A download sleeps for 20 ms thousands of times, so short sleeps
+// end their timer a little early and wait out the rest awake.
+constexpr uint32_t kLongestShortSleepMs = 50;
+constexpr LONGLONG kAwake = kUnitsPerMillisecond;
+
 // Sleep() rounds up to the system's timer period: at the usual 15.6 ms a pause of 20 ms would last 31 ms. A
 // high-resolution timer (Windows 10 1803 and later) keeps to the millisecond.
-bool SleepOnTimer(uint32_t milliseconds) {
+bool SleepOnTimer(LONGLONG units) {
   ScopedHandle timer = g_idle_timers.Take();
   if (!timer.valid()) {
     return false;
   }
   LARGE_INTEGER due;
-  due.QuadPart = -static_cast<LONGLONG>(milliseconds) * 10'000;  // Relative, in units of 100 ns.
+  due.QuadPart = -units;  // Relative.
   const bool slept = SetWaitableTimer(timer.get(), &due, 0, nullptr, nullptr, FALSE) != 0 &&
                      WaitForSingleObject(timer.get(), INFINITE) == WAIT_OBJECT_0;
   if (slept) {
@@ -85,8 +92,15 @@ int64_t PerformanceFrequency() {
 }
 
 void SleepMs(uint32_t milliseconds) {
-  if (!SleepOnTimer(milliseconds)) {
+  const int64_t started = PerformanceCounter();
+  const LONGLONG units = static_cast<LONGLONG>(milliseconds) * kUnitsPerMillisecond;
+  const bool is_short = milliseconds > 0 && milliseconds <= kLongestShortSleepMs;
+  if (!SleepOnTimer(is_short ? units - kAwake : units)) {
     Sleep(milliseconds);
+  }
+  const int64_t steps = PerformanceFrequency() * milliseconds / 1000;
+  while (is_short && PerformanceCounter() - started < steps) {
+    SwitchToThread();
   }
 }
 
