@@ -100,7 +100,7 @@ void SleepMs(uint32_t milliseconds) {
   }
   const int64_t steps = PerformanceFrequency() * milliseconds / 1000;
   while (is_short && PerformanceCounter() - started < steps) {
-    SwitchToThread();
+    YieldProcessor();
   }
 }
 
