@@ -394,6 +394,75 @@ VEXO_API int32_t DownloadFMWImg(VexoPrinterHandle* handle, const char* fileName,
 VEXO_API int32_t downloadYModem(VexoPrinterHandle* handle, const char* fileName, const char* descriptor,
                                 DownloadProgressCallback progress);
 
+/*
+ * USB hot-plug monitor.
+ *
+ * One thread for the whole process tells the registered callbacks when a USB printer is plugged in or removed (a device
+ * with the interface class {28D78FAD-5A12-11D1-AE5B-0000F803A8C2}). Printers that are there already are not announced.
+ *
+ *   AddUSBMonitor(f, context); StartUSBMonitorThread(); ... StopUSBMonitorThread();
+ *
+ * The functions may be called from any thread, also from a callback (but for StopUSBMonitorThread); none of them from a
+ * DllMain. They store nothing for GetLastErrorCode.
+ *
+ * Stop the monitor before the library is unloaded. Until then it holds a reference to the library, so a FreeLibrary too
+ * early leaves it loaded, with the thread calling back; loading it again gives the same monitor, which can be stopped.
+ * At the end of the process nothing needs to be done.
+ */
+
+/**
+ * Told of each USB printer that is plugged in (event 0) or removed (event 1).
+ *
+ * Runs on the monitor's thread, one call at a time, in the order of the callbacks' addresses. AddUSBMonitor,
+ * RemoveUSBMonitor and StopUSBMonitorThread on other threads wait until all callbacks have returned: a callback must
+ * not wait for a thread that calls one of them. The callback may call them itself, but for StopUSBMonitorThread. A C++
+ * exception that it throws is dropped.
+ *
+ * @param context as given to AddUSBMonitor.
+ * @param device  instance part of the device's path, in upper case: the serial number, or a text made by the system for
+ *                a device without one. Zero-terminated, in the system's ANSI code page, never empty, valid during the
+ *                call.
+ * @param event   0 plugged in, 1 removed.
+ */
+typedef void (*USBMonitorCallback)(void* context, const char* device, int32_t event);
+
+/**
+ * Starts the monitor's thread, unless it has been started and not stopped since. Does not wait until the thread
+ * listens: a printer that is plugged in at this very moment may be missed.
+ *
+ * @return 0, also when the thread finds later that the system does not let it listen (it then never calls back; stop it
+ *         before starting it anew); -9 the system has no thread or no memory for it.
+ */
+VEXO_API int32_t StartUSBMonitorThread(void);
+
+/**
+ * Ends the monitor's thread, waits for that (also for the callbacks that are running) and removes all callbacks: none
+ * is called any more. Without a thread it only removes the callbacks.
+ *
+ * @return 0.
+ * @throws std::system_error (a C++ exception, "resource deadlock would occur") on the monitor's thread, that is inside
+ * a callback. The thread then ends after the callbacks, which stay registered; the monitor is to be stopped from
+ *         another thread all the same.
+ */
+VEXO_API int32_t StopUSBMonitorThread(void);
+
+/**
+ * Adds a callback, whether the monitor is running or not. It stays until it is removed or the monitor is stopped.
+ *
+ * @param callback adding a function twice keeps it once, with the second context.
+ * @param context  given to the callback; may be null. Must stay valid until the callback is removed.
+ * @return the callback's address as a number; not added: 0 for a null callback, -9 out of memory.
+ */
+VEXO_API int64_t AddUSBMonitor(USBMonitorCallback callback, void* context);
+
+/**
+ * Removes a callback. When it returns on another thread than the monitor's, the callback is not running and will not be
+ * called again.
+ *
+ * @return 1, also when there is no such callback.
+ */
+VEXO_API int32_t RemoveUSBMonitor(USBMonitorCallback callback);
+
 #ifdef __cplusplus
 }
 #endif

@@ -1,13 +1,13 @@
 // The DLL as a file that hosts load: what it exports, which version it is, and that it leaves nothing behind.
 #include <gtest/gtest.h>
 #include <windows.h>
-#include <winternl.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "vexo/extend.h"
+#include "windows/process_resources.h"
 
 namespace vexo {
 namespace {
@@ -40,13 +40,15 @@ std::string ExportedNames(HMODULE library) {
 }
 
 TEST(ModuleTest, ExportsWhatHostsImport) {
-  EXPECT_EQ(ExportedNames(Library()),
-            "AddReprintMonitorFun CloseReprintMonitorWork DestroyReprintMonitorObj DiskPortOpen DownloadFMWImg "
-            "DownloadFontFile GetDeviceStatus GetExtendVersion GetLastErrorCode GetPrintWidth GetPrinterTaskOverInfo "
-            "GetReprintMonitorObj GetStatusReport OpenReprintMonitorWork QueryReprintMonitorWork RegisterPrinter "
-            "RemoveReprintMonitorFun ResetPrinterInteriorId ScannerGunPortOpen ScannerPortOpen SelectSDKRepintType "
-            "SetClearPrintTask SetDelayTime SetPaperFeed SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut "
-            "downloadFile downloadYModem setCancel ");
+  EXPECT_EQ(
+      ExportedNames(Library()),
+      "AddReprintMonitorFun AddUSBMonitor CloseReprintMonitorWork DestroyReprintMonitorObj DiskPortOpen DownloadFMWImg "
+      "DownloadFontFile GetDeviceStatus GetExtendVersion GetLastErrorCode GetPrintWidth GetPrinterTaskOverInfo "
+      "GetReprintMonitorObj GetStatusReport OpenReprintMonitorWork QueryReprintMonitorWork RegisterPrinter "
+      "RemoveReprintMonitorFun RemoveUSBMonitor ResetPrinterInteriorId ScannerGunPortOpen ScannerPortOpen "
+      "SelectSDKRepintType "
+      "SetClearPrintTask SetDelayTime SetPaperFeed SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut "
+      "StartUSBMonitorThread StopUSBMonitorThread downloadFile downloadYModem setCancel ");
 }
 
 TEST(ModuleTest, CarriesItsVersion) {
@@ -58,35 +60,6 @@ TEST(ModuleTest, CarriesItsVersion) {
   ASSERT_NE(VerQueryValueA(resource.data(), "\\", reinterpret_cast<void**>(&version), &size), 0);
   EXPECT_EQ(version->dwFileVersionMS, 0x0001'0000U);
   EXPECT_EQ(version->dwFileVersionLS, 0x0002'0002U);
-}
-
-// Handles of this process, as the system lists them: the layout of the list is not in its headers.
-size_t CountHandles() {
-  struct Entry {
-    void* object;
-    ULONG_PTR process;
-    ULONG_PTR handle;
-    ULONG access;
-    USHORT trace, type;
-    ULONG attributes, reserved;
-  };
-  struct List {
-    ULONG_PTR count, reserved;
-  };
-  constexpr auto kExtendedHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(64);
-  std::vector<char> buffer(1 << 20);
-  ULONG used = 0;
-  while (NtQuerySystemInformation(kExtendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()),
-                                  &used) != 0) {
-    buffer.resize(buffer.size() * 2);
-  }
-  const auto* const list = reinterpret_cast<const List*>(buffer.data());
-  const auto* const entries = reinterpret_cast<const Entry*>(list + 1);
-  size_t handles = 0;
-  for (ULONG_PTR i = 0; i < list->count; ++i) {
-    handles += entries[i].process == GetCurrentProcessId() ? 1 : 0;
-  }
-  return handles;
 }
 
 // Thread-local slots that a program may still take; there are about a thousand for all its libraries.
@@ -117,12 +90,12 @@ TEST(ModuleTest, LeavesNothingBehindWhenItIsUnloaded) {
     ASSERT_EQ(GetModuleHandleA(copy.c_str()), nullptr) << "still loaded";
   };
   use_once();
-  const size_t handles = CountHandles();
+  const size_t handles = test::CountHandles();
   const size_t slots = CountFreeSlots();
   for (int i = 0; i < 100; ++i) {
     use_once();
   }
-  EXPECT_EQ(CountHandles(), handles);
+  EXPECT_EQ(test::CountHandles(), handles);
   EXPECT_EQ(CountFreeSlots(), slots);
   EXPECT_NE(DeleteFileA(copy.c_str()), 0);
 }

@@ -1,0 +1,38 @@
+#include <new>
+#include <system_error>
+
+#include "discovery/usb_callback_registry.h"
+#include "discovery/usb_hotplug.h"
+#include "vexo/extend.h"
+
+int32_t StartUSBMonitorThread(void) {
+  try {
+    vexo::StartUsbHotplugMonitor();
+    return VEXO_OK;
+  } catch (const std::bad_alloc&) {
+  } catch (const std::system_error&) {  // No thread to be had.
+  }
+  return VEXO_ERROR_OUT_OF_MEMORY;
+}
+
+int32_t StopUSBMonitorThread(void) {
+  vexo::StopUsbHotplugMonitor();
+  return VEXO_OK;
+}
+
+int64_t AddUSBMonitor(USBMonitorCallback callback, void* context) {
+  if (callback == nullptr) {
+    return 0;
+  }
+  try {
+    return vexo::UsbCallbacks().Add(callback, context);
+  } catch (const std::bad_alloc&) {
+    return VEXO_ERROR_OUT_OF_MEMORY;
+  }
+}
+
+int32_t RemoveUSBMonitor(USBMonitorCallback callback) {
+  constexpr int32_t kRemoved = 1;  // Whether it was there or not.
+  vexo::UsbCallbacks().Remove(callback);
+  return kRemoved;
+}

@@ -1,0 +1,46 @@
+// Owning type for a reference to a loaded module.
+#ifndef VEXO_PLATFORM_WINDOWS_SCOPED_MODULE_H_
+#define VEXO_PLATFORM_WINDOWS_SCOPED_MODULE_H_
+
+#include <windows.h>
+
+#include <utility>
+
+namespace vexo::platform {
+
+// Keeps a module loaded. Somebody else must hold a reference, too, when this one is given back by code of that module.
+class ScopedModule {
+ public:
+  ScopedModule() = default;
+  ScopedModule(ScopedModule&& other) noexcept : module_(std::exchange(other.module_, nullptr)) {}
+  ScopedModule& operator=(ScopedModule&& other) noexcept {
+    if (this != &other) {
+      Reset();
+      module_ = std::exchange(other.module_, nullptr);
+    }
+    return *this;
+  }
+  ScopedModule(const ScopedModule&) = delete;
+  ScopedModule& operator=(const ScopedModule&) = delete;
+  ~ScopedModule() { Reset(); }
+
+  // The module that `address` lies in.
+  static ScopedModule At(const void* address) {
+    ScopedModule found;
+    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<const char*>(address), &found.module_);
+    return found;
+  }
+
+  void Reset() {
+    if (module_ != nullptr) {
+      FreeLibrary(std::exchange(module_, nullptr));
+    }
+  }
+
+ private:
+  HMODULE module_ = nullptr;
+};
+
+}  // namespace vexo::platform
+
+#endif  // VEXO_PLATFORM_WINDOWS_SCOPED_MODULE_H_

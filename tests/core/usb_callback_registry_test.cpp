@@ -1,0 +1,116 @@
+// USB events that go to the host's callbacks.
+#include "discovery/usb_callback_registry.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "support/allocation_faults.h"
+
+namespace vexo {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+// Who was called, and with what.
+Texts g_calls;
+
+// The context: what the callback does beyond being noted.
+using Action = std::function<void()>;
+
+template <char kName>
+void Note(void* context, const char* device, int32_t event) {
+  g_calls.push_back(std::string(1, kName) + " " + device + " " + std::to_string(event));
+  if (context != nullptr) {
+    (*static_cast<Action*>(context))();
+  }
+}
+
+class UsbCallbackRegistryTest : public ::testing::Test {
+ protected:
+  UsbCallbackRegistryTest() {
+    std::sort(std::begin(callbacks_), std::end(callbacks_),
+              [](const Named& left, const Named& right) { return left.Key() < right.Key(); });
+  }
+
+  struct Named {
+    char name;
+    USBMonitorCallback callback;
+    int64_t Key() const { return static_cast<int64_t>(reinterpret_cast<intptr_t>(callback)); }
+  };
+
+  // The calls that one event causes, as the names of the callbacks: "012" in the order of their addresses.
+  std::string Deliver() {
+    g_calls.clear();
+    registry_.Deliver("ABC", 1);
+    std::string places;
+    for (const std::string& call : g_calls) {
+      EXPECT_EQ(" ABC 1", call.substr(1));
+      const auto* const found = std::find_if(std::begin(callbacks_), std::end(callbacks_),
+                                             [&](const Named& named) { return named.name == call[0]; });
+      places += std::to_string(found - std::begin(callbacks_));
+    }
+    return places;
+  }
+
+  int64_t Add(int place, Action* action = nullptr) { return registry_.Add(callbacks_[place].callback, action); }
+  void Remove(int place) { registry_.Remove(callbacks_[place].callback); }
+
+  Named callbacks_[3] = {{'A', Note<'A'>}, {'B', Note<'B'>}, {'C', Note<'C'>}};
+  UsbCallbackRegistry registry_;
+};
+
+TEST_F(UsbCallbackRegistryTest, CallsInTheOrderOfTheAddressesEachOnce) {
+  EXPECT_EQ("", Deliver());
+  for (const int place : {2, 0, 1, 0}) {
+    EXPECT_EQ(callbacks_[place].Key(), Add(place));
+  }
+  EXPECT_EQ("012", Deliver());
+  Remove(1);
+  Remove(1);
+  EXPECT_EQ("02", Deliver());
+  registry_.RemoveAll();
+  EXPECT_EQ("", Deliver());
+}
+
+TEST_F(UsbCallbackRegistryTest, SecondContextReplacesTheFirst) {
+  int first_calls = 0;
+  int second_calls = 0;
+  Action first = [&] { ++first_calls; };
+  Action second = [&] { ++second_calls; };
+  Add(0, &first);
+  Add(0, &second);
+  EXPECT_EQ("0", Deliver());
+  EXPECT_EQ(0, first_calls);
+  EXPECT_EQ(1, second_calls);
+}
+
+TEST_F(UsbCallbackRegistryTest, CallbackMayAddAndRemoveAndThrow) {
+  Action add_others = [&] {
+    Add(0);
+    Add(2);
+    throw std::runtime_error("a host's own trouble");
+  };
+  Add(1, &add_others);
+  EXPECT_EQ("12", Deliver());
+  EXPECT_EQ("012", Deliver());
+  Action remove_all = [&] { registry_.RemoveAll(); };
+  Add(1, &remove_all);
+  EXPECT_EQ("01", Deliver());
+  EXPECT_EQ("", Deliver());
+}
+
+TEST_F(UsbCallbackRegistryTest, AddWithoutMemoryChangesNothing) {
+  Add(0);
+  test::AllocationFault fault(1);
+  EXPECT_THROW(Add(1), std::bad_alloc);
+  ASSERT_TRUE(fault.Lift());
+  EXPECT_EQ("0", Deliver());
+}
+
+}  // namespace
+}  // namespace vexo

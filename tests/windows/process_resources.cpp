@@ -1,0 +1,54 @@
+#include "windows/process_resources.h"
+
+#include <windows.h>
+#include <winternl.h>
+
+// After windows.h.
+#include <tlhelp32.h>
+
+#include <vector>
+
+namespace vexo::test {
+
+// As the system lists them: the layout of the list is not in its headers.
+size_t CountHandles() {
+  struct Entry {
+    void* object;
+    ULONG_PTR process;
+    ULONG_PTR handle;
+    ULONG access;
+    USHORT trace, type;
+    ULONG attributes, reserved;
+  };
+  struct List {
+    ULONG_PTR count, reserved;
+  };
+  constexpr auto kExtendedHandleInformation = static_cast<SYSTEM_INFORMATION_CLASS>(64);
+  std::vector<char> buffer(1 << 20);
+  ULONG used = 0;
+  while (NtQuerySystemInformation(kExtendedHandleInformation, buffer.data(), static_cast<ULONG>(buffer.size()),
+                                  &used) != 0) {
+    buffer.resize(buffer.size() * 2);
+  }
+  const auto* const list = reinterpret_cast<const List*>(buffer.data());
+  const auto* const entries = reinterpret_cast<const Entry*>(list + 1);
+  size_t handles = 0;
+  for (ULONG_PTR i = 0; i < list->count; ++i) {
+    handles += entries[i].process == GetCurrentProcessId() ? 1 : 0;
+  }
+  return handles;
+}
+
+size_t CountThreads() {
+  const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  THREADENTRY32 entry = {};
+  entry.dwSize = sizeof entry;
+  size_t threads = 0;
+  for (BOOL found = Thread32First(snapshot, &entry); found != 0; found = Thread32Next(snapshot, &entry)) {
+    threads += entry.th32OwnerProcessID == GetCurrentProcessId() ? 1 : 0;
+  }
+  CloseHandle(snapshot);
+  return threads;
+}
+
+}  // namespace vexo::test

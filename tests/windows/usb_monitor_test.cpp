@@ -1,0 +1,314 @@
+// The USB hot-plug monitor as a host sees it: the DLL, its thread and its hidden window, which receives what the system
+// sends when a device comes or goes.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+// After windows.h.
+#include <dbt.h>
+
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <functional>
+#include <future>
+#include <mutex>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+#include "vexo/extend.h"
+#include "windows/process_resources.h"
+
+namespace vexo {
+namespace {
+
+constexpr std::chrono::seconds kPatience(60);
+constexpr UINT kStopMessage = 0x402;
+constexpr char kClass[] = "USBMonitorClass";
+constexpr char kPath[] = R"(\\?\USB#VID_1A2B&PID_0001#abc123#{28d78fad-5a12-11d1-ae5b-0000f803a8c2})";
+constexpr GUID kPrinter = {0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
+constexpr GUID kDisk = {0x53F56307, 0xB6BF, 0x11D0, {0x94, 0xF2, 0x00, 0xA0, 0xC9, 0x1E, 0xFB, 0x8B}};
+
+using Texts = std::vector<std::string>;
+
+bool Await(const std::function<bool()>& condition) {
+  const auto patience_ends = std::chrono::steady_clock::now() + kPatience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > patience_ends) {
+      return false;
+    }
+    std::this_thread::yield();
+  }
+  return true;
+}
+
+// Of this process: others may be watching, too.
+std::vector<HWND> Windows() {
+  std::vector<HWND> windows;
+  for (HWND window = nullptr; (window = FindWindowExA(nullptr, window, kClass, "USBMonitor")) != nullptr;) {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId()) {
+      windows.push_back(window);
+    }
+  }
+  return windows;
+}
+
+HWND AwaitWindow() {
+  EXPECT_TRUE(Await([] { return !Windows().empty(); }));
+  return Windows().front();
+}
+
+// Sends what the system sends; the callbacks have returned when this does.
+void Broadcast(HWND window, WPARAM change, const std::string& path = kPath, const GUID& interface_class = kPrinter,
+               DWORD type = DBT_DEVTYP_DEVICEINTERFACE) {
+  std::vector<DEV_BROADCAST_DEVICEINTERFACE_A> buffer(1 + path.size() / sizeof(DEV_BROADCAST_DEVICEINTERFACE_A) + 1);
+  DEV_BROADCAST_DEVICEINTERFACE_A& broadcast = buffer.front();
+  broadcast.dbcc_size = static_cast<DWORD>(offsetof(DEV_BROADCAST_DEVICEINTERFACE_A, dbcc_name) + path.size() + 1);
+  broadcast.dbcc_devicetype = type;
+  broadcast.dbcc_classguid = interface_class;
+  std::memcpy(reinterpret_cast<char*>(&broadcast) + offsetof(DEV_BROADCAST_DEVICEINTERFACE_A, dbcc_name), path.c_str(),
+              path.size() + 1);
+  SendMessageA(window, WM_DEVICECHANGE, change, reinterpret_cast<LPARAM>(&broadcast));
+}
+
+// A callback's context: what it was told, and what else it does.
+struct Listener {
+  std::mutex mutex;
+  Texts events;
+  std::thread::id thread;
+  std::function<void()> also;
+
+  Texts Take() {
+    const std::lock_guard<std::mutex> guard(mutex);
+    return std::move(events);
+  }
+};
+
+void Listen(void* context, const char* device, int32_t event) {
+  auto* const listener = static_cast<Listener*>(context);
+  {
+    const std::lock_guard<std::mutex> guard(listener->mutex);
+    listener->events.push_back(std::string(device) + " " + std::to_string(event));
+    listener->thread = std::this_thread::get_id();
+  }
+  if (listener->also) {
+    listener->also();
+  }
+}
+
+void ListenToo(void* context, const char* device, int32_t event) { Listen(context, device, event); }
+
+class UsbMonitor : public ::testing::Test {
+ protected:
+  ~UsbMonitor() override {
+    EXPECT_EQ(StopUSBMonitorThread(), 0);
+    EXPECT_TRUE(Windows().empty());
+  }
+
+  static HWND Start() {
+    EXPECT_EQ(StartUSBMonitorThread(), 0);
+    return AwaitWindow();
+  }
+
+  Listener listener_;
+  Listener other_;
+};
+
+TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
+  EXPECT_EQ(AddUSBMonitor(Listen, &other_), reinterpret_cast<intptr_t>(&Listen));
+  const HWND window = Start();
+  EXPECT_EQ(AddUSBMonitor(Listen, &listener_), reinterpret_cast<intptr_t>(&Listen)) << "the second context counts";
+  EXPECT_EQ(AddUSBMonitor(nullptr, &listener_), 0);
+  Broadcast(window, DBT_DEVICEARRIVAL);
+  Broadcast(window, DBT_DEVICEREMOVECOMPLETE, R"(\\?\USB#VID_1A2B&PID_0001#7&1a2b&0&1#{28d78fad})");
+  EXPECT_EQ(listener_.Take(), (Texts{"ABC123 0", "7&1A2B&0&1 1"}));
+  EXPECT_NE(listener_.thread, std::this_thread::get_id());
+  EXPECT_EQ(other_.Take(), Texts{});
+
+  for (const WPARAM change : {DBT_DEVICEQUERYREMOVE, DBT_DEVICEREMOVEPENDING, DBT_DEVNODES_CHANGED, 0}) {
+    Broadcast(window, change);
+  }
+  Broadcast(window, DBT_DEVICEARRIVAL, kPath, kDisk);
+  Broadcast(window, DBT_DEVICEARRIVAL, kPath, kPrinter, DBT_DEVTYP_HANDLE);
+  Broadcast(window, DBT_DEVICEARRIVAL, "USB#VID_1A2B&PID_0001");
+  Broadcast(window, DBT_DEVICEREMOVECOMPLETE, "USB#VID_1A2B&PID_0001#");
+  SendMessageA(window, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, 0);
+  EXPECT_EQ(listener_.Take(), Texts{});
+
+  EXPECT_EQ(RemoveUSBMonitor(Listen), 1);
+  EXPECT_EQ(RemoveUSBMonitor(Listen), 1);
+  Broadcast(window, DBT_DEVICEARRIVAL);
+  EXPECT_EQ(listener_.Take(), Texts{});
+}
+
+TEST_F(UsbMonitor, StartingTwiceStartsOneThread) {
+  const HWND window = Start();
+  const size_t threads = test::CountThreads();
+  EXPECT_EQ(Start(), window);
+  EXPECT_EQ(test::CountThreads(), threads);
+  EXPECT_EQ(Windows().size(), 1U);
+}
+
+TEST_F(UsbMonitor, CallbackMayAddAndRemoveAndStartAndThrow) {
+  listener_.also = [this] {
+    StartUSBMonitorThread();
+    AddUSBMonitor(ListenToo, &other_);
+    RemoveUSBMonitor(Listen);
+    throw std::runtime_error("a host's own trouble");
+  };
+  AddUSBMonitor(Listen, &listener_);
+  const HWND window = Start();
+  Broadcast(window, DBT_DEVICEARRIVAL);
+  Broadcast(window, DBT_DEVICEREMOVECOMPLETE);
+  EXPECT_EQ(listener_.Take(), Texts{"ABC123 0"});
+  EXPECT_EQ(other_.Take().back(), "ABC123 1");
+}
+
+TEST_F(UsbMonitor, StopWaitsForCallbacksAndForgetsThem) {
+  std::promise<void> called;
+  std::promise<void> stopping;
+  std::atomic<bool> returned{false};
+  listener_.also = [&] {
+    called.set_value();
+    stopping.get_future().wait_for(kPatience);
+    returned = true;
+  };
+  AddUSBMonitor(Listen, &listener_);
+  const HWND window = Start();
+  std::thread system([window] { Broadcast(window, DBT_DEVICEARRIVAL); });
+  called.get_future().wait_for(kPatience);
+  stopping.set_value();
+  EXPECT_EQ(StopUSBMonitorThread(), 0);
+  EXPECT_TRUE(returned);
+  EXPECT_TRUE(Windows().empty());
+  system.join();
+
+  Broadcast(Start(), DBT_DEVICEARRIVAL);
+  EXPECT_EQ(listener_.Take(), Texts{"ABC123 0"}) << "only before the stop";
+}
+
+TEST_F(UsbMonitor, CallbackThatStopsIsToldAndTheThreadEnds) {
+  std::atomic<int> error{0};
+  listener_.also = [&] {
+    try {
+      StopUSBMonitorThread();
+    } catch (const std::system_error& deadlock) {
+      error = deadlock.code().value();
+      throw;
+    }
+  };
+  AddUSBMonitor(Listen, &listener_);
+  Broadcast(Start(), DBT_DEVICEARRIVAL);
+  EXPECT_EQ(error, EDEADLK);
+  EXPECT_TRUE(Await([] { return Windows().empty(); }));
+  EXPECT_EQ(StartUSBMonitorThread(), 0);
+  EXPECT_TRUE(Windows().empty()) << "it is to be stopped first";
+  EXPECT_EQ(StopUSBMonitorThread(), 0);
+  EXPECT_NE(Start(), nullptr);
+}
+
+// Whoever ends the loop or closes the window: a stop does not wait for a thread that waits for nothing.
+TEST_F(UsbMonitor, StopsAfterItsWindowHasBeenClosed) {
+  const std::function<void(HWND)> endings[] = {
+      [](HWND window) { SendMessageA(window, WM_CLOSE, 0, 0); },
+      [](HWND window) { PostMessageA(window, WM_CLOSE, 0, 0); },
+      [](HWND window) { PostMessageA(window, WM_QUIT, 0, 0); },
+      [](HWND window) { PostMessageA(window, kStopMessage, 0, 0); },
+  };
+  for (const auto& ending : endings) {
+    ending(Start());
+    EXPECT_TRUE(Await([] { return Windows().empty(); }));
+    EXPECT_EQ(StopUSBMonitorThread(), 0);
+  }
+}
+
+// The class may be left from elsewhere.
+TEST_F(UsbMonitor, StopWithoutAStartGivesTheClassBack) {
+  WNDCLASSEXA description = {};
+  description.cbSize = sizeof description;
+  description.hInstance = GetModuleHandleA(nullptr);
+  description.lpfnWndProc = DefWindowProcA;
+  description.lpszClassName = kClass;
+  ASSERT_NE(RegisterClassExA(&description), 0);
+  for (int stop = 0; stop < 2; ++stop) {
+    EXPECT_EQ(StopUSBMonitorThread(), 0);
+    EXPECT_EQ(GetClassInfoExA(description.hInstance, kClass, &description), 0);
+  }
+}
+
+TEST_F(UsbMonitor, ThousandRoundsLeaveNothingBehind) {
+  size_t handles = 0;
+  size_t threads = 0;
+  for (int round = 0; round < 1010; ++round) {
+    if (round == 10) {  // The system has set itself up for notifications.
+      handles = test::CountHandles();
+      threads = test::CountThreads();
+    }
+    ASSERT_EQ(StartUSBMonitorThread(), 0);
+    if (round % 2 == 0) {  // Otherwise the stop comes while the thread is starting.
+      ASSERT_NE(AwaitWindow(), nullptr);
+    }
+    ASSERT_EQ(StopUSBMonitorThread(), 0);
+    ASSERT_TRUE(Windows().empty());
+  }
+  // The system's own threads for the notifications come and go; a loss would be at least one in each round.
+  EXPECT_LT(test::CountHandles(), handles + 100);
+  EXPECT_LT(test::CountThreads(), threads + 100);
+}
+
+TEST_F(UsbMonitor, AnyThreadMayCallAtAnyTime) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([this, i] {
+      for (int round = 0; round < 200; ++round) {
+        StartUSBMonitorThread();
+        AddUSBMonitor(i % 2 == 0 ? Listen : ListenToo, &listener_);
+        for (const HWND window : Windows()) {
+          Broadcast(window, DBT_DEVICEARRIVAL);
+        }
+        i < 2 ? StopUSBMonitorThread() : RemoveUSBMonitor(Listen);
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
+
+// This program holds its own DLL for good, so a copy is loaded.
+TEST_F(UsbMonitor, LibraryStaysLoadedUntilTheStop) {
+  const std::string copy = "vexoextend_usb_copy_" + std::to_string(GetCurrentProcessId()) + ".dll";
+  char path[MAX_PATH] = {};
+  ASSERT_NE(GetModuleFileNameA(GetModuleHandleA("vexoextend.dll"), path, MAX_PATH), 0U);
+  ASSERT_NE(CopyFileA(path, copy.c_str(), FALSE), 0);
+  const auto load_and_call = [&copy](const char* name) {
+    const HMODULE library = LoadLibraryA(copy.c_str());
+    const auto function =
+        reinterpret_cast<decltype(&StartUSBMonitorThread)>(reinterpret_cast<void*>(GetProcAddress(library, name)));
+    EXPECT_EQ(function(), 0);
+    FreeLibrary(library);
+  };
+  load_and_call("StartUSBMonitorThread");
+  EXPECT_NE(GetModuleHandleA(copy.c_str()), nullptr);
+  Broadcast(AwaitWindow(), DBT_DEVICEARRIVAL);
+  load_and_call("StopUSBMonitorThread");
+  EXPECT_EQ(GetModuleHandleA(copy.c_str()), nullptr);
+  EXPECT_NE(DeleteFileA(copy.c_str()), 0);
+}
+
+TEST(UsbMonitorDeathTest, ProcessMayEndWhileTheMonitorRuns) {
+  EXPECT_EXIT(
+      {
+        StartUSBMonitorThread();
+        AwaitWindow();
+        std::exit(7);
+      },
+      ::testing::ExitedWithCode(7), "");
+}
+
+}  // namespace
+}  // namespace vexo
