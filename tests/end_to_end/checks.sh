@@ -118,6 +118,9 @@ printer() {
   net=NET,127.0.0.1,$port
 }
 
+# A pattern: a time of day in the output.
+time='[0-2][0-9]:[0-5][0-9]:[0-5][0-9].[0-9][0-9][0-9]'
+
 # The words behind the codes.
 unsupported="-4 Does not support this printer. Please use the supported printer."
 bad_setting="-301 IO invalid setting. Please confirm IO port configuration."

@@ -28,6 +28,7 @@ for number in 0 10000 -1 7a ""; do
 done
 usage_error "no events to wait for" "--count: '0' is not a whole number in 1..4294967295" -p BUF monitor --count 0
 usage_error "no time to wait for" "--for: '1s' is not a whole number in 1..4294967295" -p BUF monitor --for 1s
+usage_error "nothing to do with USB printers" "A subcommand is required" usb
 usage_error "no limit" "--wait-limit: '0' is not a whole number in 1..86400000" \
   -p BUF print receipt --task 7 --wait --wait-limit 0
 usage_error "no time to listen" "MS: '3600001' is not a whole number in 0..3600000" -p BUF task wait 3600001
@@ -36,7 +37,7 @@ for command in status feed monitor "task set 7" "task clear" "task reset" "task 
   usage_error "no printer for '$command'" "${command%% *} requires --port" $command
 done
 for command in "" width "width get" "width set" status feed task "task set" "task clear" "task reset" "task wait" \
-  print monitor uri version; do
+  print monitor uri usb "usb watch" version; do
   # shellcheck disable=SC2086 # Zero, one or two words.
   check "help for '${command:-vexoctl}'" 0 "like *Usage: vexoctl${command:+ $command} *Example*vexoctl *" "" \
     $command --help

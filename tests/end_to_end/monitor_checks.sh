@@ -4,7 +4,6 @@ asked='getval "job_monitor"'
 switched_on='setval "job_monitor" "on", by V1 reports'
 switched_off='setval "job_monitor" "off"'
 listening="vexoctl: listening to"
-time='[0-2][0-9]:[0-5][0-9]:[0-5][0-9].[0-9][0-9][0-9]'
 
 # monitor ARGUMENT...: starts a monitor of the printer and waits until it listens.
 monitor() {

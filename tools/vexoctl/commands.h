@@ -21,6 +21,7 @@ void AddPrintCommand(CLI::App& tool, const Settings& settings);
 void AddStatusCommand(CLI::App& tool, const Settings& settings);
 void AddTaskCommands(CLI::App& tool, const Settings& settings);
 void AddUriCommand(CLI::App& tool, const Settings& settings);
+void AddUsbCommands(CLI::App& tool, const Settings& settings);
 void AddVersionCommand(CLI::App& tool, const Settings& settings);
 void AddWidthCommands(CLI::App& tool, const Settings& settings);
 

@@ -1,8 +1,5 @@
 #include <chrono>
 #include <cstdint>
-#include <cstdio>
-#include <ctime>
-#include <limits>
 #include <optional>
 #include <string>
 
@@ -10,38 +7,21 @@
 #include "vexoctl/error_words.h"
 #include "vexoctl/interrupt.h"
 #include "vexoctl/job_monitor.h"
+#include "vexoctl/listening_limits.h"
 #include "vexoctl/news.h"
 #include "vexoctl/printer_session.h"
 #include "vexoctl/report.h"
+#include "vexoctl/time_of_day.h"
 #include "vexoctl/value_text.h"
 #include "vexoctl/watched_port.h"
-#include "vexoctl/whole_number.h"
 
 namespace vexoctl {
 namespace {
 
 constexpr std::chrono::seconds kPauseBeforeRetry(1);
 
-// When to stop listening by itself; without either, only the user ends it.
-struct Limits {
-  std::optional<uint32_t> events;
-  std::optional<uint32_t> milliseconds;
-};
-
-// The user's time, "14:03:27.512".
-std::string TimeText(std::chrono::system_clock::time_point time) {
-  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
-  const auto since_epoch = std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch());
-  std::tm local = {};
-  localtime_s(&local, &seconds);
-  char text[32];
-  std::snprintf(text, sizeof text, "%02d:%02d:%02d.%03d", local.tm_hour, local.tm_min, local.tm_sec,
-                static_cast<int>(since_epoch.count() % 1000));
-  return text;
-}
-
 Result DescribeEvent(const JobEvent& event) {
-  const std::string time = TimeText(event.time);
+  const std::string time = TimeOfDay(event.time);
   const char* const word = event.ended ? "end" : "start";
   Result result;
   result.text = time + " " + word + " task " + std::to_string(event.task);
@@ -56,15 +36,15 @@ Result DescribeEvent(const JobEvent& event) {
 // One run of the command, from the opening of the work to its closing.
 class MonitorRun {
  public:
-  MonitorRun(const Limits& limits, const Settings& settings)
+  MonitorRun(const ListeningLimits& limits, const Settings& settings)
       : settings_(settings), events_left_(limits.events), session_(settings.descriptor) {
     session_.Open(settings.time_limit);
     port_.emplace(session_.handle());
     monitor_.emplace(session_.handle(), settings);
     monitor_->PostEvents();
     monitor_->OpenWork();
-    if (limits.milliseconds) {
-      end_ = std::chrono::steady_clock::now() + std::chrono::milliseconds(*limits.milliseconds);
+    if (limits.time) {
+      end_ = std::chrono::steady_clock::now() + *limits.time;
     }
   }
 
@@ -112,6 +92,8 @@ class MonitorRun {
       case News::Kind::kInterrupted:
         done_ = true;
         break;
+      case News::Kind::kUsbEvent:
+        break;  // Nobody watches for them here.
     }
   }
 
@@ -133,7 +115,7 @@ class MonitorRun {
   bool done_ = false;
 };
 
-void Monitor(const Limits& limits, const Settings& settings) {
+void Monitor(const ListeningLimits& limits, const Settings& settings) {
   const InterruptWatch interrupts;
   MonitorRun(limits, settings).Run();
 }
@@ -143,10 +125,7 @@ void Monitor(const Limits& limits, const Settings& settings) {
 void AddMonitorCommand(CLI::App& tool, const Settings& settings) {
   CLI::App* const command = tool.add_subcommand("monitor", "Show the start and end of each print job as they happen");
   command->needs(tool.get_option(kPortOption));
-  CLI::Option* const count = command->add_option("--count")->type_name("N")->description("Stop after N events");
-  count->transform(WholeNumber(1, std::numeric_limits<uint32_t>::max()));
-  CLI::Option* const time = command->add_option("--for")->type_name("MS")->description("Stop after MS milliseconds");
-  time->transform(WholeNumber(1, std::numeric_limits<uint32_t>::max()));
+  const LimitOptions limits(command);
   command->footer(
       "A line for each event: the time, start or end, the task number, and for an end the\n"
       "value that the printer sends with it (status shows the complement of such a value).\n"
@@ -164,16 +143,7 @@ void AddMonitorCommand(CLI::App& tool, const Settings& settings) {
       "  vexoctl -p NET,192.168.1.100 monitor\n"
       "  vexoctl -p NET,192.168.1.100 --json monitor --count 2\n"
       "  vexoctl -p COM3,9600 --family gs monitor --for 60000");
-  command->callback([count, time, &settings] {
-    Limits limits;
-    if (count->count() > 0) {
-      limits.events = count->as<uint32_t>();
-    }
-    if (time->count() > 0) {
-      limits.milliseconds = time->as<uint32_t>();
-    }
-    Monitor(limits, settings);
-  });
+  command->callback([limits, &settings] { Monitor(limits.Read(), settings); });
 }
 
 }  // namespace vexoctl

@@ -4,6 +4,7 @@ namespace vexoctl {
 namespace {
 
 constexpr int32_t kJobEnded = 2;
+constexpr int32_t kUsbRemoved = 1;
 
 }  // namespace
 
@@ -49,6 +50,13 @@ void PostJobEvent(int32_t event, int32_t task, uint32_t value) {
   News news;
   news.kind = News::Kind::kJobEvent;
   news.event = {std::chrono::system_clock::now(), event == kJobEnded, task, value};
+  AllNews().Post(news);
+}
+
+void PostUsbEvent(void* /*context*/, const char* device, int32_t event) {
+  News news;
+  news.kind = News::Kind::kUsbEvent;
+  news.usb = {std::chrono::system_clock::now(), event == kUsbRemoved, device};
   AllNews().Post(news);
 }
 

@@ -8,6 +8,7 @@
 #include <deque>
 #include <mutex>
 #include <optional>
+#include <string>
 
 namespace vexoctl {
 
@@ -19,15 +20,24 @@ struct JobEvent {
   uint32_t value = 0;  // Of an end, as the printer sent it.
 };
 
+// A USB printer that was plugged in or removed.
+struct UsbEvent {
+  std::chrono::system_clock::time_point time;  // When the library told of it.
+  bool removed = false;
+  std::string device;  // As the library names it.
+};
+
 struct News {
   enum class Kind {
     kJobEvent,
+    kUsbEvent,
     kConnectionLost,
     kInterrupted,  // The user wants the command to end.
   };
 
   Kind kind = Kind::kInterrupted;
   JobEvent event;    // Of kJobEvent.
+  UsbEvent usb;      // Of kUsbEvent.
   int32_t code = 0;  // Of kConnectionLost: why, as the port put it.
 };
 
@@ -59,6 +69,9 @@ NewsQueue& AllNews();
 
 // A MonitorCallback: posts the event to AllNews.
 void PostJobEvent(int32_t event, int32_t task, uint32_t value);
+
+// A USBMonitorCallback: the same for USB printers.
+void PostUsbEvent(void* context, const char* device, int32_t event);
 
 }  // namespace vexoctl
 

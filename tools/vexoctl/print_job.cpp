@@ -80,6 +80,8 @@ void PrintJob::React(const News& news) {
       throw Failure("lost the connection to " + printer_name_ + " before the end of " + task_name_, news.code);
     case News::Kind::kInterrupted:
       throw Failure("stopped before the end of " + task_name_, ERROR_CANCELLED);
+    case News::Kind::kUsbEvent:
+      break;  // Nobody watches for them here.
   }
 }
 
