@@ -9,13 +9,17 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <future>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "vexo/extend.h"
@@ -84,7 +88,7 @@ struct Listener {
 
   Texts Take() {
     const std::lock_guard<std::mutex> guard(mutex);
-    return std::move(events);
+    return std::exchange(events, {});
   }
 };
 
