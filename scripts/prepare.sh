@@ -10,6 +10,7 @@ packages=(
   clang clang-format clang-tidy libclang-rt-14-dev # fuzz targets, second set of warnings, lint
   googletest libbenchmark-dev                   # test framework (sources), native benchmarks
   libasio-dev libcli11-dev nlohmann-json3-dev   # the tools
+  socat                                         # serial lines
   python3                                       # counts of the test run, JSON checks
 )
 

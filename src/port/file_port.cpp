@@ -25,6 +25,7 @@ void HandOver(const uint8_t* packets, uint32_t received, uint8_t* bytes, uint32_
 FilePort::FilePort(Mode mode) : DevicePort(kDefaultTimeouts), mode_(mode) {}
 
 int32_t FilePort::ResolveDevicePath() { return VEXO_OK; }
+int32_t FilePort::SetUpDevice(HANDLE /*device*/) { return VEXO_OK; }
 
 int32_t FilePort::Open() {
   if (!configured()) {
@@ -42,6 +43,10 @@ int32_t FilePort::Open() {
                                             OPEN_EXISTING, flags, nullptr));
   if (!handle.valid()) {
     return SystemError(GetLastError());
+  }
+  const int32_t set_up = SetUpDevice(handle.get());
+  if (set_up != VEXO_OK) {
+    return set_up;
   }
   handle_ = std::move(handle);
   is_open_ = true;

@@ -19,7 +19,7 @@ inline constexpr uint32_t kLargestPacketSize = 255;
 
 class FilePort : public DevicePort {
  public:
-  // -301 not configured; -310 open already; the code of ResolveDevicePath; else CreateFile's error.
+  // -301 not configured; -310 open already; the code of ResolveDevicePath; CreateFile's error; the code of SetUpDevice.
   int32_t Open() override;
   int32_t Close() override;
   int32_t Abort() override;
@@ -37,6 +37,9 @@ class FilePort : public DevicePort {
   // Called before the device is opened; fills device_path_ where the URI only describes the device.
   virtual int32_t ResolveDevicePath();
 
+  // Prepares the device that has just been opened. On failure the port stays closed.
+  virtual int32_t SetUpDevice(HANDLE device);
+
   // Reads without overlapped I/O. The plain form is one call to the system.
   virtual int32_t ReadBlocking(uint8_t* bytes, uint32_t length, uint32_t* read);
   virtual int32_t ReadAvailableBlocking(uint8_t* bytes, uint32_t length, uint32_t* read);
@@ -49,6 +52,8 @@ class FilePort : public DevicePort {
   // One blocking call.
   TransferResult ReadOnce(uint8_t* bytes, uint32_t length);
 
+  uint32_t chunk_size() const { return chunk_size_; }
+
   char device_path_[MAX_PATH] = {};
 
  private:
@@ -57,7 +62,7 @@ class FilePort : public DevicePort {
   int32_t ReadAvailableOverlapped(uint8_t* bytes, uint32_t length, uint32_t* read);
 
   const Mode mode_;
-  uint32_t chunk_size_ = 4096;  // Largest piece given to the system at once.
+  const uint32_t chunk_size_ = 4096;  // Largest piece given to the system at once.
   std::atomic<bool> is_open_{false};
   platform::ScopedHandle handle_;
 };

@@ -211,7 +211,12 @@ void SocketPort::DropSocket() {
   has_socket_ = false;
 }
 
+bool SocketPort::IsConnectedByBinding(SOCKET /*socket*/) { return false; }
+
 int32_t SocketPort::ConnectOnce() {
+  if (IsConnectedByBinding(socket_.get())) {
+    return VEXO_OK;
+  }
   if (SetBlocking(socket_.get(), false) == SOCKET_ERROR) {
     return WSAGetLastError();
   }

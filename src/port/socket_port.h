@@ -38,6 +38,9 @@ class SocketPort : public DevicePort {
   virtual int32_t SetOptions(SOCKET socket) = 0;
   virtual int StartConnect(SOCKET socket) = 0;
 
+  // Whether the socket counts as connected without connecting it.
+  virtual bool IsConnectedByBinding(SOCKET socket);
+
   void SetTransferTimeouts(SOCKET socket) const;
   uint32_t buffer_size() const { return buffer_size_; }
 

@@ -1,8 +1,13 @@
 // The drivers of the Windows build.
+
+// bluetooth_port.h brings winsock2.h, which must come before windows.h.
+#include "port/bluetooth_port.h"
+
 #include <new>
 
 #include "port/buffer_port.h"
 #include "port/parallel_port.h"
+#include "port/serial_port.h"
 #include "port/tcp_port.h"
 #include "port/usb_port.h"
 
@@ -19,12 +24,16 @@ std::unique_ptr<PortDriver> Make() {
 std::unique_ptr<PortDriver> MakePortDriver(int32_t kind, bool* known) {
   *known = true;
   switch (kind) {
+    case VEXO_PORT_SERIAL:
+      return Make<SerialPort>();
     case VEXO_PORT_PARALLEL:
       return Make<ParallelPort>();
     case VEXO_PORT_USB:
       return Make<UsbPort>();
     case VEXO_PORT_NET:
       return Make<TcpPort>();
+    case VEXO_PORT_BLUETOOTH:
+      return Make<BluetoothPort>();
     case VEXO_PORT_BUFFER:
       return Make<BufferPort>();
     default:

@@ -1,0 +1,138 @@
+// The Bluetooth port: its real failure where there is no Bluetooth, and the whole driver over a loopback socket.
+#include "windows/loopback_printer.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+#include "port/bluetooth_port.h"
+#include "port/port_factory.h"
+#include "port/port_object.h"
+#include "windows/port_calls.h"
+
+namespace vexo {
+namespace {
+
+using test::Connection;
+using test::LoopbackPrinter;
+using test::Pattern;
+using test::PrinterState;
+using test::Read;
+using test::ReadAvailable;
+using test::Reading;
+using test::Write;
+using test::Written;
+
+// Everything but the kind of socket and the address.
+class LoopbackBluetoothPort : public BluetoothPort {
+ public:
+  explicit LoopbackBluetoothPort(uint16_t port) {
+    address_.sin_family = AF_INET;
+    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address_.sin_port = htons(port);
+  }
+
+  int sockets_made = 0;
+  int binds = 0;
+  bool binding_connects = false;
+
+ protected:
+  SOCKET CreateSocket() override {
+    ++sockets_made;
+    return WSASocketA(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0, WSA_FLAG_OVERLAPPED);
+  }
+  bool IsConnectedByBinding(SOCKET socket) override {
+    ++binds;
+    return BluetoothPort::IsConnectedByBinding(socket) || binding_connects;
+  }
+  int StartConnect(SOCKET socket) override {
+    return connect(socket, reinterpret_cast<const sockaddr*>(&address_), sizeof(address_));
+  }
+
+ private:
+  sockaddr_in address_ = {};
+};
+
+constexpr char kUri[] = "vexo:/dev/bus/BT/DEVICE?address=0011aaFF22bb+pin=0000";
+
+class BluetoothPortTest : public ::testing::Test {
+ protected:
+  explicit BluetoothPortTest(PrinterState state = PrinterState::kListening) : printer_(state) {
+    PortLockReference lock;
+    EXPECT_EQ(lock.Take(), 0);
+    const std::string descriptor = printer_.descriptor();
+    const int port = std::stoi(descriptor.substr(descriptor.rfind(',') + 1));
+    auto driver = std::make_unique<LoopbackBluetoothPort>(static_cast<uint16_t>(port));
+    driver_ = driver.get();
+    port_ = MakePortObject(VEXO_PORT_BLUETOOTH, std::move(driver), std::move(lock));
+    EXPECT_EQ(port_->Configure(port_, kUri), VEXO_OK);
+  }
+  ~BluetoothPortTest() override { EXPECT_EQ(ClosePort(port_), VEXO_ERROR_NOT_SUPPORTED_PRINTER); }
+
+  LoopbackPrinter printer_;
+  LoopbackBluetoothPort* driver_ = nullptr;
+  VexoPort* port_ = nullptr;
+};
+
+TEST_F(BluetoothPortTest, CarriesJobsAndAnswersAndComesBack) {
+  ASSERT_EQ(port_->SetTimeouts(port_, {5000, 0, 5000, 0, 20'000, 20'000}), VEXO_OK);
+  ASSERT_EQ(port_->Open(port_), VEXO_OK);
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
+  Connection first = printer_.Accept();
+  const std::string job = Pattern(10'000);
+  EXPECT_EQ(Write(port_, job), Written(VEXO_OK, 10'000));
+  EXPECT_TRUE(first.Receive(job.size()) == job);
+  first.Send("answer");
+  EXPECT_EQ(Read(port_, 6), Reading(VEXO_OK, 6, "answer"));
+  EXPECT_EQ(ReadAvailable(port_, 6), Reading(VEXO_OK, 0, ""));
+
+  // A printer that dropped the connection is connected to again, by the next write or by the read that notices.
+  first.Close();
+  EXPECT_EQ(Read(port_, 6), Reading(VEXO_OK, 0, ""));
+  Connection second = printer_.Accept();
+  second.Reset();
+  EXPECT_EQ(Write(port_, "job"), Written(VEXO_OK, 3));
+  EXPECT_EQ(printer_.Accept().Receive(3), "job");
+  EXPECT_EQ(driver_->sockets_made, 3);
+  EXPECT_EQ(driver_->binds, 3);
+}
+
+// Kept: a socket that the stack binds to the printer's address is taken for connected.
+TEST_F(BluetoothPortTest, BindingCountsAsConnecting) {
+  driver_->binding_connects = true;
+  EXPECT_EQ(port_->Open(port_), VEXO_OK);
+  EXPECT_EQ(driver_->sockets_made, 1);
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+}
+
+class AbsentBluetoothPrinterTest : public BluetoothPortTest {
+ protected:
+  AbsentBluetoothPrinterTest() : BluetoothPortTest(PrinterState::kRefusing) {}
+};
+
+TEST_F(AbsentBluetoothPrinterTest, IsTriedTwice) {
+  ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 2000, 0, 2000, 100}), VEXO_OK);
+  const auto started = std::chrono::steady_clock::now();
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_OPEN_FAILED);
+  EXPECT_GE(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(200));
+  EXPECT_EQ(driver_->sockets_made, 2);
+}
+
+TEST(RealBluetoothPortTest, FailsAsTheSystemDoes) {
+  VexoPort* port = nullptr;
+  EXPECT_EQ(OpenPort(&port, "vexo:/dev/bus/BT/DEVICE?pin=1"), VEXO_ERROR_IO_SETTING);
+  EXPECT_EQ(OpenPort(&port, "vexo:/dev/bus/BT/DEVICE"), VEXO_ERROR_IO_SETTING);
+  ASSERT_EQ(OpenPort(&port, "BT,0011AAFF22BB,0000"), VEXO_OK);
+  VexoPortTimeouts limits = {};
+  EXPECT_EQ(port->GetTimeouts(port, &limits), VEXO_OK);
+  EXPECT_EQ(limits.connect, 2000U);
+  EXPECT_EQ(port->Open(port), WSAEPROTONOSUPPORT);
+  EXPECT_EQ(port->Abort(port), VEXO_OK);
+  EXPECT_EQ(port->Close(port), VEXO_OK);
+  EXPECT_EQ(ClosePort(port), VEXO_ERROR_NOT_SUPPORTED_PRINTER);
+}
+
+}  // namespace
+}  // namespace vexo

@@ -1,0 +1,218 @@
+// Serial ports on a line of the system. run_serial_tests.sh connects COM5, the host's end, with COM6, the printer's.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <cstring>
+#include <future>
+#include <memory>
+#include <string>
+
+#include "platform/windows/scoped_handle.h"
+#include "port/port_factory.h"
+#include "port/port_object.h"
+#include "port/serial_port.h"
+#include "windows/port_calls.h"
+
+namespace vexo {
+namespace {
+
+using test::Read;
+using test::ReadAvailable;
+using test::Reading;
+using test::Write;
+using test::Written;
+
+constexpr char kUri[] = "vexo:/dev/bus/COM/COM5?baudrate=";
+
+// What the system says of the line when the port has set it up.
+class ObservedSerialPort : public SerialPort {
+ public:
+  using SerialPort::FillLine;
+
+  DCB line = {};
+  COMMTIMEOUTS limits = {};
+
+ protected:
+  int32_t SetUpDevice(HANDLE device) override {
+    const int32_t result = SerialPort::SetUpDevice(device);
+    GetCommState(device, &line);
+    GetCommTimeouts(device, &limits);
+    return result;
+  }
+};
+
+// The printer's end.
+class Printer {
+ public:
+  Printer() : end_(CreateFileA("\\\\.\\COM6", GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {
+    EXPECT_TRUE(end_.valid()) << "is COM6 linked? error " << GetLastError();
+    COMMTIMEOUTS patient = {0, 0, 20'000, 0, 20'000};
+    SetCommTimeouts(end_.get(), &patient);
+  }
+
+  void Send(const std::string& bytes) {
+    DWORD written = 0;
+    EXPECT_NE(WriteFile(end_.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &written, nullptr), 0);
+    EXPECT_EQ(written, bytes.size());
+  }
+
+  std::string Receive(size_t length) {
+    std::string bytes(length, '\0');
+    DWORD read = 0;
+    EXPECT_NE(ReadFile(end_.get(), bytes.data(), static_cast<DWORD>(length), &read, nullptr), 0);
+    bytes.resize(read);
+    return bytes;
+  }
+
+ private:
+  platform::ScopedHandle end_;
+};
+
+class SerialPortTest : public ::testing::Test {
+ protected:
+  SerialPortTest() {
+    PortLockReference lock;
+    EXPECT_EQ(lock.Take(), 0);
+    auto driver = std::make_unique<ObservedSerialPort>();
+    driver_ = driver.get();
+    port_ = MakePortObject(VEXO_PORT_SERIAL, std::move(driver), std::move(lock));
+  }
+  ~SerialPortTest() override { EXPECT_EQ(ClosePort(port_), VEXO_OK); }
+
+  int32_t Open(const std::string& settings) {
+    port_->Close(port_);
+    const int32_t configured = port_->Configure(port_, (kUri + settings).c_str());
+    return configured == VEXO_OK ? port_->Open(port_) : configured;
+  }
+
+  ObservedSerialPort* driver_ = nullptr;
+  VexoPort* port_ = nullptr;
+};
+
+constexpr char kPlain[] = "115200+parity=N+bytesize=8+stopbits=1+flowcontrol=N";
+
+TEST_F(SerialPortTest, SetsUpTheLine) {
+  const struct {
+    const char* settings;
+    DWORD speed;
+    int byte_size, parity, stop_bits;
+    bool cts, dsr, xon_xoff;
+  } rows[] = {{"1200+parity=n+bytesize=8+stopbits=1+flowcontrol=n", 1200, 8, 0, 0, false, false, false},
+              {"9600+parity=O+bytesize=7+stopbits=2+flowcontrol=X", 9600, 7, 1, 2, false, false, true},
+              {"115200+parity=e+bytesize=8bits+stopbits=1+flowcontrol=C", 115200, 8, 2, 0, true, false, false},
+              {"19200+parity=N+bytesize=8+stopbits=1+flowcontrol=d", 19200, 8, 0, 0, false, true, false},
+              {"19200+parity=N+bytesize=8+stopbits=1+flowcontrol=P", 19200, 8, 0, 0, true, true, false}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.settings);
+    ASSERT_EQ(Open(row.settings), VEXO_OK);
+    const DCB& line = driver_->line;
+    EXPECT_EQ(line.BaudRate, row.speed);
+    EXPECT_EQ(line.StopBits, row.stop_bits);
+    EXPECT_EQ(line.fOutxCtsFlow != 0, row.cts);
+    EXPECT_EQ(line.fOutX != 0, row.xon_xoff);
+    EXPECT_EQ(line.fInX != 0, row.xon_xoff);
+
+    // A terminal has no DSR line and no parity, so the rest is seen in what the system is given.
+    for (const DWORD found : {0U, 1U}) {
+      DCB given = {};
+      given.fOutxCtsFlow = given.fOutxDsrFlow = given.fOutX = given.fInX = given.fNull = found;
+      given.fDtrControl = found == 1 ? DTR_CONTROL_HANDSHAKE : DTR_CONTROL_DISABLE;
+      given.fRtsControl = found == 1 ? RTS_CONTROL_TOGGLE : RTS_CONTROL_DISABLE;
+      const DCB before = given;
+      driver_->FillLine(&given);
+      const bool hardware = row.cts || row.dsr;
+      EXPECT_EQ(given.ByteSize, row.byte_size);
+      EXPECT_EQ(given.Parity, row.parity);
+      EXPECT_EQ(given.fOutxCtsFlow != 0, row.cts);
+      EXPECT_EQ(given.fOutxDsrFlow != 0, row.dsr);
+      EXPECT_EQ(given.fOutX + given.fInX, row.xon_xoff ? 2U : 0U);
+      EXPECT_EQ(given.fDtrControl,
+                hardware ? static_cast<DWORD>(row.dsr ? DTR_CONTROL_ENABLE : DTR_CONTROL_DISABLE) : before.fDtrControl);
+      EXPECT_EQ(given.fRtsControl, hardware ? static_cast<DWORD>(row.cts ? RTS_CONTROL_HANDSHAKE : RTS_CONTROL_DISABLE)
+                                            : before.fRtsControl);
+      EXPECT_EQ(given.fNull, found) << "not the port's business";
+    }
+  }
+}
+
+// A slow line gets the time for a whole chunk, unless the caller knows better.
+TEST_F(SerialPortTest, TimeLimitsReachTheSystem) {
+  const struct {
+    const char* speed;
+    DWORD write_constant;
+  } rows[] = {{"9600", 2000}, {"4800", 3600}, {"2400", 7800}, {"1200", 16200}};
+  for (const auto& row : rows) {
+    ASSERT_EQ(Open(row.speed + std::string(kPlain).substr(6)), VEXO_OK);
+    EXPECT_EQ(driver_->limits.WriteTotalTimeoutConstant, row.write_constant);
+    VexoPortTimeouts limits = {};
+    port_->GetTimeouts(port_, &limits);
+    EXPECT_EQ(limits.writeConstant, row.write_constant);
+  }
+  ASSERT_EQ(port_->SetTimeouts(port_, {11, 12, 13, 14, 15, 16}), VEXO_OK);
+  ASSERT_EQ(Open(kPlain), VEXO_OK);
+  const COMMTIMEOUTS expected = {11, 12, 13, 14, 15};
+  EXPECT_EQ(memcmp(&driver_->limits, &expected, sizeof(expected)), 0);
+}
+
+TEST_F(SerialPortTest, RefusalsLeaveThePortClosed) {
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
+  EXPECT_EQ(port_->Configure(port_, "COM5"), VEXO_ERROR_PARAMETER);
+  EXPECT_EQ(Open("9601+parity=N+bytesize=8+stopbits=1+flowcontrol=N"), VEXO_ERROR_SERIAL_BAUDRATE);
+  EXPECT_EQ(Open("9600+parity=N+bytesize=8+stopbits=1+flowcontrol=q"), VEXO_ERROR_SERIAL_FLOW_CONTROL);
+  for (const char* settings :
+       {"9600+parity=q+bytesize=8+stopbits=1+flowcontrol=N", "9600+parity=N+bytesize=9+stopbits=1+flowcontrol=N",
+        "9600+parity=N+bytesize=8+stopbits=3+flowcontrol=N"}) {
+    EXPECT_EQ(Open(settings), VEXO_ERROR_IO_SET_ATTRIBUTES) << settings;
+    EXPECT_EQ(port_->CheckOpen(port_), VEXO_ERROR_IO_NOT_OPEN);
+  }
+  ASSERT_EQ(Open(kPlain), VEXO_OK) << "the refused attempts let go of the device";
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
+  uint32_t returned = 0;
+  EXPECT_EQ(port_->Control(port_, 1, nullptr, nullptr, 0, nullptr, 0, &returned), VEXO_ERROR_NOT_IMPLEMENTED);
+  port_->Close(port_);
+  ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/COM/COM255?baudrate=9600+flowcontrol=N"), VEXO_OK);
+  EXPECT_EQ(port_->Open(port_), ERROR_FILE_NOT_FOUND);
+
+  // A device that is no line.
+  platform::ScopedHandle pipe(
+      CreateNamedPipeA("\\\\.\\pipe\\vexo_no_line", PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED, 0, 1, 0, 0, 0, nullptr));
+  ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/COM/pipe\\vexo_no_line?baudrate=9600+flowcontrol=N"), VEXO_OK);
+  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_GET_ATTRIBUTES);
+}
+
+TEST_F(SerialPortTest, CarriesJobsAndAnswers) {
+  ASSERT_EQ(Open(kPlain), VEXO_OK);
+  Printer printer;
+  const std::string job = test::Pattern(20'000);
+  std::future<Written> write = std::async(std::launch::async, [&] { return Write(port_, job); });
+  std::string received;
+  while (received.size() < job.size()) {
+    const std::string piece = printer.Receive(std::min<size_t>(4000, job.size() - received.size()));
+    ASSERT_FALSE(piece.empty());
+    received += piece;
+  }
+  EXPECT_EQ(write.get(), Written(VEXO_OK, 20'000));
+  EXPECT_TRUE(received == job);
+
+  printer.Send("answer");
+  EXPECT_EQ(Read(port_, 6), Reading(VEXO_OK, 6, "answer"));
+  printer.Send("ab");
+  EXPECT_EQ(Read(port_, 5), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 2, "ab"));
+  EXPECT_EQ(ReadAvailable(port_, 5), Reading(VEXO_OK, 0, ""));
+  printer.Send("xyz");
+  EXPECT_EQ(ReadAvailable(port_, 2), Reading(VEXO_OK, 2, "xy"));
+  EXPECT_EQ(ReadAvailable(port_, 2), Reading(VEXO_OK, 1, "z"));
+}
+
+// What a host names "COM5,115200".
+TEST(SerialPortByDescriptor, IsOpenedByItsDescriptor) {
+  VexoPort* port = nullptr;
+  ASSERT_EQ(OpenPort(&port, "COM5,115200"), VEXO_OK);
+  EXPECT_EQ(port->kind, VEXO_PORT_SERIAL);
+  EXPECT_EQ(port->Open(port), VEXO_OK);
+  EXPECT_EQ(ClosePort(port), VEXO_OK);
+}
+
+}  // namespace
+}  // namespace vexo
