@@ -1,0 +1,273 @@
+// Which USB devices are taken, how they are listed, and what a port's URI tells of them.
+#include "port/usb_selection.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "port/usb_description.h"
+#include "port/usb_uri.h"
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+UsbDevice Device(std::string_view hardware_id) {
+  UsbDevice device;
+  device.hardware_id = hardware_id;
+  return device;
+}
+
+TEST(UsbSelection, MakerDevicesAreThoseOfTheList) {
+  const std::pair<const char*, bool> rows[] = {
+      {"USB\\VID_1A2B&PID_0001&REV_0100", true},
+      {"VID_1A2B&PID_", true},
+      {"VID_1A2B&PID", false},
+      {"usb\\vid_1a2b&pid_0001", false},
+      {"USB\\VID_1A2D&PID_0101", true},
+      {"USB\\VID_1A2D&PID_0102&MI_00", true},
+      {"USB\\VID_1A2D&PID_0103", false},
+      {"VID_1A2C&PID_1000,VID_1A2C&PID_B000", true},
+      {"VID_1A2C&PID_B0", false},
+      {"VID_0FE6&PID_811E", false},
+      {"", false},
+  };
+  for (const auto& [hardware_id, is_maker] : rows) {
+    EXPECT_EQ(is_maker, IsMakerDevice(hardware_id)) << hardware_id;
+  }
+}
+
+// Every product id against the families as a maker writes them down.
+TEST(UsbSelection, FamiliesHaveHundredModels) {
+  std::vector<bool> listed(0x10000);
+  for (const auto& [few, many] : {std::pair("B00", "B0"),
+                                  {"900", "90"},
+                                  {"600", "60"},
+                                  {"400", "40"},
+                                  {"000", "00"},
+                                  {"FF0", "FF"},
+                                  {"200", "20"}}) {
+    for (int model = 0; model < 100; ++model) {
+      char product[16];
+      std::snprintf(product, sizeof(product), "%s%X", model < 16 ? few : many, static_cast<unsigned>(model));
+      listed[std::stoul(product, nullptr, 16)] = true;
+    }
+  }
+  for (unsigned product = 0; product < listed.size(); ++product) {
+    char hardware_id[48];
+    std::snprintf(hardware_id, sizeof(hardware_id), "USB\\VID_1A2C&PID_%04X&REV_0100", product);
+    EXPECT_EQ(listed[product], IsMakerDevice(hardware_id)) << hardware_id;
+  }
+}
+
+int asked = 0;
+bool Configured() { return ++asked > 0; }
+bool NotConfigured() { return ++asked == 0; }
+
+TEST(UsbSelection, DevicesQualifyInOrder) {
+  using Qualification = UsbQualification;
+  const struct {
+    const char* hardware_id;
+    const char* parent_id;
+    Qualification alone;
+    Qualification configured;
+  } rows[] = {
+      {"USB\\VID_1A2B&PID_1", "", Qualification::kMaker, Qualification::kMaker},
+      {"USBSTOR\\DISK", "USB\\VID_1A2B&PID_1\\A1", Qualification::kMaker, Qualification::kMaker},
+      {"USB\\VID_0FE6&PID_811E", "", Qualification::kGated, Qualification::kMaker},
+      {"USBSTOR\\DISK", "USB\\VID_0FE6&PID_811E\\A1", Qualification::kGated, Qualification::kMaker},
+      {"USB\\VID_0FE6&PID_811F", "USB\\ROOT_HUB", Qualification::kNone, Qualification::kMaker},
+      {"", "", Qualification::kNone, Qualification::kMaker},
+  };
+  UsbQualifier alone(NotConfigured);
+  UsbQualifier configured(Configured);
+  asked = 0;
+  for (const auto& row : rows) {
+    UsbDevice device = Device(row.hardware_id);
+    device.parent_id = row.parent_id;
+    EXPECT_EQ(row.alone, alone.Judge(device)) << row.hardware_id;
+    EXPECT_EQ(row.configured, configured.Judge(device)) << row.hardware_id;
+    EXPECT_EQ(&row < rows + 2 ? 0 : 2, asked) << "asked for the maker's own, or more than once in a walk";
+  }
+}
+
+TEST(UsbSelection, OnePrintServiceIsEnough) {
+  for (const auto& [service, is_one] :
+       {std::pair("usbprint", true), {"UsbPrint", true}, {"usb", true}, {"", true}, {"usbprinter", false}}) {
+    UsbQualifier qualifier(NotConfigured);
+    EXPECT_TRUE(qualifier.wants_service());
+    qualifier.NoteService(service);
+    EXPECT_EQ(!is_one, qualifier.wants_service()) << service;
+    qualifier.NoteService("disk");
+    EXPECT_EQ(!is_one, qualifier.wants_service()) << service;
+  }
+}
+
+TEST(UsbSelection, AnyOfTheCriteriaSuffices) {
+  const UsbDevice printer = {"USB\\VID_1A2B&PID_00AF&REV_0100",    "PORT_#0001.HUB_#0002",
+                             "USBPRINT\\MODEL\\7&1A2B3C&0&USB001", "USB\\VID_1A2B&PID_00AF\\aBC123",
+                             "USBPRINT\\Model\\7&1A2B3C&0&USB001", ""};
+  UsbDevice disk = Device("USBSTOR\\DISK");
+  disk.parent_id = "USB\\VID_1A2B&PID_00AF\\D1";
+  const struct {
+    const UsbDevice& device;
+    UsbCriteria criteria;  // any, device name, location, portnum, vid, pid
+    bool matches;
+  } rows[] = {
+      {printer, {true, "", "ELSEWHERE", "", "", ""}, true},
+      {printer, {false, "", "", "", "", ""}, false},
+      {printer, {false, "", "", "", "1a2b", "00aF"}, true},
+      {printer, {false, "", "", "", "1A2B", "00B0"}, false},
+      {printer, {false, "", "", "", "1A2B", ""}, false},
+      {printer, {false, "", "", "", "1A2B", "00AF&REV_0100&"}, false},
+      {printer, {false, "", "port_#0001.hub_#0002", "", "", ""}, true},
+      {printer, {false, "", "PORT_#0001", "", "", ""}, false},
+      {printer, {false, "", "PORT_#0001.HUB_#0002", "", "1A2B", "00B0"}, true},
+      {printer, {false, "usbprint\\model\\7&1a2b3c&0&usb001", "", "", "", ""}, true},
+      {printer, {false, "Abc123", "", "", "", ""}, true},
+      {printer, {false, "ABC12", "", "", "", ""}, false},
+      {printer, {false, "Model", "", "", "", ""}, true},
+      {printer, {false, "MODEL", "", "", "", ""}, false},
+      {printer, {false, "OTHER", "ELSEWHERE", "USB001", "1", "2"}, true},
+      {printer, {false, "", "", "USB002", "", ""}, false},
+      {printer, {false, "OTHER", "", "", "1A2B", "00AF"}, true},
+      {disk, {false, "", "", "", "1A2B", "00AF"}, true},
+      {disk, {false, "D1", "", "", "", ""}, true},
+      {disk, {false, "", "", "USB", "", ""}, false},
+      {Device(""), {false, "A", "A", "A", "A", "A"}, false},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.matches, MatchesUsbCriteria(row.device, row.criteria)) << &row - rows;
+  }
+}
+
+std::string List(const std::vector<UsbDevice>& printers, size_t size) {
+  std::string buffer(size + 1, '~');
+  UsbDescriptionList list(buffer.data(), size);
+  for (const UsbDevice& printer : printers) {
+    list.Add(printer);
+  }
+  list.Finish();
+  EXPECT_EQ('~', buffer[size]);
+  EXPECT_EQ(std::string::npos, buffer.substr(0, size).find('~'));
+  return buffer.c_str();
+}
+
+TEST(UsbDescription, TellsWhatTheSystemTells) {
+  const struct {
+    UsbDevice printer;
+    const char* record;
+  } rows[] = {
+      {{"USB\\VID_1A2B&PID_0001&REV_0100", "PORT_#0001.hub", "USBPRINT\\MODEL\\7&1A2B3C&0&USB001",
+        "USB\\VID_1A2B&PID_0001\\ABC123"},
+       "USB,ABC123;ABC123;MODEL;VID_1A2B&PID_0001;USB001;PORT_#0001.HUB"},
+      {{"", "", "", ""}, "USB, ; ; ;VID_ &PID_ ;;"},
+      // Nothing follows the product id, so it does not count.
+      {{"USB\\VID_1A2B&PID_0001", "", "USBPRINT\\MODEL", "NOTHING"}, "USB, ; ; ;VID_1A2B&PID_ ;;"},
+      {{"VID_1&PID_", "", "A\\b\\c&usb001", "A\\b\\"}, "USB,;;b;VID_1&PI&PID_ ;;"},
+      {{"", "", "\\\\&LPT1&0xUSBx", "\\a"}, "USB,a;a;;VID_ &PID_ ;0XUSBX;"},
+      {{"", "", "USB001", "\\a"}, "USB,a;a; ;VID_ &PID_ ;;"},
+      {{"", "", "USB001&", "\\a"}, "USB,a;a; ;VID_ &PID_ ;;"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.record, List({row.printer}, 256));
+  }
+}
+
+TEST(UsbDescription, RecordsThatDoNotFitAreLeftOut) {
+  const UsbDevice small = {"", "", "", "\\a"};
+  const UsbDevice large = {"", "", "", "\\bbbbbbbbbb"};
+  const std::string a = List({small}, 256);
+  const std::string b = List({large}, 256);
+  const size_t small_size = a.size() + 1;
+  const size_t large_size = b.size() + 1;
+  const std::pair<size_t, std::string> rows[] = {
+      {1, ""},
+      {small_size, ""},
+      {small_size + 1, a},
+      {2 * small_size, a},
+      {2 * small_size + 1, a + '|' + a},
+      {small_size + large_size, a + '|' + a},
+      {small_size + large_size + 1, a + '|' + b},
+      {2 * small_size + large_size + 1, a + '|' + b + '|' + a},
+  };
+  for (const auto& [size, list] : rows) {
+    EXPECT_EQ(list, List({small, large, small}, size)) << size;
+  }
+}
+
+TEST(UsbDescription, LongRecordIsCutButEnds) {
+  const std::string location(300, 'L');
+  const UsbDevice printer = {"", location, "", "\\a"};
+  const std::string start = "USB,a;a; ;VID_ &PID_ ;;";
+  const std::string record = start + std::string(254 - start.size(), 'L');
+  EXPECT_EQ(record + '|' + record, List({printer, printer}, 2 * 255 + 1));
+  const std::string serial = "\\" + std::string(5000, 'S');
+  EXPECT_EQ("USB," + std::string(250, 'S'), List({{"", "", "", serial}}, 256));
+}
+
+FoundUsbDevice Found(const char* location, const char* path, const char* serial) {
+  FoundUsbDevice found;
+  std::strcpy(found.location, location);
+  std::strcpy(found.path, path);
+  found.has_serial = serial != nullptr;
+  std::strcpy(found.serial, serial != nullptr ? serial : "");
+  return found;
+}
+
+// The URI that an opening makes of one; opening again and again must not change it.
+std::string Opened(const std::string& configured, const FoundUsbDevice& found) {
+  char uri[kUriBufferSize] = {};
+  std::strcpy(uri, configured.c_str());
+  const size_t length = LengthWithoutFoundDevice(uri);
+  WriteFoundDevice(uri, length, found);
+  const std::string opened = uri;
+  WriteFoundDevice(uri, length, found);
+  EXPECT_EQ(opened, uri);
+  WriteFoundDevice(uri, LengthWithoutFoundDevice(uri), found);
+  EXPECT_EQ(opened, uri) << "a URI taken from an open port";
+  DeviceUri parsed;
+  EXPECT_EQ(VEXO_OK, ParseDeviceUri(&parsed, uri)) << uri;
+  return opened;
+}
+
+TEST(UsbUri, TellsWhereTheDeviceWasFound) {
+  const std::string usb = "vexo:/dev/bus/USB/DEVICE";
+  const FoundUsbDevice found = Found("PORT_#1", "\\\\?\\usb#1", "A1");
+  const std::string where = "location=PORT_#1+deviceid=\\\\?\\usb#1";
+  const std::pair<std::string, std::string> rows[] = {
+      {"", "?" + where + "+sn=A1"},
+      {"?vid=1A2B+pid=1", "?vid=1A2B+pid=1+" + where + "+sn=A1"},
+      {"?location=port_#1", "?location=port_#1+" + where + "+sn=A1"},
+      {"?location=2+deviceid=3+sn=4", "?" + where + "+sn=A1"},
+      {"?vid=1+location=2+deviceid=3", "?vid=1+" + where + "+sn=A1"},
+      {"?location=2+vid=1+deviceid=3", "?location=2+vid=1+" + where + "+sn=A1"},
+      {"?deviceid=3", "?" + where + "+sn=A1"},
+      {"?deviceids=3+sn=4", "?deviceids=3+sn=4+" + where + "+sn=A1"},
+  };
+  for (const auto& [configured, opened] : rows) {
+    EXPECT_EQ(usb + opened, Opened(usb + configured, found)) << configured;
+  }
+  EXPECT_EQ(usb + '?' + where, Opened(usb, Found("PORT_#1", "\\\\?\\usb#1", nullptr)));
+  EXPECT_EQ(usb + '?' + where, Opened(usb, Found("PORT_#1", "\\\\?\\usb#1", "")));
+  EXPECT_EQ(usb + "?location=+deviceid=p+sn=A1", Opened(usb, Found("", "p", "A1")));
+}
+
+TEST(UsbUri, StaysWithinItsBuffer) {
+  const FoundUsbDevice found = Found("PORT_#1", "\\\\?\\usb#1", "A1");
+  const std::string added = "?location=PORT_#1+deviceid=\\\\?\\usb#1+sn=A1";
+  for (size_t room = 0; room <= added.size(); ++room) {
+    const std::string start = "vexo:/dev/bus/USB/";
+    const std::string configured = start + std::string(kMaxUriLength - room - start.size(), 'D');
+    const std::string opened = Opened(configured, found);
+    EXPECT_EQ(0U, (configured + added).rfind(opened, 0)) << opened;
+    EXPECT_GE(opened.size() + std::strlen("+deviceid="), kMaxUriLength) << opened;
+  }
+}
+
+}  // namespace
+}  // namespace vexo
