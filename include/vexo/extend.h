@@ -463,6 +463,34 @@ VEXO_API int64_t AddUSBMonitor(USBMonitorCallback callback, void* context);
  */
 VEXO_API int32_t RemoveUSBMonitor(USBMonitorCallback callback);
 
+/**
+ * Lists the USB printers that are connected now: one record each, separated by "|", in the system's order:
+ *
+ *   USB,<serial>;<serial>;<name>;<ids>;<port>;<location>
+ *
+ * - serial: the end of the device's instance id, twice. It opens the printer: "USB,<serial>". A printer that has no
+ *   serial number of its own has one of the system's, with "&" in it.
+ * - name: the printer's model as its driver knows it.
+ * - ids: "VID_1A2B&PID_0001".
+ * - port: the port of the system's printer driver, "USB001"; empty when the driver is not installed.
+ * - location: the socket, "PORT_#0001.HUB_#0002", upper-cased; may be empty.
+ *
+ * A single blank stands for a serial or a name that the system does not tell, and for each half of the ids. Texts are
+ * in the code page of the calling thread. A record is at most 254 characters long; the rest of its location is cut off.
+ *
+ * Listed are the maker's printers, "VID_0FE6&PID_811E", and every device of the system's USB printer class while the
+ * process's current directory has a file "vidpid_cfg.txt", whatever it says. They are what ports on USB look through,
+ * too.
+ *
+ * @param buffer receives the list, terminated; empty when there is no printer. All of it is zeroed first. Owned by the
+ *               caller; not null.
+ * @param size   size of the buffer in bytes. A record that does not fit with the "|" behind it and a terminating zero
+ *               is left out without a sign, later ones that do fit are not: 256 bytes a printer are always enough.
+ * @return 0, also without any printer; -1 null buffer, or size below 1; positive: the system's error, -300 when it
+ *         gives none: it does not list its devices, and the list is empty.
+ */
+VEXO_API int32_t GetUsbDescList(char* buffer, int32_t size);
+
 #ifdef __cplusplus
 }
 #endif

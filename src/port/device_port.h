@@ -28,6 +28,9 @@ class DevicePort : public PortDriver {
   void SetConfigured(const DeviceUri& uri);
   bool configured() const { return configured_; }
 
+  // The URI, in a buffer of 256 bytes: what a port learns when it is opened may be added.
+  char* uri() { return uri_; }
+
   const VexoPortTimeouts& timeouts() const { return timeouts_; }
 
   // Set on any thread, read between the steps of a transfer.

@@ -28,16 +28,22 @@ int32_t FilePort::ResolveDevicePath() { return VEXO_OK; }
 int32_t FilePort::SetUpDevice(HANDLE /*device*/) { return VEXO_OK; }
 
 int32_t FilePort::Open() {
+  const int32_t check = CheckClosed();
+  if (check != VEXO_OK) {
+    return check;
+  }
+  const int32_t resolved = ResolveDevicePath();
+  return resolved == VEXO_OK ? OpenDeviceFile() : resolved;
+}
+
+int32_t FilePort::CheckClosed() const {
   if (!configured()) {
     return VEXO_ERROR_IO_SETTING;
   }
-  if (is_open_) {
-    return VEXO_ERROR_IO_ALREADY_OPEN;
-  }
-  const int32_t resolved = ResolveDevicePath();
-  if (resolved != VEXO_OK) {
-    return resolved;
-  }
+  return is_open_ ? VEXO_ERROR_IO_ALREADY_OPEN : VEXO_OK;
+}
+
+int32_t FilePort::OpenDeviceFile() {
   const DWORD flags = mode_ == Mode::kOverlapped ? FILE_FLAG_OVERLAPPED : 0;
   platform::ScopedHandle handle(CreateFileA(device_path_, GENERIC_READ | GENERIC_WRITE, /*dwShareMode=*/0, nullptr,
                                             OPEN_EXISTING, flags, nullptr));

@@ -29,6 +29,11 @@ class FilePort : public DevicePort {
   int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) override;
 
  protected:
+  // What Open does before and after the device's path is resolved. -301 not configured, -310 open already; CreateFile's
+  // error.
+  int32_t CheckClosed() const;
+  int32_t OpenDeviceFile();
+
   // With overlapped I/O every transfer waits on an event; without it, calls block.
   enum class Mode { kOverlapped, kBlocking };
 

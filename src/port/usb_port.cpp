@@ -4,6 +4,7 @@
 #include <initializer_list>
 
 #include "port/bounded_text.h"
+#include "port/usb_enumeration.h"
 #include "vexo/error.h"
 
 namespace vexo {
@@ -50,11 +51,45 @@ int32_t UsbPort::Configure(const char* uri) {
     match_by_name_ = false;
   }
   SetConfigured(parsed);
+  configured_length_ = LengthWithoutFoundDevice(UsbPort::uri());
   return VEXO_OK;
 }
 
-// This version does not search the system's USB devices yet, so it honestly finds none.
-int32_t UsbPort::ResolveDevicePath() { return VEXO_ERROR_USB_NOT_FOUND; }
+UsbCriteria UsbPort::Criteria() const { return {match_by_name_, device_name_, location_, portnum_, vid_, pid_}; }
+
+void UsbPort::Adopt(const FoundUsbDevice& found) {
+  CopyText(device_path_, sizeof(device_path_), found.path);
+  CopyText(location_, sizeof(location_), found.location);
+  read_gated_ = found.gated ? 1 : 0;
+  WriteFoundDevice(UsbPort::uri(), configured_length_, found);
+}
+
+int32_t UsbPort::ResolveDevicePath() {
+  read_gated_ = 0;
+  FoundUsbDevice found;
+  const int32_t result = FindUsbPrinter(Criteria(), &found);
+  if (result == VEXO_OK) {
+    Adopt(found);
+  }
+  return result;
+}
+
+int32_t UsbPort::OpenDeviceOfClass(uint32_t first_class, uint32_t class_count) {
+  const int32_t check = CheckClosed();
+  if (check != VEXO_OK) {
+    return check;
+  }
+  read_gated_ = 0;
+  FoundUsbDevice found;
+  const int32_t result = FindUsbDeviceOfClass(Criteria(), first_class, class_count, &found);
+  if (result != VEXO_OK) {
+    return result;
+  }
+  if (found.path[0] != '\0') {
+    Adopt(found);
+  }
+  return OpenDeviceFile();
+}
 
 int32_t UsbPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
   return ReadIsRefused() ? VEXO_ERROR_NOT_IMPLEMENTED : FilePort::Read(buffer, offset, length, read);

@@ -12,6 +12,8 @@
 namespace vexo {
 namespace {
 
+using test::CountHandles;
+
 HMODULE Library() { return GetModuleHandleA("vexoextend.dll"); }
 
 std::string LibraryPath() {
@@ -40,15 +42,14 @@ std::string ExportedNames(HMODULE library) {
 }
 
 TEST(ModuleTest, ExportsWhatHostsImport) {
-  EXPECT_EQ(
-      ExportedNames(Library()),
-      "AddReprintMonitorFun AddUSBMonitor CloseReprintMonitorWork DestroyReprintMonitorObj DiskPortOpen DownloadFMWImg "
-      "DownloadFontFile GetDeviceStatus GetExtendVersion GetLastErrorCode GetPrintWidth GetPrinterTaskOverInfo "
-      "GetReprintMonitorObj GetStatusReport OpenReprintMonitorWork QueryReprintMonitorWork RegisterPrinter "
-      "RemoveReprintMonitorFun RemoveUSBMonitor ResetPrinterInteriorId ScannerGunPortOpen ScannerPortOpen "
-      "SelectSDKRepintType "
-      "SetClearPrintTask SetDelayTime SetPaperFeed SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut "
-      "StartUSBMonitorThread StopUSBMonitorThread downloadFile downloadYModem setCancel ");
+  EXPECT_EQ(ExportedNames(Library()),
+            "AddReprintMonitorFun AddUSBMonitor CloseReprintMonitorWork DestroyReprintMonitorObj DiskPortOpen "
+            "DownloadFMWImg DownloadFontFile GetDeviceStatus GetExtendVersion GetLastErrorCode GetPrintWidth "
+            "GetPrinterTaskOverInfo GetReprintMonitorObj GetStatusReport GetUsbDescList OpenReprintMonitorWork "
+            "QueryReprintMonitorWork RegisterPrinter RemoveReprintMonitorFun RemoveUSBMonitor ResetPrinterInteriorId "
+            "ScannerGunPortOpen ScannerPortOpen SelectSDKRepintType SetClearPrintTask SetDelayTime SetPaperFeed "
+            "SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut StartUSBMonitorThread StopUSBMonitorThread "
+            "downloadFile downloadYModem setCancel ");
 }
 
 TEST(ModuleTest, CarriesItsVersion) {

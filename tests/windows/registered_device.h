@@ -1,0 +1,65 @@
+// USB devices that the system lists though nobody has plugged them in: the test writes them into the registry. What a
+// device has nothing of, the system does not tell.
+#ifndef VEXO_TESTS_WINDOWS_REGISTERED_DEVICE_H_
+#define VEXO_TESTS_WINDOWS_REGISTERED_DEVICE_H_
+
+#include <windows.h>
+
+#include <string>
+
+namespace vexo::test {
+
+inline constexpr GUID kPrinterClass = {0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
+inline constexpr GUID kDiskClass = {0x53F56307, 0xB6BF, 0x11D0, {0x94, 0xF2, 0x00, 0xA0, 0xC9, 0x1E, 0xFB, 0x8B}};
+inline constexpr GUID kInputClass = {0x4D1E55B2, 0xF16F, 0x11CF, {0x88, 0xCB, 0x00, 0x11, 0x11, 0x00, 0x00, 0x30}};
+inline constexpr GUID kComPortClass = {0x86E0D1E0, 0x8089, 0x11D0, {0x9C, 0xE4, 0x08, 0x00, 0x3E, 0x30, 0x1F, 0x73}};
+inline constexpr GUID kImagingClass = {0x6BDD1FC6, 0x810F, 0x11D0, {0xBE, 0xC7, 0x08, 0x00, 0x2B, 0xE2, 0x09, 0x2F}};
+
+struct DeviceEntry {
+  std::string instance_id;  // "USB\\VID_1A2B&PID_0001\\ABC123"
+  std::string hardware_id = {};
+  std::string location = {};
+  std::wstring bus_relations = {};
+  GUID device_class = kPrinterClass;
+};
+
+// Connected while it lives. The driver is the system's own for printers.
+class RegisteredDevice {
+ public:
+  explicit RegisteredDevice(const DeviceEntry& entry);
+  RegisteredDevice(const RegisteredDevice&) = delete;
+  RegisteredDevice& operator=(const RegisteredDevice&) = delete;
+  ~RegisteredDevice();
+
+  // Of its device file, as the system lists it.
+  const std::string& path() const { return path_; }
+
+ private:
+  const std::string device_key_;
+  const std::string interface_key_;
+  std::string path_;
+};
+
+// A device file at such a path: a pipe whose other end is the test's.
+class DeviceFile {
+ public:
+  explicit DeviceFile(const std::string& path);
+  DeviceFile(const DeviceFile&) = delete;
+  DeviceFile& operator=(const DeviceFile&) = delete;
+  ~DeviceFile();
+
+  void Send(const std::string& bytes);
+  std::string Receive(DWORD length);
+
+  // Lets the file be opened again, after a port has closed it.
+  void Renew();
+
+ private:
+  const std::string name_;
+  HANDLE pipe_;
+  HANDLE link_ = nullptr;
+};
+
+}  // namespace vexo::test
+
+#endif  // VEXO_TESTS_WINDOWS_REGISTERED_DEVICE_H_

@@ -1,0 +1,270 @@
+// USB devices through the exports: listed, found and opened. The system's devices are the test's.
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vexo/extend.h"
+#include "windows/port_calls.h"
+#include "windows/process_resources.h"
+#include "windows/registered_device.h"
+
+namespace vexo {
+namespace {
+
+using test::DeviceEntry;
+using test::DeviceFile;
+using test::RegisteredDevice;
+
+const DeviceEntry kModel = {"USB\\VID_1A2B&PID_0001\\ABC123", "usb\\vid_1a2b&pid_0001&rev_0100", "Port_#0001.Hub_#0002",
+                            L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"};
+const DeviceEntry kOtherModel = {"USB\\VID_1A2C&PID_B063\\def456", "USB\\VID_1A2C&PID_B063&REV_0100", "Port_#0002",
+                                 L"USBPRINT\\Other\\7&1A2B3C&0&USB002"};
+const DeviceEntry kGated = {"USB\\VID_0FE6&PID_811E\\GATED1", "USB\\VID_0FE6&PID_811E&REV_0100", "Port_#0003"};
+const DeviceEntry kForeign = {"USB\\VID_04B8&PID_0202\\XYZ789", "USB\\VID_04B8&PID_0202&REV_0100", "Port_#0004"};
+const DeviceEntry kNameless = {"USB\\VID_1A2D&PID_0101\\9&1", "USB\\VID_1A2D&PID_0101"};
+
+constexpr char kModelRecord[] = "USB,ABC123;ABC123;MODEL;VID_1A2B&PID_0001;USB001;PORT_#0001.HUB_#0002";
+constexpr char kOtherModelRecord[] = "USB,def456;def456;Other;VID_1A2C&PID_B063;USB002;PORT_#0002";
+constexpr char kForeignRecord[] = "USB,XYZ789;XYZ789; ;VID_04B8&PID_0202;;PORT_#0004";
+
+class UsbEnumerationTest : public ::testing::Test {
+ protected:
+  ~UsbEnumerationTest() override {
+    DiskPortOpen(&handle_, "");
+    RemoveConfiguration();
+  }
+
+  RegisteredDevice& Plug(const DeviceEntry& entry) {
+    devices_.push_back(std::make_unique<RegisteredDevice>(entry));
+    return *devices_.back();
+  }
+
+  static std::string List(int32_t size = 2000) {
+    std::string buffer(static_cast<size_t>(size), '?');
+    EXPECT_EQ(GetUsbDescList(buffer.data(), size), VEXO_OK);
+    return buffer.c_str();
+  }
+
+  // A closed port on USB. Its Open looks for a printer.
+  VexoPort* Make(const std::string& descriptor) {
+    ScannerGunPortOpen(&handle_, descriptor.c_str());
+    EXPECT_NE(handle_.port, nullptr) << descriptor;
+    return handle_.port;
+  }
+
+  std::string Uri() const {
+    char uri[256] = "";
+    uint32_t length = 0;
+    EXPECT_EQ(handle_.port->GetUri(handle_.port, uri, sizeof(uri), &length), VEXO_OK);
+    return uri;
+  }
+
+  // What the port found: it tells even when nothing answers at the path.
+  std::string FoundPath() const {
+    const std::string uri = Uri();
+    const std::string key = "+deviceid=";
+    const size_t at = uri.find(key);
+    return at != std::string::npos ? uri.substr(at + key.size(), uri.find('+', at + 1) - at - key.size()) : "";
+  }
+
+  // In an empty directory of the test's own.
+  void WriteConfiguration(const std::string& content) {
+    GetCurrentDirectoryA(sizeof(home_), home_);
+    ASSERT_NE(CreateDirectoryA("usb_configuration", nullptr), 0);
+    ASSERT_NE(SetCurrentDirectoryA("usb_configuration"), 0);
+    std::ofstream("vidpid_cfg.txt") << content;
+  }
+  void RemoveConfiguration() {
+    if (home_[0] != '\0') {
+      EXPECT_NE(DeleteFileA("vidpid_cfg.txt"), 0) << "still open";
+      EXPECT_NE(SetCurrentDirectoryA(home_), 0);
+      EXPECT_NE(RemoveDirectoryA("usb_configuration"), 0);
+      home_[0] = '\0';
+    }
+  }
+
+  VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+  std::vector<std::unique_ptr<RegisteredDevice>> devices_;
+  char home_[MAX_PATH] = "";
+};
+
+TEST_F(UsbEnumerationTest, ListTellsOfEachPrinter) {
+  EXPECT_EQ(List(), "");
+  Plug(kForeign);
+  EXPECT_EQ(List(), "");
+  Plug(kModel);
+  EXPECT_EQ(List(), kModelRecord);
+  EXPECT_EQ(List(sizeof(kModelRecord)), "");
+  EXPECT_EQ(List(sizeof(kModelRecord) + 1), kModelRecord);
+  EXPECT_EQ(List(1), "");
+  char buffer[1] = {'?'};
+  EXPECT_EQ(GetUsbDescList(nullptr, 100), VEXO_ERROR_PARAMETER);
+  EXPECT_EQ(GetUsbDescList(buffer, 0), VEXO_ERROR_PARAMETER);
+  EXPECT_EQ(GetUsbDescList(buffer, -1), VEXO_ERROR_PARAMETER);
+  EXPECT_EQ(buffer[0], '?');
+
+  Plug(kOtherModel);
+  Plug(kGated);
+  Plug(kNameless);
+  const std::string list = '|' + List() + '|';
+  for (const std::string record : {kModelRecord, kOtherModelRecord, "USB,GATED1;GATED1; ;VID_0FE6&PID_811E;;PORT_#0003",
+                                   "USB,9&1;9&1; ;VID_1A2D&PID_ ;;"}) {
+    EXPECT_NE(list.find('|' + record + '|'), std::string::npos) << record << " in " << list;
+  }
+  EXPECT_EQ(list.find("XYZ789"), std::string::npos);
+  devices_.clear();
+  EXPECT_EQ(List(), "");
+}
+
+TEST_F(UsbEnumerationTest, ConfigurationLetsEveryDeviceThrough) {
+  const std::string path = Plug(kForeign).path();
+  Plug(kGated);
+  const char* const foreign_printer = "USB,VID_0X04B8,PID_0X0202";
+  EXPECT_EQ(Make("USB,XYZ789")->Open(handle_.port), VEXO_OK + ERROR_FILE_NOT_FOUND) << "the gated printer is taken";
+  EXPECT_EQ(FoundPath(), devices_[1]->path());
+  devices_.pop_back();
+  EXPECT_EQ(Make(foreign_printer)->Open(handle_.port), VEXO_ERROR_USB_NOT_FOUND);
+  for (const std::string& content : {std::string(), std::string("VID_1234&PID_5678\n"), std::string(200'000, 'x')}) {
+    WriteConfiguration(content);
+    EXPECT_EQ(List(), kForeignRecord);
+    EXPECT_EQ(Make(foreign_printer)->Open(handle_.port), ERROR_FILE_NOT_FOUND);
+    EXPECT_EQ(FoundPath(), path);
+    EXPECT_EQ(Make("USB,VID_0X04B8,PID_0X0203")->Open(handle_.port), VEXO_ERROR_USB_NOT_FOUND);
+    RemoveConfiguration();
+  }
+}
+
+// Nothing answers at the devices' paths, as if they had been unplugged when they had just been found.
+TEST_F(UsbEnumerationTest, PathIsThatOfTheDeviceThatIsMeant) {
+  const std::string model = Plug(kModel).path();
+  const std::string other = Plug(kOtherModel).path();
+  Plug(kForeign);
+  Plug(kNameless);
+  const std::pair<const char*, std::string> rows[] = {
+      {"USB,ABC123", model},
+      {"USB,DEF456", other},
+      {"USB,PORT_#0001.HUB_#0002", model},
+      {"USB,PORT_#0002", other},
+      {"USB,VID_0X1A2C,PID_0Xb063", other},
+      {"vexo:/dev/bus/USB/DEVICE?vid=1a2b+pid=0001", model},
+      {"vexo:/dev/bus/USB/DEVICE?location=port_#0002+vid=9+pid=9", other},
+      {"vexo:/dev/bus/USB/usbprint\\other\\7&1a2b3c&0&usb002", other},
+      {"USB,XYZ789", ""},
+      {"USB,VID_0X04B8,PID_0X0202", ""},
+      {"USB,9&1", ""},  // Without a location it is not looked at.
+      {"USB,USB007", ""},
+  };
+  for (const auto& [descriptor, path] : rows) {
+    EXPECT_EQ(Make(descriptor)->Open(handle_.port),
+              path.empty() ? VEXO_ERROR_USB_NOT_FOUND : static_cast<int32_t>(ERROR_FILE_NOT_FOUND))
+        << descriptor;
+    EXPECT_EQ(FoundPath(), path) << descriptor;
+    EXPECT_EQ(handle_.port->CheckOpen(handle_.port), VEXO_ERROR_IO_NOT_OPEN);
+  }
+}
+
+TEST_F(UsbEnumerationTest, PrinterIsOpenedAndItsPlaceIsTold) {
+  const std::string path = Plug(kModel).path();
+  DeviceFile file(path);
+  VexoPort* const port = Make("USB");
+  EXPECT_EQ(Uri(), "vexo:/dev/bus/USB/DEVICE");
+  const std::string uri = "vexo:/dev/bus/USB/DEVICE?location=PORT_#0001.HUB_#0002+deviceid=" + path + "+sn=ABC123";
+  for (int round = 0; round < 3; ++round) {
+    ASSERT_EQ(port->Open(port), VEXO_OK);
+    EXPECT_EQ(port->Open(port), VEXO_ERROR_IO_ALREADY_OPEN);
+    EXPECT_EQ(Uri(), uri);
+    EXPECT_EQ(test::Write(port, "job"), test::Written(VEXO_OK, 3));
+    EXPECT_EQ(file.Receive(3), "job");
+    file.Send(test::Pattern(64));
+    EXPECT_EQ(test::Read(port, 10), test::Reading(VEXO_OK, 64, test::Pattern(64).substr(54)));
+    EXPECT_EQ(port->Close(port), VEXO_OK);
+    file.Renew();
+  }
+  ASSERT_EQ(Make(uri)->Open(handle_.port), VEXO_OK) << "the URI of an open port opens its printer";
+  EXPECT_EQ(Uri(), uri);
+}
+
+TEST_F(UsbEnumerationTest, GatedPrinterIsTakenWhateverTheUriSays) {
+  DeviceFile file(Plug(kGated).path());
+  VexoPort* const port = Make("USB,VID_0X1A2B,PID_0X0001");
+  ASSERT_EQ(port->Open(port), VEXO_OK);
+  const uint8_t off = 0;
+  EXPECT_EQ(port->Control(port, VEXO_CONTROL_USB_SET_READ_ENABLED, nullptr, &off, 1, nullptr, 0, nullptr), VEXO_OK);
+  EXPECT_EQ(test::Read(port, 1), test::Reading(VEXO_ERROR_NOT_IMPLEMENTED, 0, ""));
+  EXPECT_EQ(test::ReadAvailable(port, 1), test::Reading(VEXO_ERROR_NOT_IMPLEMENTED, 0, ""));
+  port->Close(port);
+  file.Renew();
+
+  // Once its place is taken by another printer, that one is read.
+  devices_.clear();
+  DeviceFile other_file(Plug(kModel).path());
+  ASSERT_EQ(port->Open(port), VEXO_OK);
+  other_file.Send("x");
+  EXPECT_EQ(test::Read(port, 1), test::Reading(VEXO_OK, 1, "x"));
+}
+
+TEST_F(UsbEnumerationTest, ExportsSearchTheirClasses) {
+  const struct {
+    decltype(&DiskPortOpen) open;
+    const GUID& device_class;
+  } rows[] = {
+      {DiskPortOpen, test::kDiskClass},
+      {ScannerPortOpen, test::kImagingClass},
+      {ScannerGunPortOpen, test::kInputClass},
+      {ScannerGunPortOpen, test::kComPortClass},
+  };
+  for (const auto& row : rows) {
+    DeviceEntry entry = kModel;
+    entry.device_class = row.device_class;
+    const std::string path = Plug(entry).path();
+    entry = kForeign;
+    entry.device_class = row.device_class;
+    Plug(entry);
+    DeviceFile file(path);
+    for (const auto& other : rows) {
+      const bool finds = other.open == row.open;
+      EXPECT_EQ(other.open(&handle_, "USB,VID_0X1A2B,PID_0X0001"), finds ? VEXO_OK : VEXO_ERROR_USB_NOT_FOUND) << path;
+      EXPECT_EQ(handle_.portOpen, finds ? 1 : 0);
+      EXPECT_EQ(FoundPath(), finds ? path : "");
+      EXPECT_EQ(Uri().find("sn="), std::string::npos);
+      DiskPortOpen(&handle_, "");
+      file.Renew();
+    }
+    EXPECT_EQ(row.open(&handle_, "USB,PORT_#0004"), VEXO_ERROR_USB_NOT_FOUND);
+    devices_.clear();
+    EXPECT_EQ(row.open(&handle_, "USB"), VEXO_ERROR_USB_NOT_FOUND);
+  }
+}
+
+TEST_F(UsbEnumerationTest, LeavesNothingBehind) {
+  DeviceFile file(Plug(kModel).path());
+  Plug(kForeign);
+  WriteConfiguration("");
+  VexoPort* const port = Make("USB,ABC123");
+  const auto use_once = [&] {
+    const std::string list = List();
+    EXPECT_EQ(std::count(list.begin(), list.end(), '|'), 1);
+    ASSERT_EQ(port->Open(port), VEXO_OK);
+    port->Close(port);
+    file.Renew();
+    VexoPrinterHandle other = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+    EXPECT_EQ(DiskPortOpen(&other, "USB,NOBODY"), VEXO_ERROR_USB_NOT_FOUND);
+    EXPECT_EQ(DiskPortOpen(&other, ""), VEXO_ERROR_IO_SETTING);
+  };
+  use_once();
+  const std::string uri = Uri();
+  const size_t handles = test::CountHandles();
+  for (int round = 0; round < 1000; ++round) {
+    use_once();
+  }
+  EXPECT_EQ(test::CountHandles(), handles);
+  EXPECT_EQ(Uri(), uri);
+}
+
+}  // namespace
+}  // namespace vexo
