@@ -11,7 +11,8 @@ build=${VEXO_BENCH_BUILD:-build/windows-x64}
 if [ -z "${VEXO_BENCH_BUILD:-}" ]; then
   cmake --preset windows-x64 --log-level=WARNING
 fi
-cmake --build "$build" --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark download_benchmark
+cmake --build "$build" \
+  --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark usb_benchmark download_benchmark
 cmake --preset host-release --log-level=WARNING
 cmake --build build/host-release --target virtual_printer
 
@@ -24,7 +25,7 @@ start_printer build/host-release/bin/virtual_printer /dev/null --loader-delay 0 
 
 results=$(
   scripts/wine.sh "$build/bin/transfer_benchmark.exe" "${ports[@]}"
-  for benchmark in load report monitor; do
+  for benchmark in load report monitor usb; do
     scripts/wine.sh "$build/bin/${benchmark}_benchmark.exe"
   done
   scripts/wine.sh "$build/bin/download_benchmark.exe" "$printer_port"
