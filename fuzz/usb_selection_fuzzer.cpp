@@ -49,7 +49,7 @@ std::vector<std::string> MakeIdentifiers() {
   for (const std::string_view family : vexo::kProductFamilies) {
     for (uint32_t model = 0; model < vexo::kModelsPerFamily; ++model) {
       char digits[8];
-      std::snprintf(digits, sizeof(digits), "%02X", model);
+      (void)std::snprintf(digits, sizeof(digits), "%02X", model);
       identifiers.push_back(std::string(vexo::kFamilyVendor) + std::string(family) + digits);
     }
   }
@@ -57,8 +57,8 @@ std::vector<std::string> MakeIdentifiers() {
 }
 
 bool IsListed(const std::string& hardware_id) {
-  static const std::vector<std::string> identifiers = MakeIdentifiers();
-  return std::any_of(identifiers.begin(), identifiers.end(),
+  static const std::vector<std::string> kIdentifiers = MakeIdentifiers();
+  return std::any_of(kIdentifiers.begin(), kIdentifiers.end(),
                      [&](const std::string& identifier) { return Contains(hardware_id, identifier); });
 }
 

@@ -45,6 +45,11 @@ VEXO_API int32_t GetLastErrorCode(void);
 /**
  * Opens a port on the disk interface of a USB printer and puts it into a printer handle.
  *
+ * The device is found by the rules of printer.h for opening USB printers. Beside its own identifiers those of the
+ * device above it count: a disk in a printer is the printer's, and vid, pid and DEVICE may be those of the printer. So
+ * disks of anybody else are never opened, unless a vidpid_cfg.txt lets every device through (GetUsbDescList).
+ * "location" and "deviceid" are added to the port's URI, but no "sn".
+ *
  * A port object that the handle already holds is closed first (and freed, when the library made it), portOpen becomes
  * 0 and port NULL. After a failure to make the new port object, port stays NULL: opening "" (-301) is therefore the
  * way to give a port object back. When only the opening of the device failed, the handle keeps the new, closed port
@@ -55,7 +60,8 @@ VEXO_API int32_t GetLastErrorCode(void);
  *                   ("vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100"); at most 255 characters count.
  * @return 0 and portOpen 1; -6 bad handle; -301 null or malformed text, or a descriptor of unknown kind; -4 a URI of
  *         unknown TYPE, or a kind of port without a driver; -2 (buffer ports: -9) out of memory; -372 no such USB
- *         device; positive: the system's error.
+ *         device, or not a port on USB; -9 no memory for its path; -300 the system does not list its devices and
+ *         gives no error; positive: the system's error.
  */
 VEXO_API int32_t DiskPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 
@@ -63,9 +69,10 @@ VEXO_API int32_t DiskPortOpen(VexoPrinterHandle* handle, const char* descriptor)
 VEXO_API int32_t ScannerPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 
 /**
- * Puts a port into a printer handle: a scanner gun on USB (searched by device class) or on a serial line is opened; a
- * port of any other kind is only made, not opened, while portOpen becomes 1 all the same: its user calls
- * handle->port->Open(handle->port). Otherwise as DiskPortOpen; the codes of a serial port's Open are returned, too.
+ * Puts a port into a printer handle: a scanner gun on USB or on a serial line is opened; a port of any other kind is
+ * only made, not opened, while portOpen becomes 1 all the same: its user calls handle->port->Open(handle->port). A gun
+ * on USB is looked for among input devices, then ports and modems; a failure is that of the last of these searches.
+ * Otherwise as DiskPortOpen; the codes of a serial port's Open are returned, too.
  */
 VEXO_API int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 
@@ -468,8 +475,8 @@ VEXO_API int32_t RemoveUSBMonitor(USBMonitorCallback callback);
  *
  *   USB,<serial>;<serial>;<name>;<ids>;<port>;<location>
  *
- * - serial: the end of the device's instance id, twice. It opens the printer: "USB,<serial>". A printer that has no
- *   serial number of its own has one of the system's, with "&" in it.
+ * - serial: the end of the device's instance id, twice. It opens the printer: "vexo:/dev/bus/USB/<serial>". A printer
+ *   that has no serial number of its own has one of the system's, with "&" in it.
  * - name: the printer's model as its driver knows it.
  * - ids: "VID_1A2B&PID_0001".
  * - port: the port of the system's printer driver, "USB001"; empty when the driver is not installed.

@@ -90,7 +90,22 @@ struct VexoPort {
   /**
    * Opens the device or connects. -301: not configured. -310: open already, left as it was. -311: no connection
    * within the connect timeout, twice; a printer that refuses the connection is reported so too. -372: no such USB
-   * printer. Positive: the system's error.
+   * printer. -9: no memory for its path. Positive: the system's error.
+   *
+   * A USB port looks for its printer each time it is opened, among those that GetUsbDescList lists and that have a
+   * location. A URI that says nothing of the printer means the first one. Otherwise one of these must agree, and letter
+   * case does not count unless said:
+   * - vid and pid, both;
+   * - location;
+   * - DEVICE: the serial number, or the whole device id of the print queue, or a part of the queue's device id (in the
+   *   same letter case);
+   * - portnum: a part of the queue's device id, in the same letter case.
+   * The printer "VID_0FE6&PID_811E" is taken as soon as it is met, whatever the URI says; its reads obey the read
+   * switch. (With a vidpid_cfg.txt it is a printer like any other.)
+   *
+   * Where the printer was found is added to the URI: "location", "deviceid" (its device path) and "sn" (its serial
+   * number, upper-cased; left out when it has none). They take the place of those of an earlier opening. What goes
+   * beyond 255 characters is cut. A later opening takes another printer at the same location, too.
    */
   int32_t (*Open)(VexoPort* port);
 

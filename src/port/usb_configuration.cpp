@@ -15,7 +15,7 @@ bool HasUsbConfiguration() {
   if (file == nullptr) {
     return false;
   }
-  std::fclose(file);
+  static_cast<void>(std::fclose(file));
   return true;
 }
 
