@@ -32,3 +32,32 @@ output=/dev/full in_background usb watch
 plug arrived abc123
 finished
 judge "event that cannot be written" 1 "" "like $watching"$'\n'"vexoctl: cannot write the result: 112 ?*"
+
+# plugged_in SERIAL [PIPE]: a USB printer of the maker's is connected, until unplug.
+plugged_in() {
+  : >"$work/plugged"
+  exec {usb_input}> >(exec "$root/scripts/wine.sh" "${vexoctl%/*}/usb_device.exe" "$@" >"$work/plugged")
+  usb_device_pid=$!
+  until_line "$work/plugged" "plugged in"
+}
+unplug() {
+  exec {usb_input}>&-
+  wait "$usb_device_pid" || record "pulling out" no
+}
+
+echo "# usb list, ports"
+succeeds "no printer" "no USB printers" usb list
+plugged_in ABC123
+succeeds "a printer" "vexo:/dev/bus/USB/ABC123
+  name: MODEL
+  serial: ABC123
+  ids: VID_1A2B&PID_0001
+  port: USB001
+  location: PORT_#0001.HUB_#0002" usb list
+succeeds "a printer as JSON" '{"printers":[{"descriptor":"vexo:/dev/bus/USB/ABC123","name":"MODEL","serial":"ABC123",'\
+'"ids":"VID_1A2B&PID_0001","port":"USB001","location":"PORT_#0001.HUB_#0002"}]}' --json usb list
+registry='HKLM\HARDWARE\DEVICEMAP\SERIALCOMM'
+"$root/scripts/wine.sh" reg add "$registry" /v '\Device\Serial7' /d COM7 /f >/dev/null
+check "ports" 0 "like *COM7,9600  serial line; *"$'\n'"vexo:/dev/bus/USB/ABC123  USB printer MODEL" "" ports
+"$root/scripts/wine.sh" reg delete "$registry" /v '\Device\Serial7' /f >/dev/null
+unplug

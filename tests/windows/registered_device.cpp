@@ -134,13 +134,13 @@ RegisteredDevice::~RegisteredDevice() {
   RegDeleteTreeA(HKEY_LOCAL_MACHINE, device_key_.c_str());
 }
 
-DeviceFile::DeviceFile(const std::string& path) : name_(NewPipeName()), pipe_(MakePipe(name_)) {
+DeviceLink::DeviceLink(const std::string& path, const std::string& pipe_name) {
   const auto link = reinterpret_cast<NTSTATUS(NTAPI*)(HANDLE*, ACCESS_MASK, OBJECT_ATTRIBUTES*, UNICODE_STRING*)>(
       reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA("ntdll.dll"), "NtCreateSymbolicLinkObject")));
   constexpr ACCESS_MASK kAllAccess = 0xF0001;
   const std::string rest = path.substr(4);  // Behind "\\?\".
   std::wstring from = L"\\??\\" + std::wstring(rest.begin(), rest.end());
-  std::wstring to = L"\\Device\\NamedPipe\\" + std::wstring(name_.begin(), name_.end());
+  std::wstring to = L"\\Device\\NamedPipe\\" + std::wstring(pipe_name.begin(), pipe_name.end());
   UNICODE_STRING from_text;
   UNICODE_STRING to_text;
   RtlInitUnicodeString(&from_text, from.c_str());
@@ -150,10 +150,9 @@ DeviceFile::DeviceFile(const std::string& path) : name_(NewPipeName()), pipe_(Ma
   Require(link(&link_, kAllAccess, &attributes, &to_text) == 0, "NtCreateSymbolicLinkObject");
 }
 
-DeviceFile::~DeviceFile() {
-  CloseHandle(link_);
-  CloseHandle(pipe_);
-}
+DeviceFile::DeviceFile(const std::string& path) : name_(NewPipeName()), pipe_(MakePipe(name_)), link_(path, name_) {}
+
+DeviceFile::~DeviceFile() { CloseHandle(pipe_); }
 
 void DeviceFile::Renew() {
   CloseHandle(pipe_);

@@ -40,6 +40,18 @@ class RegisteredDevice {
   std::string path_;
 };
 
+// While it lives, opening a device's path opens the named pipe "\\\\.\\pipe\\<name>".
+class DeviceLink {
+ public:
+  DeviceLink(const std::string& path, const std::string& pipe_name);
+  DeviceLink(const DeviceLink&) = delete;
+  DeviceLink& operator=(const DeviceLink&) = delete;
+  ~DeviceLink() { CloseHandle(link_); }
+
+ private:
+  HANDLE link_ = nullptr;
+};
+
 // A device file at such a path: a pipe whose other end is the test's.
 class DeviceFile {
  public:
@@ -57,7 +69,7 @@ class DeviceFile {
  private:
   const std::string name_;
   HANDLE pipe_;
-  HANDLE link_ = nullptr;
+  const DeviceLink link_;
 };
 
 }  // namespace vexo::test

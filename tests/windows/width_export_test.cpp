@@ -109,10 +109,10 @@ TEST_F(WidthExportTest, PortsOfThisSystem) {
       {ScannerPortOpen, "USB", VEXO_ERROR_USB_NOT_FOUND, true},
       {ScannerGunPortOpen, "USB", VEXO_ERROR_USB_NOT_FOUND, true},
       {ScannerGunPortOpen, "vexo:/dev/bus/XYZ/DEVICE", VEXO_ERROR_NOT_SUPPORTED_PRINTER, false},
-      {ScannerGunPortOpen, "COM1,9600", VEXO_ERROR_NOT_SUPPORTED_PRINTER, false},
-      {ScannerGunPortOpen, "BT,001122334455", VEXO_ERROR_NOT_SUPPORTED_PRINTER, false},
+      {ScannerGunPortOpen, "COM255,9600", ERROR_FILE_NOT_FOUND, true},
       {ScannerGunPortOpen, nullptr, VEXO_ERROR_IO_SETTING, false},
       // Left to their users to open: nobody listens there.
+      {ScannerGunPortOpen, "BT,001122334455", VEXO_OK, true},
       {ScannerGunPortOpen, "NET,127.0.0.1,1", VEXO_OK, true},
   };
   for (const auto& test : kCases) {

@@ -17,6 +17,7 @@ inline constexpr char kPortOption[] = "--port";
 void AddDownloadCommands(CLI::App& tool, const Settings& settings);
 void AddFeedCommand(CLI::App& tool, const Settings& settings);
 void AddMonitorCommand(CLI::App& tool, const Settings& settings);
+void AddPortsCommand(CLI::App& tool, const Settings& settings);
 void AddPrintCommand(CLI::App& tool, const Settings& settings);
 void AddStatusCommand(CLI::App& tool, const Settings& settings);
 void AddTaskCommands(CLI::App& tool, const Settings& settings);

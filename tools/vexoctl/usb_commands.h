@@ -8,6 +8,7 @@
 
 namespace vexoctl {
 
+void AddUsbListCommand(CLI::App& usb, const Settings& settings);
 void AddUsbWatchCommand(CLI::App& usb, const Settings& settings);
 
 }  // namespace vexoctl
