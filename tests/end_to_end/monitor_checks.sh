@@ -95,6 +95,7 @@ tell_printer start 7
 until_line "$work/output" "start task 7"
 tell_printer drop
 until_line "$errors" "$again"
+until_line "$trace" '#2 -> .*setval "job_monitor" "on"' # Until then the printer may not have taken the connection.
 tell_printer end 7
 finished
 judge "connection lost and made again at once" 0 \
