@@ -12,7 +12,8 @@ if [ -z "${VEXO_BENCH_BUILD:-}" ]; then
   cmake --preset windows-x64 --log-level=WARNING
 fi
 cmake --build "$build" \
-  --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark usb_benchmark download_benchmark
+  --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark usb_benchmark \
+  device_file_benchmark download_benchmark
 cmake --preset host-release --log-level=WARNING
 cmake --build build/host-release --target virtual_printer
 
@@ -28,6 +29,7 @@ results=$(
   for benchmark in load report monitor usb; do
     scripts/wine.sh "$build/bin/${benchmark}_benchmark.exe"
   done
+  tests/windows/run_serial_tests.sh "$PWD/scripts/wine.sh" "$build/bin/device_file_benchmark.exe"
   scripts/wine.sh "$build/bin/download_benchmark.exe" "$printer_port"
   stat -c '%s' "$build/bin/vexoextend.dll" | awk '{ printf "size of the DLL, MiB;%.3f;<=;1.5\n", $1 / 1048576 }'
 )

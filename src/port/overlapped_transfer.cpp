@@ -1,9 +1,15 @@
 #include "port/overlapped_transfer.h"
 
+#include <utility>
+
+#include "platform/windows/idle_handles.h"
 #include "platform/windows/wait.h"
 
 namespace vexo {
 namespace {
+
+// Making an event for each command would cost as much as sending it.
+platform::IdleHandles g_idle_events;
 
 TransferResult Failure(DWORD error) {
   TransferResult result;
@@ -13,7 +19,12 @@ TransferResult Failure(DWORD error) {
 
 }  // namespace
 
+OverlappedTransfer::~OverlappedTransfer() { g_idle_events.GiveBack(std::move(event_)); }
+
 bool OverlappedTransfer::Prepare(OVERLAPPED* overlapped) {
+  if (!event_.valid()) {
+    event_ = g_idle_events.Take();
+  }
   if (!event_.valid()) {
     event_ = platform::ScopedHandle(CreateEventA(nullptr, /*bManualReset=*/TRUE, /*bInitialState=*/FALSE, nullptr));
   }

@@ -18,10 +18,13 @@ struct TransferResult {
   bool timed_out = false;
 };
 
-// Owns the event that the transfers of one call complete on; made for the first one.
+// Owns the event that the transfers of one call complete on; taken for the first one.
 class OverlappedTransfer {
  public:
   explicit OverlappedTransfer(HANDLE device) : device_(device) {}
+  OverlappedTransfer(const OverlappedTransfer&) = delete;
+  OverlappedTransfer& operator=(const OverlappedTransfer&) = delete;
+  ~OverlappedTransfer();
 
   // Starts the transfer and waits for it up to `wait_ms`; then cancels it and waits for the end of that. Until the
   // system has let go of the buffer, neither returns.

@@ -60,6 +60,8 @@ class DeviceFile {
   DeviceFile& operator=(const DeviceFile&) = delete;
   ~DeviceFile();
 
+  HANDLE pipe() const { return pipe_; }
+
   void Send(const std::string& bytes);
   std::string Receive(DWORD length);
 

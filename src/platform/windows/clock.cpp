@@ -2,11 +2,9 @@
 
 #include <windows.h>
 
-#include <mutex>
 #include <utility>
-#include <vector>
 
-#include "platform/windows/scoped_handle.h"
+#include "platform/windows/idle_handles.h"
 
 #ifndef CREATE_WAITABLE_TIMER_HIGH_RESOLUTION
 #define CREATE_WAITABLE_TIMER_HIGH_RESOLUTION 0x00000002
@@ -15,53 +13,28 @@
 namespace vexo::platform {
 namespace {
 
-// Timers that no thread sleeps on just now: making one for each pause would double what a polling monitor costs. There
-// are never more than threads have slept at once; they are closed when the library is unloaded.
-class IdleTimers {
- public:
-  // Not valid on systems without such timers.
-  ScopedHandle Take() {
-    {
-      const std::lock_guard<std::mutex> guard(mutex_);
-      if (!timers_.empty()) {
-        ScopedHandle timer = std::move(timers_.back());
-        timers_.pop_back();
-        return timer;
-      }
-    }
-    return ScopedHandle(
-        CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION, TIMER_ALL_ACCESS));
-  }
+// Making a timer for each pause would double what a polling monitor costs.
+IdleHandles g_idle_timers;
 
-  void GiveBack(ScopedHandle timer) {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    if (timers_.size() < timers_.capacity()) {
-      timers_.push_back(std::move(timer));  // Needs no memory; without room, the timer is closed.
-    }
-  }
-
-  IdleTimers() { timers_.reserve(kMostIdleTimers); }
-
- private:
-  static constexpr size_t kMostIdleTimers = 64;
-
-  std::mutex mutex_;
-  std::vector<ScopedHandle> timers_;
-};
-
-IdleTimers g_idle_timers;
+// Not valid on systems without such timers.
+ScopedHandle TakeTimer() {
+  ScopedHandle timer = g_idle_timers.Take();
+  return timer.valid() ? std::move(timer)
+                       : ScopedHandle(CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
+                                                             TIMER_ALL_ACCESS));
+}
 
 constexpr LONGLONG kUnitsPerMillisecond = 10'000;  // Of 100 ns, as timers count.
 
-// Even these timers are late by up to a millisecond. A download sleeps for 20 ms thousands of times, so short sleeps
-// end their timer a little early and wait out the rest awake.
+// Even these timers are late by a good part of a millisecond. A download sleeps for 20 ms thousands of times, so short
+// sleeps end their timer a millisecond early and wait out the rest awake.
 constexpr uint32_t kLongestShortSleepMs = 50;
 constexpr LONGLONG kAwake = kUnitsPerMillisecond;
 
 // Sleep() rounds up to the system's timer period: at the usual 15.6 ms a pause of 20 ms would last 31 ms. A
 // high-resolution timer (Windows 10 1803 and later) keeps to the millisecond.
 bool SleepOnTimer(LONGLONG units) {
-  ScopedHandle timer = g_idle_timers.Take();
+  ScopedHandle timer = TakeTimer();
   if (!timer.valid()) {
     return false;
   }
