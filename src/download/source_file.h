@@ -28,7 +28,7 @@ class SourceFile {
 
  private:
   struct Closer {
-    void operator()(std::FILE* file) const { std::fclose(file); }
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
   };
 
   std::unique_ptr<std::FILE, Closer> file_;

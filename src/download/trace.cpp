@@ -8,9 +8,9 @@ namespace vexo {
 void downloadTrace(const char* format, ...) {  // NOLINT(cert-dcl50-cpp): printf's own arguments, checked by compilers.
   va_list arguments;
   va_start(arguments, format);
-  std::vprintf(format, arguments);
+  std::vprintf(format, arguments);  // NOLINT(clang-analyzer-valist.Uninitialized): it is not.
   va_end(arguments);
-  std::fflush(stdout);
+  static_cast<void>(std::fflush(stdout));
 }
 
 }  // namespace vexo
