@@ -57,7 +57,7 @@ class LibraryConnection {
 };
 
 struct Times {
-  double library;
+  double ported;  // Through the library's port.
   double bare;
 };
 
@@ -88,7 +88,7 @@ void MeasureWriting(const std::string& tcp_port) {
   const Times times = Compare(
       kTransferRounds, [&] { Require(library.Write(job) && library.Read(&taken), "writing"); },
       [&] { Require(bare.Write(job) && bare.Read(&taken), "writing"); });
-  Report("write 64 MiB, rate against select+send", times.bare / times.library, ">=", 0.97);
+  Report("write 64 MiB, rate against select+send", times.bare / times.ported, ">=", 0.97);
 }
 
 void MeasureReading(const std::string& tcp_port) {
@@ -99,7 +99,7 @@ void MeasureReading(const std::string& tcp_port) {
   const Times times = Compare(
       kTransferRounds, [&] { Require(library.Write(request) && library.Read(&content), "reading"); },
       [&] { Require(bare.Write(request) && bare.Read(&content), "reading"); });
-  Report("read 64 MiB, rate against select+recv", times.bare / times.library, ">=", 0.97);
+  Report("read 64 MiB, rate against select+recv", times.bare / times.ported, ">=", 0.97);
 }
 
 // The bare form of an exchange: two selects that show whether the printer is still there, select and send for the
@@ -118,8 +118,8 @@ void MeasureExchange(const std::string& tcp_port) {
   };
   const Times times = Compare(kExchangeRounds, repeat([&] { return library.Write(command) && library.Read(&answer); }),
                               repeat([&] { return bare.IsAlive() && bare.Write(command) && bare.Read(&answer); }));
-  Report("exchange, time against bare calls", times.library / times.bare, "<=", 1.1);
-  std::fprintf(stderr, "an exchange takes %.1f us, with bare calls %.1f us\n", times.library / kExchangesPerRound * 1e6,
+  Report("exchange, time against bare calls", times.ported / times.bare, "<=", 1.1);
+  std::fprintf(stderr, "an exchange takes %.1f us, with bare calls %.1f us\n", times.ported / kExchangesPerRound * 1e6,
                times.bare / kExchangesPerRound * 1e6);
 }
 
