@@ -1,0 +1,159 @@
+// The configuration of the process, and what it tells about a printer.
+#include "protocol/sdk_config.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "protocol/model_handle.h"
+#include "protocol/printer_info.h"
+#include "protocol/sdk_config_text.h"
+#include "support/allocation_faults.h"
+#include "support/own_folder.h"
+
+namespace vexo {
+namespace {
+
+std::string Stored(std::string text) {
+  EncodeConfigText(&text);
+  return text;
+}
+
+class SdkConfigFile : public ::testing::Test {
+ protected:
+  void TearDown() override {
+    ReleaseSdkConfig();
+    EXPECT_EQ(nullptr, LoadedSdkConfig());
+    test::RemoveOwnFile();
+  }
+};
+
+TEST_F(SdkConfigFile, AddsToTheBuiltInModels) {
+  test::SetOwnFile(Stored("[s]\nk=v\n[m]\n500,a,KM500,,,3\n451,b,KM451B\n502,c,KM452\n"));
+  EXPECT_EQ(0, LoadSdkConfig());
+  EXPECT_EQ("sdkconfig", test::LastOwnFileName());
+  const SdkConfigReference config = LoadedSdkConfig();
+  ASSERT_EQ(1U, config->settings.size());
+  EXPECT_EQ("v", ViewText(config->settings[0].value));
+  EXPECT_EQ(5U, config->models.size());
+  EXPECT_EQ("KM500", FindModel(500)->name());
+  // The built-in models come first.
+  EXPECT_EQ("KM451", FindModel(451)->name());
+  EXPECT_EQ(451, FindModelByName("KM451")->number);
+  EXPECT_EQ(452, FindModelByName("KM452")->number);
+  EXPECT_FALSE(FindModel(501) || FindModelByName("km500"));
+}
+
+TEST_F(SdkConfigFile, MissingOrUnreadableLeavesTheBuiltInModels) {
+  for (const auto prepare : {test::RemoveOwnFile, test::SetUnreadableOwnFile}) {
+    prepare();
+    EXPECT_EQ(0, LoadSdkConfig());
+    EXPECT_EQ(1, test::OwnFileRequests());
+    EXPECT_EQ(2U, LoadedSdkConfig()->models.size());
+    EXPECT_TRUE(FindModelByName("KM451") && FindModelByName("KM452"));
+    ReleaseSdkConfig();
+  }
+}
+
+TEST_F(SdkConfigFile, IsReadOnceAndAgainOnceItWasReleased) {
+  test::SetOwnFile(Stored("[\n[\n500,,OLD"));
+  EXPECT_FALSE(FindModel(451)) << "before anything is loaded";
+  ReleaseSdkConfig();
+  EXPECT_EQ(0, LoadSdkConfig());
+  EXPECT_EQ(0, LoadSdkConfig());  // No further use.
+  EXPECT_EQ(1, test::OwnFileRequests());
+  const SdkConfigReference held = LoadedSdkConfig();
+  const ModelRecord* const record = held->FindModel(500);
+
+  ReleaseSdkConfig();
+  EXPECT_FALSE(FindModel(500) || FindModelByName("KM451"));
+  ReleaseSdkConfig();  // Nothing is left to release.
+  test::SetOwnFile(Stored("[\n[\n500,,NEW"));
+  EXPECT_EQ(0, LoadSdkConfig());
+  EXPECT_EQ("NEW", FindModel(500)->name());
+  EXPECT_EQ("OLD", record->name());
+}
+
+TEST_F(SdkConfigFile, WithoutMemoryNothingIsLoaded) {
+  test::SetOwnFile(Stored("[\nkey=value\n[\n" + std::string(9000, '7')));
+  const int64_t before = test::LivingBytes();
+  uint32_t nth = 0;
+  int32_t result = 0;
+  do {
+    test::AllocationFault fault(++nth);
+    result = LoadSdkConfig();
+    const bool struck = fault.Lift();
+    EXPECT_EQ(struck ? -9 : 0, result) << nth;
+    EXPECT_EQ(struck, LoadedSdkConfig() == nullptr);
+    EXPECT_TRUE(!struck || test::LivingBytes() == before) << nth;
+  } while (result != 0);
+  EXPECT_GT(nth, 4U);
+}
+
+// Whoever loads and releases, a record that was found and tables that are held stay whole.
+TEST_F(SdkConfigFile, ThreadsLoadAndReleaseAsTheyLike) {
+  test::SetOwnFile(Stored("[\n[\n500,abc,KM500,def,ghi,1,2,3,4,5\n"));
+  std::vector<std::thread> threads(4);
+  for (std::thread& thread : threads) {
+    thread = std::thread([] {
+      for (int round = 0; round < 200; ++round) {
+        SdkConfigReference config;
+        EXPECT_EQ(0, LoadSdkConfig(&config));
+        const std::optional<ModelRecord> found = FindModelByName("KM500");
+        ReleaseSdkConfig();
+        EXPECT_EQ(4, config->FindModel(500)->values[3]);
+        EXPECT_TRUE(!found || ViewText(found->texts[3]) == "ghi");
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+}
+
+TEST_F(SdkConfigFile, TellsAboutAModel) {
+  test::SetOwnFile(Stored("[\n[\n500,,KM500,,,66051\n-1,," + std::string(64, 'n') + ",,,-2147483648\n70000,,BIG"));
+  ASSERT_EQ(0, LoadSdkConfig());
+  const struct {
+    int32_t number;
+    std::string name;
+    uint32_t code;
+    bool known;
+  } rows[] = {{451, "KM451", 451U << 16, true},
+              {500, "KM500", 500U << 16 | 0x10203, true},
+              {-1, std::string(64, 'n'), 0xFFFF0000, true},
+              {70000, "BIG", 70000U << 16, true},
+              {499, "DEMO", 0, false}};
+  for (const auto& row : rows) {
+    PrinterInfo info;
+    info.work_buffer.fill(1);
+    EXPECT_EQ(0, InitPrinterInfo(&info, row.number));
+    EXPECT_EQ(row.number, info.model_number);
+    EXPECT_EQ(row.name, ViewText(info.model_name));
+    EXPECT_EQ(row.code, info.model_code) << row.number;
+    EXPECT_EQ(256, std::count(info.work_buffer.begin(), info.work_buffer.end(), 0));
+    EXPECT_EQ(256U, info.work_buffer_size);
+    EXPECT_EQ(row.known, info.capabilities.has_value());
+    std::optional<Capabilities> capabilities;
+    EXPECT_EQ(row.known ? 0 : -8, BuildCapabilities(row.number, *LoadedSdkConfig(), &capabilities));
+  }
+  ReleaseSdkConfig();
+  PrinterInfo info;
+  EXPECT_EQ(0, InitPrinterInfo(&info, 451));
+  EXPECT_EQ("DEMO", ViewText(info.model_name)) << "nothing is loaded any more";
+}
+
+TEST_F(SdkConfigFile, HandleThatIsNotMadeSaysWhy) {
+  ASSERT_EQ(0, LoadSdkConfig());
+  EXPECT_EQ("KM452", ViewText(MakeModelHandle(452, *LoadedSdkConfig())->info.model_name));
+  test::AllocationFault fault(1);
+  EXPECT_EQ(nullptr, MakeModelHandle(452, *LoadedSdkConfig()));
+  EXPECT_TRUE(fault.Lift());
+  EXPECT_EQ(-9, ModelHandleError());
+}
+
+}  // namespace
+}  // namespace vexo
