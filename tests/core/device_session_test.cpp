@@ -1,0 +1,418 @@
+#include "protocol/device_session.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "port/port_lock.h"
+#include "protocol/sdk_config.h"
+#include "protocol/sdk_config_text.h"
+#include "support/allocation_faults.h"
+#include "support/own_folder.h"
+#include "support/scripted_drivers.h"
+#include "support/scripted_port.h"
+#include "support/virtual_clock.h"
+
+namespace vexo {
+namespace {
+
+using test::BytesOf;
+using Sleeps = std::vector<uint32_t>;
+
+const std::string kModel = "KM451";
+const std::string kNet = "NET,192.168.100.200,9100";
+
+std::string UsbPrinter(const std::string& parameters) { return "vexo:/dev/bus/USB/DEVICE?" + parameters; }
+
+// A printer that sends these pieces, one at each read.
+test::DriverScript Sending(std::deque<std::string> pieces) {
+  test::DriverScript script;
+  script.on_read = [pieces = std::make_shared<std::deque<std::string>>(std::move(pieces))](uint8_t* buffer, uint32_t) {
+    if (pieces->empty()) {
+      return 0U;
+    }
+    const std::string piece = pieces->front();
+    pieces->pop_front();
+    std::memcpy(buffer, piece.data(), piece.size());
+    return static_cast<uint32_t>(piece.size());
+  };
+  return script;
+}
+
+class Session : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    test::SetDriverScript({});
+    test::SetClock(0);
+  }
+
+  void TearDown() override {
+    ExpectNothingHeld();
+    test::SetDriverScript({});
+    test::RemoveOwnFile();
+  }
+
+  void ExpectNothingHeld() {
+    EXPECT_EQ(0U, PortLockReferenceCount());
+    EXPECT_EQ(0, test::OpenDevices());
+    EXPECT_EQ(drivers_before_, test::LivingDrivers());
+    EXPECT_EQ(nullptr, LoadedSdkConfig());
+  }
+
+  const int32_t drivers_before_ = test::LivingDrivers();
+};
+
+TEST_F(Session, AsksAPrinterAndLeavesIt) {
+  DeviceSession session;
+  EXPECT_FALSE(session.IsConnected());
+  ASSERT_EQ(0, session.Connect(kModel, kNet));
+  EXPECT_TRUE(session.IsConnected());
+  EXPECT_EQ(VEXO_PRINTER_MAGIC, session.handle()->magic);
+  EXPECT_EQ(1, session.handle()->portOpen);
+  EXPECT_EQ(kModel, session.model_name());
+  EXPECT_EQ(kNet, session.descriptor());
+  EXPECT_STREQ("", session.serial_number());
+
+  std::string written;
+  test::DriverScript script = Sending({"abc", "", "def"});
+  script.on_write = [&written](const uint8_t* bytes, uint32_t length) {
+    written.append(bytes, bytes + length);
+    return 0;
+  };
+  test::SetDriverScript(script);
+  EXPECT_EQ(0, session.Send(BytesOf("\x12"
+                                    "CER")));
+  EXPECT_EQ(
+      "\x12"
+      "CER",
+      written);
+  EXPECT_EQ(0, session.Receive());
+  EXPECT_EQ(BytesOf("abc"), session.received());
+  EXPECT_EQ(0, session.Receive());  // Nothing new: complete.
+  EXPECT_EQ(BytesOf("abc"), session.received());
+  EXPECT_EQ(0, session.Receive());
+  EXPECT_EQ(BytesOf("abcdef"), session.received());
+  EXPECT_EQ(Sleeps{}, test::RecordedSleeps());
+
+  EXPECT_EQ(0, session.Connect("another", "LPT1")) << "the last result, and nothing else";
+  EXPECT_EQ(kNet, session.descriptor());
+  test::SetDriverScript({});
+  EXPECT_EQ(0, session.Disconnect());
+  EXPECT_EQ("NET Close", test::DriverCalls().front());
+  EXPECT_FALSE(session.IsConnected());
+  EXPECT_EQ(nullptr, session.handle());
+  EXPECT_EQ("The operation completed successfully.", session.message());
+}
+
+TEST_F(Session, WithoutAPrinterNothingWorks) {
+  DeviceSession session;
+  const std::function<int32_t()> operations[] = {[&] { return session.Send(BytesOf("a")); },
+                                                 [&] { return session.Receive(); },
+                                                 [&] { return session.Disconnect(); }};
+  for (const auto& operation : operations) {
+    EXPECT_EQ(-6, operation());
+    EXPECT_EQ(-6, session.last_result());
+  }
+  EXPECT_EQ(Sleeps{}, test::RecordedSleeps());
+  EXPECT_EQ(0, session.Connect(kModel, kNet)) << "an earlier failure is no obstacle";
+}
+
+TEST_F(Session, FailedConnectionLeavesNothing) {
+  const struct {
+    std::string model, descriptor;
+    test::DriverScript script;
+    int32_t code;
+    std::string message;
+  } rows[] = {
+      {"KM45", kNet, {}, -8, "Unable to identify the printer model. Please correct the printer model"},
+      {"", kNet, {}, -8, "Unable to identify the printer model. Please correct the printer model"},
+      {kModel, "FOO", {}, -301, "IO invalid setting.\nPlease confirm IO port configuration."},
+      {kModel, "FILE,x", {}, -4, "Does not support this printer. Please use the supported printer."},
+      {kModel, kNet, {-1}, -1, "Parameter is error. Please check the parameter is corrected."},
+      {kModel, kNet, {0, -311}, -311, "IO port open failed.\nPlease confirm the configuration is correct."},
+      {kModel, UsbPrinter("sn=1"), {0, 1167}, 1167, "1167"},
+  };
+  for (const auto& row : rows) {
+    DeviceSession session;
+    int64_t living_bytes[2];
+    for (int64_t& bytes : living_bytes) {  // The first time what stays for good is made.
+      test::SetDriverScript(row.script);
+      for (int round = 0; round < 1000; ++round) {
+        ASSERT_EQ(row.code, session.Connect(row.model, row.descriptor));
+      }
+      test::SetDriverScript({});
+      bytes = test::LivingBytes();
+    }
+    EXPECT_EQ(living_bytes[0], living_bytes[1]) << row.code;
+    EXPECT_EQ(row.code, session.last_result());
+    EXPECT_EQ(row.message, session.message());
+    EXPECT_EQ(nullptr, session.handle());
+    EXPECT_FALSE(session.IsConnected());
+    EXPECT_EQ("", session.model_name());
+    ExpectNothingHeld();
+    EXPECT_EQ(0, session.Connect(kModel, kNet)) << row.code;
+  }
+}
+
+TEST_F(Session, LackOfMemoryIsACodeAndLeavesNothing) {
+  test::SetOwnFile("file");
+  const std::string model = kModel + std::string();
+  const std::string descriptor = UsbPrinter("sn=12345678901234567890");
+  const std::function<int32_t(DeviceSession&)> operations[] = {
+      [&](DeviceSession& session) { return session.Connect(model, descriptor); },
+      [&](DeviceSession& session) { return session.Receive(); },
+  };
+  test::SetDriverScript(Sending(std::deque<std::string>(100, "reply")));
+  int failures = 0;
+  for (const auto& operation : operations) {
+    for (uint32_t nth = 1;; ++nth) {
+      DeviceSession session;
+      if (&operation != operations) {
+        ASSERT_EQ(0, session.Connect(model, descriptor));
+      }
+      test::AllocationFault fault(nth);
+      const int32_t result = operation(session);
+      const bool struck = fault.Lift();
+      if (!struck) {
+        EXPECT_EQ(0, result);
+        break;
+      }
+      ++failures;
+      EXPECT_TRUE(result == -9 || result == -2 || result == ENOMEM) << result;  // -2: no port object; ENOMEM: no lock.
+      EXPECT_EQ(BytesOf(""), session.received());
+      if (&operation == operations) {
+        ExpectNothingHeld();
+      }
+      EXPECT_EQ(0, operation(session)) << nth;
+    }
+  }
+  EXPECT_GT(failures, 8);
+}
+
+TEST_F(Session, WordsForAFailureAreGivenUpBeforeItsCode) {
+  const std::string model = "unknown";
+  int without_words = 0;
+  bool struck = true;
+  for (uint32_t nth = 1; struck; ++nth) {
+    DeviceSession session;
+    test::AllocationFault fault(nth);
+    const int32_t result = session.Connect(model, kNet);
+    struck = fault.Lift();
+    EXPECT_TRUE(result == -8 || (struck && result == -9)) << result;
+    without_words += result == -8 && session.message().empty() ? 1 : 0;
+  }
+  EXPECT_EQ(1, without_words);
+}
+
+TEST_F(Session, SendsUntilThePrinterTakesTheBytes) {
+  const struct {
+    int timeouts;
+    int32_t end;
+  } rows[] = {{0, 0}, {0, -321}, {3, 0}, {500, -321}, {1, 10054}};
+  for (const auto& row : rows) {
+    DeviceSession session;
+    ASSERT_EQ(0, session.Connect(kModel, kNet));
+    int writes = 0;
+    test::DriverScript script;
+    script.on_write = [&](const uint8_t* bytes, uint32_t length) {
+      EXPECT_EQ("CER", std::string(bytes, bytes + length));
+      return ++writes <= row.timeouts ? -322 : row.end;
+    };
+    test::SetDriverScript(script);
+    test::SetClock(0);
+    EXPECT_EQ(row.end, session.Send(BytesOf("CER")));
+    EXPECT_EQ(row.end, session.last_result());
+    EXPECT_EQ(row.end == 0, session.message().empty());
+    EXPECT_EQ(row.timeouts + 1, writes);
+    EXPECT_EQ(Sleeps(static_cast<size_t>(row.timeouts), 100), test::RecordedSleeps());
+  }
+}
+
+TEST_F(Session, WaitsForAReply) {
+  const struct {
+    std::deque<std::string> pieces;
+    int64_t pause;
+    std::string received;
+    Sleeps sleeps;
+  } rows[] = {{{"", "", "abc", "def"}, 20, "abc", {20, 20}},
+              {{}, 20, "", {20, 20, 20, 20, 20, 20}},
+              {{"", "", "", "", "", "", "late"}, 200, "", {200, 200, 200, 200, 200, 200}},
+              {{"", "a"}, 0, "a", {}},
+              {{"", "a"}, -1, "a", {}},
+              {{"", "a"}, 1LL << 40, "a", {0xFFFFFFFF}},
+              {{std::string(4096, 'x'), "y"}, 20, std::string(4096, 'x'), {}}};
+  for (const auto& row : rows) {
+    DeviceSession session;
+    ASSERT_EQ(0, session.Connect(kModel, kNet));
+    if (row.pause != 20) {
+      session.set_pause(row.pause);
+    }
+    test::SetDriverScript(Sending(row.pieces));
+    test::SetClock(0);
+    EXPECT_EQ(0, session.Receive());
+    EXPECT_EQ(BytesOf(row.received), session.received());
+    EXPECT_EQ(row.sleeps, test::RecordedSleeps());
+  }
+}
+
+TEST_F(Session, HandleThatOthersChangeIsGivenBackAllTheSame) {
+  static const struct {
+    void (*change)(VexoPrinterHandle* handle);
+    int32_t code;
+  } kRows[] = {{[](VexoPrinterHandle* handle) { handle->portOpen = 0; }, -309},
+               {[](VexoPrinterHandle* handle) { handle->magic = 0; }, -6}};
+  for (const auto& row : kRows) {
+    DeviceSession session;
+    ASSERT_EQ(0, session.Connect(kModel, kNet));
+    row.change(session.handle());
+    EXPECT_EQ(row.code, session.Send(BytesOf("a")));
+    EXPECT_EQ(row.code, session.Receive());
+    EXPECT_EQ(row.code, session.Disconnect());
+    EXPECT_EQ(nullptr, session.handle());
+    ExpectNothingHeld();
+  }
+}
+
+TEST_F(Session, UsbPrinterTellsWhoItIs) {
+  const std::string longest(63, 's');
+  const struct {
+    std::string parameters, serial_number, device_identifier;
+  } rows[] = {{"sn=ab12+deviceid=usb#vid_1a2b&pid_0001#7", "ab12", "VID_1A2B&PID_0001"},
+              {"deviceid=usb#rest", "", "REST"},
+              {"deviceid=none+sn=" + longest, longest, ""},
+              {"deviceid=##x+sn=" + longest + "s", "", ""},
+              {"deviceid=" + std::string(24, 'u') + "#abcdef", "", "ABCDEF"},  // 31 characters fit.
+              {"deviceid=" + std::string(24, 'u') + "#abcdefg", "", ""},
+              {"vid=1A2B", "", ""}};
+  DeviceSession session;
+  for (const auto& row : rows) {
+    ASSERT_EQ(0, session.Connect(kModel, UsbPrinter(row.parameters)));
+    EXPECT_EQ(row.serial_number, session.serial_number());
+    EXPECT_EQ(row.device_identifier, session.device_identifier());
+    EXPECT_EQ(0, session.Disconnect());
+  }
+  ASSERT_EQ(0, session.Connect(kModel, UsbPrinter("sn=1+deviceid=#2")));
+  session.Disconnect();
+  ASSERT_EQ(0, session.Connect(kModel, kNet));
+  EXPECT_STREQ("", session.serial_number());
+  EXPECT_STREQ("", session.device_identifier());
+}
+
+TEST_F(Session, ExternalHandleIsOnlyMarked) {
+  for (const std::string& descriptor : {kNet, std::string("USB")}) {
+    DeviceSession session;
+    session.set_external_handle(true);
+    ASSERT_EQ(0, session.Connect("any", descriptor));
+    EXPECT_EQ(DeviceSession::ExternalHandle(), session.handle());
+    EXPECT_TRUE(session.IsConnected());
+    EXPECT_EQ("any", session.model_name());
+    EXPECT_EQ(0, session.Disconnect());
+    EXPECT_EQ(nullptr, session.handle());
+    ASSERT_EQ(0, session.Connect("any", descriptor));
+    EXPECT_EQ(-6, session.Receive());
+    EXPECT_EQ(-6, session.Send(BytesOf("a")));
+    EXPECT_EQ(-6, session.Connect("any", descriptor)) << "the last result, as it is marked already";
+    EXPECT_EQ(0, session.Disconnect());
+    EXPECT_EQ(-6, session.Disconnect());
+    EXPECT_EQ(-6, session.Connect("any", descriptor)) << "the last result says that it is not connected";
+    EXPECT_EQ(nullptr, session.handle());
+    session.set_external_handle(false);
+    EXPECT_EQ(0, session.Connect(kModel, descriptor));
+  }
+  test::SetDriverScript({});
+  {
+    DeviceSession session;
+    session.set_external_handle(true);
+    session.Connect(kModel, kNet);
+  }
+  EXPECT_TRUE(test::DriverCalls().empty());
+}
+
+// The first session that loads the tables counts as their only user: the others must not mind losing them.
+TEST_F(Session, SessionsDoNotNeedEachOthersTables) {
+  DeviceSession first;
+  DeviceSession second;
+  DeviceSession third;
+  ASSERT_EQ(0, first.Connect(kModel, kNet));
+  ASSERT_EQ(0, second.Connect("KM452", kNet));
+  EXPECT_EQ(0, first.Disconnect());
+  EXPECT_EQ(nullptr, LoadedSdkConfig());
+  EXPECT_EQ("KM452", ViewText(static_cast<ModelHandle*>(second.handle())->info.model_name));
+  EXPECT_EQ(0, second.Send(BytesOf("a")));
+  EXPECT_EQ(-8, third.Connect("KM4", kNet));
+  EXPECT_EQ(0, third.Connect(kModel, kNet));
+  EXPECT_EQ(0, second.Disconnect());
+  EXPECT_EQ(0, third.Disconnect());
+}
+
+TEST_F(Session, ManyAtOnce) {
+  std::string models = "[\n[\n600,,KM600\n";
+  EncodeConfigText(&models);
+  test::SetOwnFile(models);
+  std::atomic<int> failures{0};
+  std::vector<std::thread> threads(4);
+  for (size_t i = 0; i < threads.size(); ++i) {
+    threads[i] = std::thread([&failures, i] {
+      for (int round = 0; round < 100; ++round) {
+        DeviceSession session;
+        const bool known = (i + static_cast<size_t>(round)) % 3 != 0;
+        const bool works = session.Connect(known ? "KM600" : "KM601", kNet) == (known ? 0 : -8) &&
+                           session.Send(BytesOf("a")) == (known ? 0 : -6);
+        failures += works ? 0 : 1;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(0, failures);
+}
+
+TEST_F(Session, UsbSessionIsSharedByThreads) {
+  std::atomic<int> at_work{0};
+  std::atomic<int> overlaps{0};
+  test::DriverScript script;
+  script.during = [&](const std::string& call) {
+    if (call == "USB Transfer") {
+      overlaps += at_work++;
+      std::this_thread::yield();
+      --at_work;
+    }
+  };
+  script.on_read = [](uint8_t* buffer, uint32_t) {
+    *buffer = 'r';
+    return 1U;
+  };
+  test::SetDriverScript(script);
+  DeviceSession session;
+  std::vector<std::thread> threads(4);
+  for (size_t i = 0; i < threads.size(); ++i) {
+    threads[i] = std::thread([&session, i] {
+      for (int round = 0; round < 100; ++round) {
+        session.Connect(kModel, "USB");
+        session.Send(BytesOf("a"));
+        session.Receive();
+        session.IsConnected();
+        if (i == 0) {
+          session.Disconnect();
+        }
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(0, overlaps);
+  session.Disconnect();
+}
+
+}  // namespace
+}  // namespace vexo
