@@ -15,6 +15,7 @@ namespace vexoctl {
 inline constexpr char kPortOption[] = "--port";
 
 void AddDownloadCommands(CLI::App& tool, const Settings& settings);
+void AddConfigCommands(CLI::App& tool, const Settings& settings);
 void AddFeedCommand(CLI::App& tool, const Settings& settings);
 void AddMonitorCommand(CLI::App& tool, const Settings& settings);
 void AddPortsCommand(CLI::App& tool, const Settings& settings);
