@@ -18,7 +18,7 @@ namespace {
 
 using Strings = std::vector<std::string>;
 
-Strings Split(std::string text, const std::string& separators) {
+Strings Split(const std::string& text, const std::string& separators) {
   Strings parts(1);
   for (const char c : text) {
     if (separators.find(c) != std::string::npos) {
@@ -35,7 +35,7 @@ std::vector<Strings> Sections(const std::string& text) {
   std::vector<Strings> sections;
   size_t kept = 0;
   for (const std::string& whole : Split(text, "\r\n")) {
-    const std::string line = whole.c_str();
+    const std::string line = whole.substr(0, whole.find('\0'));
     if (line.empty() || ++kept > 770) {
       continue;
     }
@@ -61,7 +61,7 @@ std::string View(const vexo::ConfigText& text) { return std::string(vexo::ViewTe
 
 // 0 where the digits do not fit; the product's own blanks are also those of the C library.
 int32_t ObviousNumber(const std::string& field) {
-  const long long number = std::strtoll(field.c_str(), nullptr, 10);
+  const int64_t number = std::strtoll(field.c_str(), nullptr, 10);
   return number >= INT32_MIN && number <= INT32_MAX ? static_cast<int32_t>(number) : 0;
 }
 

@@ -9,7 +9,7 @@
 namespace vexo::platform {
 
 struct FileCloser {
-  void operator()(std::FILE* file) const { std::fclose(file); }
+  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
 };
 using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
 

@@ -57,7 +57,8 @@ DeviceSession::~DeviceSession() {
 }
 
 VexoPrinterHandle* DeviceSession::ExternalHandle() {
-  return reinterpret_cast<VexoPrinterHandle*>(std::numeric_limits<uintptr_t>::max());
+  constexpr uintptr_t kAllBits = std::numeric_limits<uintptr_t>::max();
+  return reinterpret_cast<VexoPrinterHandle*>(kAllBits);  // NOLINT(performance-no-int-to-ptr): it is never followed.
 }
 
 int32_t DeviceSession::Connect(const std::string& model_name, const std::string& descriptor) {

@@ -2,12 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cstring>
 #include <deque>
 #include <functional>
-#include <mutex>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -41,7 +41,7 @@ test::DriverScript Sending(std::deque<std::string> pieces) {
     }
     const std::string piece = pieces->front();
     pieces->pop_front();
-    std::memcpy(buffer, piece.data(), piece.size());
+    std::copy(piece.begin(), piece.end(), buffer);
     return static_cast<uint32_t>(piece.size());
   };
   return script;

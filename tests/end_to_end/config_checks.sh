@@ -6,9 +6,9 @@ bad_config="-12 The configuration file format is incorrect or does not exist. Co
 config() {
   local name=$1 status=$2 output_lines=$3 error_lines=$4
   shift 4
-  pushd "$work" >/dev/null
+  pushd "$work" >/dev/null || return
   check "$name" "$status" "$output_lines" "$error_lines" "$@"
-  popd >/dev/null
+  popd >/dev/null || return
 }
 
 longest=$(printf 'x%.0s' {1..64})
@@ -64,7 +64,7 @@ line 21: a model has 10 fields, not 4
 line 21: a zero byte ends the line
 line 22: every '[' opens a section, and the library reads only two"
 config "wrong lines are named" 1 "" \
-  "$(sed 's/^/vexoctl: /' <<<"$wrong")
+  "vexoctl: ${wrong//$'\n'/$'\n'vexoctl: }
 vexoctl: 21 wrong lines in wrong.txt: $bad_config" config encode wrong.txt --output wrong.cfg
 ok=yes
 [ ! -e "$work/wrong.cfg" ] || ok=no

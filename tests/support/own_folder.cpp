@@ -59,7 +59,8 @@ platform::OwnedFile platform::OpenOwnFile(const char* name) {
     return OwnedFile(std::fopen("/", "rb"));  // Reading a folder fails.
   }
   OwnedFile file(std::tmpfile());
-  std::fwrite(g_folder.file->data(), 1, g_folder.file->size(), file.get());
+  const std::string content = *g_folder.file;
+  static_cast<void>(std::fwrite(content.data(), 1, content.size(), file.get()));
   std::rewind(file.get());
   return file;
 }
