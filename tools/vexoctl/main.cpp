@@ -55,7 +55,8 @@ constexpr char kDescriptorHelp[] =
     "Exit status: 0 success, 1 the operation failed, 2 the command line is wrong.";
 
 constexpr void (*kCommandFamilies[])(CLI::App& tool, const Settings& settings) = {
-    AddWidthCommands, AddStatusCommand, AddFeedCommand, AddTaskCommands, AddPrintCommand, AddMonitorCommand, AddDownloadCommands, AddUriCommand, AddUsbCommands, AddPortsCommand, AddConfigCommands, AddVersionCommand,
+    AddWidthCommands,    AddStatusCommand, AddFeedCommand, AddTaskCommands, AddPrintCommand,   AddMonitorCommand,
+    AddDownloadCommands, AddUriCommand,    AddUsbCommands, AddPortsCommand, AddConfigCommands, AddVersionCommand,
 };
 
 std::string FamilyNameError(const std::string& name) {
