@@ -37,6 +37,8 @@ enum VexoResult {
   VEXO_ERROR_DRIVER_DATA = -101,  /**< The printer driver's data is damaged. */
   VEXO_ERROR_DRIVER_STATE = -102, /**< The printer driver reports a bad printer state. */
 
+  VEXO_ERROR_NO_PRINTER = -103, /**< A scan found no printer that is ready. No words of its own. */
+
   /* Port input and output. */
   VEXO_ERROR_IO = -300,                  /**< General input/output error. */
   VEXO_ERROR_IO_SETTING = -301,          /**< Malformed port descriptor or device URI; the port is not configured. */

@@ -498,6 +498,68 @@ VEXO_API int32_t RemoveUSBMonitor(USBMonitorCallback callback);
  */
 VEXO_API int32_t GetUsbDescList(char* buffer, int32_t size);
 
+/*
+ * Network printer scan.
+ *
+ * A scan sends one UDP datagram that asks printers who they are, and collects their answers: texts of up to 16 lines,
+ * separated by CR LF. The first line is the printer's IP address, the second one its state. Printers whose second line
+ * is exactly "ready" become records, in the order of their answers; every other answer is dropped. A printer that
+ * answers twice gives two records.
+ *
+ * Each of them is then asked over TCP port 9100, one after the other, for the addresses that replace its fields 10 and
+ * 11 (dotted, "192.168.1.1"); a printer that does not answer there keeps the fields as they are.
+ *
+ * The result is one text: for each record its 16 fields, separated by ";", and a "|" behind them:
+ *
+ *   192.168.1.50;ready;...;...;...;...;...;...;...;...;192.168.1.1;255.255.255.0;...;...;...;...|
+ *
+ * Fields are counted from 0. Lines that are missing give empty fields, so does an empty line; lines after the 16th are
+ * dropped. A record has at most 255 characters before its "|", the rest is cut off, separators, too. Nothing keeps a
+ * printer from sending ";" or "|" in its fields. Texts are as the printers send them, in no particular code page.
+ *
+ * An answer that is shorter than the one received before it ends in the remainder of that one, unless it ends in a zero
+ * byte of its own: printers that send different lengths should end theirs so. An answer counts up to its first zero. An
+ * empty datagram, one of more than 2048 bytes and an error of the network end the waiting early; the answers until then
+ * count.
+ */
+
+/**
+ * Scans for receipt printers, on UDP port 3289.
+ *
+ * Blocks for the whole time limit, and then for the questions over TCP: about 10 ms for a printer that answers at once,
+ * and up to 7 s for one that does not. Before that the answers' socket is bound to the local port 3289; when somebody
+ * else has that port, the scan uses another one and misses printers that answer to 3289 whatever port the question came
+ * from. Several threads may scan at the same time.
+ *
+ * @param timeLimitMs how long to wait for answers, in milliseconds, kept to 20 ms however many arrive. Below 1: the
+ *                    question is sent, but no answer is waited for, and the result is -103.
+ * @param buffer      receives the result, terminated, and only when the result is 0. Owned by the caller; not null.
+ * @param size        size that the text without its terminating zero may have, in bytes: the buffer must have ONE BYTE
+ *                    MORE than that, because a text of exactly `size` bytes has its zero at buffer[size]. 256 bytes a
+ *                    printer are always enough. 0 or less is too small for any record.
+ * @param target      IPv4 address that the question goes to, as a rule a broadcast one: "192.168.1.255". A text that is
+ *                    no address stands for "255.255.255.255", everybody on the local network.
+ * @return 0 printers were found, and all are in the buffer; -1 null target or buffer, nothing is sent; -2 the result is
+ *         longer than size: scan again with a larger buffer; -103 no printer said in time that it is ready, or the
+ *         network could not be used; -9 out of memory.
+ */
+VEXO_API int32_t ScanPos(int64_t timeLimitMs, char* buffer, int32_t size, const char* target);
+
+/**
+ * Scans for label printers, on UDP port 6000: as ScanPos, with that port in place of 3289.
+ *
+ * The question tells the first IPv4 address of this computer. Answers that contain "printer_message" are dropped: a
+ * broadcast comes back to its sender.
+ */
+VEXO_API int32_t ScanLabel(int64_t timeLimitMs, char* buffer, int32_t size, const char* target);
+
+/**
+ * Would scan for printers by SNMP, which this library does not do.
+ *
+ * @return -4.
+ */
+VEXO_API int32_t ScanSnmp(void);
+
 #ifdef __cplusplus
 }
 #endif
