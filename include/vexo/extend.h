@@ -526,10 +526,10 @@ VEXO_API int32_t GetUsbDescList(char* buffer, int32_t size);
 /**
  * Scans for receipt printers, on UDP port 3289.
  *
- * Blocks for the whole time limit, and then for the questions over TCP: about 10 ms for a printer that answers at once,
- * and up to 7 s for one that does not. Before that the answers' socket is bound to the local port 3289; when somebody
- * else has that port, the scan uses another one and misses printers that answer to 3289 whatever port the question came
- * from. Several threads may scan at the same time.
+ * Blocks for the whole time limit, and then for the questions over TCP: some 20 ms for a printer that answers at once,
+ * and 6 s for one that cannot be connected to. The scan listens on the local port 3289, too; when somebody else has
+ * that one, it takes another and misses printers that answer to 3289 whatever port the question came from. Several
+ * threads may scan at the same time.
  *
  * @param timeLimitMs how long to wait for answers, in milliseconds, kept to 20 ms however many arrive. Below 1: the
  *                    question is sent, but no answer is waited for, and the result is -103.

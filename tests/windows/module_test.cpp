@@ -47,9 +47,9 @@ TEST(ModuleTest, ExportsWhatHostsImport) {
             "DownloadFMWImg DownloadFontFile GetDeviceStatus GetExtendVersion GetLastErrorCode GetPrintWidth "
             "GetPrinterTaskOverInfo GetReprintMonitorObj GetStatusReport GetUsbDescList OpenReprintMonitorWork "
             "QueryReprintMonitorWork RegisterPrinter RemoveReprintMonitorFun RemoveUSBMonitor ResetPrinterInteriorId "
-            "ScannerGunPortOpen ScannerPortOpen SelectSDKRepintType SetClearPrintTask SetDelayTime SetPaperFeed "
-            "SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut StartUSBMonitorThread StopUSBMonitorThread "
-            "downloadFile downloadYModem setCancel ");
+            "ScanLabel ScanPos ScanSnmp ScannerGunPortOpen ScannerPortOpen SelectSDKRepintType SetClearPrintTask "
+            "SetDelayTime SetPaperFeed SetPollingTime SetPrintTaskId SetPrintWidth SetReadTimeOut "
+            "StartUSBMonitorThread StopUSBMonitorThread downloadFile downloadYModem setCancel ");
 }
 
 TEST(ModuleTest, CarriesItsVersion) {

@@ -1,0 +1,95 @@
+#include "discovery/scan_answer.h"
+
+#include <cstdio>
+#include <cstring>
+
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kReady = "ready";
+constexpr size_t kAddressField = 0;
+constexpr size_t kStateField = 1;
+
+constexpr int kTcpPort = 9100;
+constexpr size_t kDescriptorSize = 64;
+
+// Where a reply has its addresses, and which fields they become.
+constexpr size_t kFirstRepliedField = 10;
+constexpr size_t kFirstRepliedByte = 8;
+constexpr size_t kBytesPerAddress = 4;
+
+}  // namespace
+
+ScanFields SplitScanAnswer(std::string_view answer) {
+  ScanFields fields;
+  for (std::string_view& field : fields) {
+    const size_t end = answer.find(kLineEnd);
+    field = answer.substr(0, end);
+    if (end == std::string_view::npos) {
+      break;
+    }
+    answer.remove_prefix(end + kLineEnd.size());
+  }
+  return fields;
+}
+
+std::string ScanRecord::DescriptorOfPrinter() const {
+  const std::string address(fields_[kAddressField]);
+  char descriptor[kDescriptorSize];
+  (void)std::snprintf(descriptor, sizeof(descriptor), "NET,%s,%d", address.c_str(), kTcpPort);
+  return descriptor;
+}
+
+void ScanRecord::TakeReply(const Bytes& reply) {
+  for (size_t i = 0; i < kAddressCount; ++i) {
+    const size_t first = kFirstRepliedByte + i * kBytesPerAddress;
+    if (reply.size() < first + kBytesPerAddress) {
+      return;
+    }
+    const uint8_t* const bytes = reply.data() + first;
+    (void)std::snprintf(addresses_[i], kAddressSize, "%u.%u.%u.%u", unsigned{bytes[3]}, unsigned{bytes[2]},
+                        unsigned{bytes[1]}, unsigned{bytes[0]});
+    fields_[kFirstRepliedField + i] = addresses_[i];
+  }
+}
+
+void ScanRecord::AppendTo(std::string* text) const {
+  const size_t begin = text->size();
+  for (const std::string_view& field : fields_) {
+    if (&field != &fields_.front()) {
+      *text += ';';
+    }
+    *text += field;
+  }
+  if (text->size() - begin > kMaxScanRecordLength) {
+    text->resize(begin + kMaxScanRecordLength);
+  }
+}
+
+void ScanList::Add(std::string_view answer) {
+  if (SplitScanAnswer(answer)[kStateField] == kReady) {
+    records_.emplace_back(answer);
+  }
+}
+
+std::string ScanList::Text() const {
+  std::string text;
+  for (const ScanRecord& record : records_) {
+    record.AppendTo(&text);
+    text += '|';
+  }
+  return text;
+}
+
+int32_t CopyScanText(const std::string& text, char* buffer, int32_t size) {
+  if (size < 0 || text.size() > static_cast<size_t>(size)) {
+    return VEXO_ERROR_BUFFER_TOO_SMALL;
+  }
+  std::memcpy(buffer, text.c_str(), text.size() + 1);
+  return VEXO_OK;
+}
+
+}  // namespace vexo

@@ -1,0 +1,115 @@
+// Answers to a scan: lines become fields, ready printers become the list that hosts get.
+#include "discovery/scan_answer.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <numeric>
+#include <string>
+
+#include "vexo/error.h"
+
+namespace vexo {
+namespace {
+
+std::string ListOf(const std::string& answer) {
+  ScanList list;
+  list.Add(answer);
+  return list.Text();
+}
+
+TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
+  const std::string line(300, 'x');
+  const struct {
+    const char* scenario;
+    std::string answer;
+    std::string list;
+  } kCases[] = {
+      {"no answer", "", ""},
+      {"one line", "ready", ""},
+      {"other case", "10.0.0.1\r\nReady\r\n", ""},
+      {"more than the word", "10.0.0.1\r\nready \r\n", ""},
+      {"word on another line", "10.0.0.1\r\n\r\nready", ""},
+      {"other line ends", "10.0.0.1\nready\n", ""},
+      {"two lines", "10.0.0.1\r\nready", "10.0.0.1;ready;;;;;;;;;;;;;;|"},
+      {"last line ended", "10.0.0.1\r\nready\r\n", "10.0.0.1;ready;;;;;;;;;;;;;;|"},
+      {"empty lines", "\r\nready\r\n\r\nb\r\n\r\n", ";ready;;b;;;;;;;;;;;;|"},
+      {"halves of line ends", "a\rb\r\nready\r\nc\n\r\r\nd\r", "a\rb;ready;c\n\r;d\r;;;;;;;;;;;;|"},
+      {"all fields, and more",
+       "0\r\nready\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n9\r\n10\r\n11\r\n12\r\n13\r\n14\r\n15\r\n16\r\n17",
+       "0;ready;2;3;4;5;6;7;8;9;10;11;12;13;14;15|"},
+      {"too long for a record", "a\r\nready\r\n" + line, "a;ready;" + line.substr(0, 247) + '|'},
+      {"just short enough", "a\r\nready\r\n" + line.substr(0, 234),
+       "a;ready;" + line.substr(0, 234) + ";;;;;;;;;;;;;|"},
+  };
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(test.scenario);
+    EXPECT_EQ(ListOf(test.answer), test.list);
+  }
+}
+
+TEST(ScanAnswerTest, ListKeepsTheOrderOfTheAnswersAndTheirCopies) {
+  ScanList list;
+  std::string answer;
+  for (const char* lines : {"ready\r\nfirst", "busy", "ready\r\nsecond", "ready\r\nfirst"}) {
+    answer = std::string("10.0.0.1\r\n") + lines;
+    list.Add(answer);
+  }
+  answer.clear();
+  const std::string first = "10.0.0.1;ready;first;;;;;;;;;;;;;|";
+  EXPECT_EQ(list.Text(), first + "10.0.0.1;ready;second;;;;;;;;;;;;;|" + first);
+}
+
+TEST(ScanAnswerTest, ReplyBringsTheAddressesItIsLongEnoughFor) {
+  Bytes reply(20);
+  std::iota(reply.begin(), reply.end(), uint8_t{0});
+  reply[11] = 255;
+  const struct {
+    size_t length;
+    const char* fields;
+  } kCases[] = {
+      {0, "a;b"},
+      {11, "a;b"},
+      {12, "255.10.9.8;b"},
+      {15, "255.10.9.8;b"},
+      {16, "255.10.9.8;15.14.13.12"},
+      {20, "255.10.9.8;15.14.13.12"},
+  };
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(test.length);
+    ScanRecord record("x\r\nready\r\n\r\n\r\n\r\n\r\n\r\n\r\n\r\n\r\na\r\nb\r\nc");
+    record.TakeReply(Bytes(reply.begin(), reply.begin() + static_cast<std::ptrdiff_t>(test.length)));
+    std::string text;
+    record.AppendTo(&text);
+    EXPECT_EQ(text, std::string("x;ready;;;;;;;;;") + test.fields + ";c;;;");
+  }
+}
+
+TEST(ScanAnswerTest, DescriptorNamesThePrinterInAtMost63Characters) {
+  EXPECT_EQ(ScanRecord("10.0.0.1\r\nready").DescriptorOfPrinter(), "NET,10.0.0.1,9100");
+  EXPECT_EQ(ScanRecord("").DescriptorOfPrinter(), "NET,,9100");
+  EXPECT_EQ(ScanRecord(std::string(2000, 'x')).DescriptorOfPrinter(), "NET," + std::string(59, 'x'));
+}
+
+TEST(ScanAnswerTest, TextOfExactlyTheSizeHasItsZeroBehindIt) {
+  const struct {
+    int32_t size;
+    int32_t result;
+    const char* buffer;
+  } kCases[] = {
+      {-1, VEXO_ERROR_BUFFER_TOO_SMALL, "#######"},
+      {0, VEXO_ERROR_BUFFER_TOO_SMALL, "#######"},
+      {4, VEXO_ERROR_BUFFER_TOO_SMALL, "#######"},
+      {5, VEXO_OK, "a;b;|\0#"},
+      {6, VEXO_OK, "a;b;|\0#"},
+  };
+  for (const auto& test : kCases) {
+    SCOPED_TRACE(test.size);
+    char buffer[8] = "#######";
+    EXPECT_EQ(CopyScanText("a;b;|", buffer, test.size), test.result);
+    EXPECT_EQ(memcmp(buffer, test.buffer, sizeof(buffer)), 0);
+  }
+}
+
+}  // namespace
+}  // namespace vexo
