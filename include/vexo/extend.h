@@ -309,17 +309,25 @@ VEXO_API int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_
  * runs at a time in a process. Files are opened with the C library: names are in the system's ANSI code page, and
  * files of 2 GiB and more count as empty.
  *
- * What happens is written to the standard output of the process as lines of text, each flushed at once, "package 12"
- * for instance, or "failed:Enter Mode Failed...". They are the only account of a failure beyond the code.
+ * What happens is written to the standard output of the process as text, flushed at once, mostly in lines: "package 12"
+ * for instance, or "failed:Enter Mode Failed...". It is the only account of a failure beyond the code. "error handle.",
+ * "error parameters.", "Openfail" and the texts of an empty file stand without a line end, as the last of their
+ * download.
+ *
+ * No other thread may use the handle meanwhile, nor a job monitor that is registered on it: it would take the printer's
+ * answers. DownloadFMWImg, and downloadYModem with a descriptor, replace the handle's port object: the old one is
+ * freed.
  *
  * A download that fails leaves the port as it then stands, in most cases open. Codes of all downloads, in the order of
  * the checks:
  *
- *   -6     null handle or wrong magic ("error handle."); also when that happens later
- *   -309   port not open ("error handle."); also when that happens later
+ *   -6     null handle or wrong magic ("error handle."). A handle that becomes unusable later gives -6 or -309 at the
+ *          mode switch, at a firmware write and at a restart; elsewhere the codes of the answers that then fail
+ *   -309   port not open ("error handle."); later as -6
  *   -1     no file name, or the file cannot be opened ("error parameters."); or it cannot be read to its end, or has
  *          become shorter ("failed:Read File Failed...")
- *   -6007  empty file ("failed:file is null.")
+ *   -6007  empty file ("failed:file is null.", of downloadFile with "file is null." behind it, of a font "failed: The
+ *          file is empty.")
  *   -9     not enough memory (the file is held in memory, except a firmware image)
  *   -6004  cancelled ("Cancel...")
  *
@@ -331,8 +339,10 @@ VEXO_API int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_
 typedef void (*DownloadProgressCallback)(int32_t percentage);
 
 /**
- * Ends the running download at its next step, with -6004 (-6009 while a package awaits its answer). From any thread.
- * Without a running download it does nothing: each download starts uncancelled.
+ * Ends the running download at its next look, with -6004 (-6009 while the package of a file or a font awaits its
+ * answer). From any thread. Nobody looks while YModem connects to the loader (20 attempts), while a firmware body
+ * awaits its answer (up to 600 reads and 100 s of pauses), and after the last package or block: such a download
+ * succeeds. Without a running download it does nothing: each download starts uncancelled.
  */
 VEXO_API void setCancel(void);
 
@@ -375,7 +385,8 @@ VEXO_API int32_t DownloadFontFile(VexoPrinterHandle* handle, int32_t packetSize,
  * An image whose last segment is longer than what is left of the file never ends: the download repeats "Successfully
  * distributed..." until setCancel. Check images before sending them.
  *
- * @param descriptor names the port of the printer in its update mode.
+ * @param descriptor names the port of the printer in its update mode; not null. It is looked at only when the printer
+ * is in that mode: try out descriptors before.
  * @param progress   called with the share of body bytes sent in the size of the file, and with 100 after each body; may
  *                   be null.
  * @return 0, see above; the codes of all downloads; a write's own code: the command that starts the update ("write
@@ -391,7 +402,8 @@ VEXO_API int32_t DownloadFMWImg(VexoPrinterHandle* handle, const char* fileName,
  * first bytes do.
  *
  * @param descriptor names the port of the printer in its loader, tried 20 times; "USB" stands for the USB printer with
- *                   the serial number of the current port. Null: the printer is in its loader already.
+ *                   the serial number of the current port; without one, for the first USB printer. The handle then
+ *                   holds this port, closed at the end. Null: the printer is in its loader already.
  * @param progress   called with 0, with the share of blocks before each one that has been confirmed, and with 100; may
  *                   be null.
  * @return 0; -6006 the printer did not come back in its loader (the handle then holds no open port); -6008 no answer;

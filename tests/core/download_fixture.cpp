@@ -1,5 +1,7 @@
 #include "core/download_fixture.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
@@ -48,7 +50,8 @@ std::string DownloadTest::Result::LastLine() const {
 }
 
 void DownloadTest::SetUp() {
-  file_ = ::testing::TempDir() + "download_" + ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".bin";
+  const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
+  file_ = ::testing::TempDir() + test->test_suite_name() + '_' + test->name() + '_' + std::to_string(getpid());
 }
 
 void DownloadTest::TearDown() {
@@ -72,7 +75,9 @@ DownloadTest::Result DownloadTest::Run(
   DriverScript script;
   script.on_write = [this](const uint8_t* bytes, uint32_t length) { return Receive(Bytes(bytes, bytes + length)); };
   script.on_read = [this](uint8_t* buffer, uint32_t room) { return Send(buffer, room); };
+  script.read_failure = read_failure_;
   connects_ = 0;
+  reads_ = 0;
   script.on_open = [this] { return ++connects_ <= refused_connects_ ? VEXO_ERROR_IO_OPEN_FAILED : VEXO_OK; };
   SetDriverScript(script);
   SetClock(0);
@@ -140,6 +145,7 @@ void DownloadTest::Answer(const Bytes& sound) {
 }
 
 uint32_t DownloadTest::Send(uint8_t* buffer, uint32_t room) {
+  ++reads_;
   if (to_send_.empty()) {
     return 0;
   }

@@ -48,11 +48,13 @@ class DownloadTest : public ::testing::Test {
   std::function<Pieces(int answer, const Bytes& sound)> alter_answer_ = {};
   std::function<void(int32_t percentage)> on_progress_ = {};
   int refused_connects_ = 0;
+  int32_t read_failure_ = 0;
 
   // What the last run did.
   Pieces written_;
   int answers_ = 0;
   int connects_ = 0;
+  int reads_ = 0;
   std::vector<int32_t> progress_;
 
  private:

@@ -1,5 +1,7 @@
 // Firmware images, segment by segment.
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <string>
 #include <thread>
@@ -27,6 +29,13 @@ Bytes ImageOf(const std::vector<uint32_t>& bodies) {
     Append(&image, Segment(size, size));
   }
   return image;
+}
+
+// While it is being captured.
+off_t TraceSize() {
+  struct stat status = {};
+  fstat(STDOUT_FILENO, &status);
+  return status.st_size;
 }
 
 class FirmwareDownloadTest : public test::DownloadTest {
@@ -151,7 +160,12 @@ TEST_F(FirmwareDownloadTest, ImageThatDoesNotAddUpRepeatsItselfUntilCancelled) {
     std::thread canceller;
     on_write_ = [&](int write) {
       if (write == static_cast<int>(row.writes)) {
-        canceller = std::thread([] { setCancel(); });
+        canceller = std::thread([enough = TraceSize() + 10'000] {
+          while (TraceSize() < enough) {
+            std::this_thread::yield();
+          }
+          setCancel();
+        });
       }
     };
     const Result result = Download(row.image);
@@ -159,6 +173,8 @@ TEST_F(FirmwareDownloadTest, ImageThatDoesNotAddUpRepeatsItselfUntilCancelled) {
     EXPECT_EQ(-6004, result.code);
     EXPECT_EQ("Cancel...", result.LastLine());
     EXPECT_EQ(row.writes + 1, written_.size());
+    const std::string line = "Successfully distributed...\n";
+    EXPECT_NE(std::string::npos, result.trace.find(line + line + line + line));
   }
 }
 

@@ -151,7 +151,18 @@ TEST_F(PacketDownloadTest, FailureAtEachStep) {
                                   : "failed:Slave Response Failed.........",
               result.LastLine());
     EXPECT_EQ(row.code != 0, handle_.portOpen != 0);
+    if (row.code == -6009) {  // Two flushes, the mode answer, what was confirmed, and four times 31 looks.
+      EXPECT_EQ(2 + 1 + (row.answer - 1) + 4 * 31, reads_);
+    }
   }
+}
+
+// Only silence is waited for.
+TEST_F(PacketDownloadTest, ReadThatFailsEndsTheAnswerAtOnce) {
+  read_failure_ = -331;
+  EXPECT_EQ(-6006, DownloadFile({1}).code);
+  EXPECT_EQ(2, reads_);
+  EXPECT_TRUE(test::RecordedSleeps().empty());
 }
 
 TEST_F(PacketDownloadTest, PackageIsSentFourTimesAtMost) {

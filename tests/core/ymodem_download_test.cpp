@@ -200,6 +200,24 @@ TEST_F(YModemDownloadTest, FailureAtEachStep) {
     }
     EXPECT_EQ(expected, slept);
     EXPECT_EQ(row.code == 0 ? 0 : 1, handle_.portOpen);
+    if (row.answer == 2 && row.instead.empty()) {  // A flush, two answers, and six looks for this one.
+      EXPECT_EQ(1 + 2 + 6, reads_);
+    }
+  }
+}
+
+// What fails then depends on who notices.
+TEST_F(YModemDownloadTest, HandleThatLosesItsPort) {
+  const int32_t codes[] = {-6006, -6008, -6008, -6009, -6008, -6008, 0, 0};
+  for (int write = 0; write < 8; ++write) {
+    SCOPED_TRACE(write);
+    on_write_ = [&](int now) {
+      if (now == write) {
+        handle_.magic = 1;
+      }
+    };
+    EXPECT_EQ(write == 0 ? -6 : codes[write], Download({1}, kLoader).code);
+    handle_.magic = VEXO_PRINTER_MAGIC;
   }
 }
 

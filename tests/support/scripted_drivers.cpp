@@ -71,8 +71,11 @@ class FakeDriver : public DevicePort {
   }
 
   int32_t Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) override {
-    return Transfer([&](const test::DriverScript& script) {
+    return Transfer([&](const test::DriverScript& script) -> int32_t {
       *read = script.on_read ? script.on_read(buffer + offset, length) : 0;
+      if (script.read_failure != VEXO_OK) {
+        return script.read_failure;
+      }
       return *read < length ? VEXO_ERROR_IO_READ_TIMEOUT : VEXO_OK;
     });
   }

@@ -20,6 +20,7 @@ struct DriverScript {
   std::function<int32_t()> on_open = {};                     // Instead of open_result.
   std::function<int32_t(const uint8_t* bytes, uint32_t length)> on_write = {};
   std::function<uint32_t(uint8_t* buffer, uint32_t room)> on_read = {};  // Gives the bytes sent; 0: none.
+  int32_t read_failure = 0;                                              // What Read ends with instead.
 };
 
 // Forgets the record.

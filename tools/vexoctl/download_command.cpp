@@ -152,6 +152,25 @@ DownloadPieces YModemBlocks(const DownloadFile& file) {
   return {DownloadPieces::Kind::kPackages, file.size() / kYModemBlockSize + 1};
 }
 
+// Opened USB printers have theirs in the URI.
+bool HasSerialNumber(const VexoPrinterHandle* handle) {
+  char uri[256] = {};
+  uint32_t length = 0;
+  handle->port->GetUri(handle->port, uri, sizeof uri, &length);
+  const std::string text = uri;
+  const size_t at = text.find_first_of("?+");
+  const size_t serial = at == std::string::npos ? at : text.find("sn=", at);
+  return serial != std::string::npos && serial + 3 < text.size() && text[serial + 3] != '+';
+}
+
+// Without a serial number the library would take any USB printer for the loader of this one.
+void RequireSerialNumber(const VexoPrinterHandle* handle, const Settings& settings) {
+  if (!HasSerialNumber(handle)) {
+    throw Failure("cannot tell " + settings.PrinterName() + " from other USB printers, name its loader with --loader",
+                  VEXO_ERROR_USB_NOT_FOUND);
+  }
+}
+
 void AddYModem(CLI::App& download, const Common& common) {
   CLI::App* const command = AddDownload(download, "ymodem", "Download a file to the printer's loader, by YModem");
   CLI::Option* const loader_option = command->add_option("--loader")->type_name("DESCRIPTOR");
@@ -162,7 +181,7 @@ void AddYModem(CLI::App& download, const Common& common) {
       "The printer is switched into its loader, unless it is there already, and restarts at the\n"
       "end. As a loader, USB is the USB printer with the serial number of the one at --port, and\n"
       "the default for a USB printer. --timeout holds for the first connection only. The printer is\n"
-      "told FILE as typed here.\n"
+      "told FILE as typed here, of a long one the beginning.\n"
       "Examples:\n"
       "  vexoctl -p NET,192.168.1.100 download ymodem printer.bin\n"
       "  vexoctl -p COM3,115200 download ymodem printer.bin --in-loader\n"
@@ -175,7 +194,10 @@ void AddYModem(CLI::App& download, const Common& common) {
       loader = choice.is_usb && !choice.given ? kSameUsbPrinter : choice.descriptor;
     }
     Perform("ymodem", file, YModemBlocks(file), common,
-            [&file, &loader](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
+            [&file, &loader, &common](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
+              if (loader == kSameUsbPrinter) {
+                RequireSerialNumber(handle, common.settings);
+              }
               return downloadYModem(handle, file.ansi_name(), loader ? loader->c_str() : nullptr, progress);
             });
   });

@@ -20,7 +20,7 @@ struct CompletedDownload {
   Bytes data;
 };
 
-// A host that never stops must not fill the memory.
+// A host that never stops must not fill the memory: the bound of each connection.
 constexpr std::size_t kMaxDownloadBytes = std::size_t{256} << 20;
 
 // Which program runs in the printer. The loaders know nothing but their download.

@@ -100,7 +100,7 @@ Exchange DownloadControl::ExecuteInLoader(const Command& command) {
   Exchange exchange;
   if (state_.mode == PrinterMode::kFirmwareLoader && IsDo(command, kFirmware)) {
     // The host gave up before, and begins again.
-    state_.firmware = {};
+    state_.firmware.Forget();
     exchange.received.text = LineText(command) + ", the image begins anew";
   } else {
     exchange.received.text = LineText(command) + " (unknown to the loader)";

@@ -20,7 +20,11 @@ bool WriteFile(const std::filesystem::path& path, const Bytes& data) {
   if (file) {
     std::filesystem::rename(part, path, error);
   }
-  return file && !error;
+  if (!file || error) {
+    std::filesystem::remove(part, error);
+    return false;
+  }
+  return true;
 }
 
 }  // namespace

@@ -39,10 +39,10 @@ Intake FirmwareReceiver::TakeHeader(const std::uint8_t* data, std::size_t size) 
     AddAnswer(exchange, {kRefused}, part + " refused", fault);
     return {Intake::Outcome::kTaken, kHeaderLength, std::move(exchange)};
   }
-  image_.data.insert(image_.data.end(), data, data + kHeaderLength);
+  segment_.assign(data, data + kHeaderLength);
+  generation_ = image_.generation;
   ++image_.parts;
   in_body_ = true;
-  body_length_ = length;
   body_left_ = length;
   AddAnswer(exchange, {kAccepted}, part + " accepted", fault);
   if (length == 0 && exchange.order == Order::kNone) {
@@ -54,11 +54,12 @@ Intake FirmwareReceiver::TakeHeader(const std::uint8_t* data, std::size_t size) 
 Intake FirmwareReceiver::TakeBody(const std::uint8_t* data, std::size_t size) {
   Exchange exchange;
   const std::size_t taken = std::min(size, body_left_);
-  image_.data.insert(image_.data.end(), data, data + taken);
+  segment_.insert(segment_.end(), data, data + taken);
   body_left_ -= taken;
   if (body_left_ == 0) {
-    exchange.received = {HeadOf(image_.data.data() + image_.data.size() - body_length_, body_length_),
-                         "part " + std::to_string(image_.parts) + ": body, " + CountOfBytes(body_length_)};
+    const std::size_t length = segment_.size() - kHeaderLength;
+    exchange.received = {HeadOf(segment_.data() + kHeaderLength, length),
+                         "part " + std::to_string(image_.parts) + ": body, " + CountOfBytes(length)};
     AnswerBody(exchange);
   }
   return {Intake::Outcome::kTaken, taken, std::move(exchange)};
@@ -68,13 +69,17 @@ void FirmwareReceiver::AnswerBody(Exchange& exchange) {
   const std::string part = "part " + std::to_string(image_.parts);
   const auto fault = faults_.Take({DownloadStep::Name::kPackage, image_.parts});
   in_body_ = false;
-  ++image_.parts;
-  if (Refuses(fault)) {
-    Forget();
+  if (generation_ != image_.generation) {
+    AddAnswer(exchange, {kRefused}, part + " refused, its image has been forgotten", fault);
+  } else if (Refuses(fault)) {
+    image_.Forget();
     AddAnswer(exchange, {kRefused}, part + " refused, the image is forgotten", fault);
   } else {
+    ++image_.parts;
+    image_.data.insert(image_.data.end(), segment_.begin(), segment_.end());
     AddAnswer(exchange, {kAccepted}, part + " accepted", fault);
   }
+  segment_.clear();
 }
 
 std::optional<CompletedDownload> FirmwareReceiver::OnReset() {
@@ -82,7 +87,7 @@ std::optional<CompletedDownload> FirmwareReceiver::OnReset() {
     return std::nullopt;
   }
   CompletedDownload completed{DownloadKind::kFirmware, {}, std::move(image_.data)};
-  Forget();
+  image_.Forget();
   return completed;
 }
 
@@ -91,8 +96,11 @@ std::string FirmwareReceiver::Abandon() {
   if (!std::exchange(in_body_, false)) {
     return {};
   }
-  const std::size_t size = image_.data.size();
-  Forget();
+  const std::size_t size = image_.data.size() + segment_.size();
+  segment_.clear();
+  if (generation_ == image_.generation) {
+    image_.Forget();
+  }
   return "incomplete firmware forgotten, " + CountOfBytes(size);
 }
 

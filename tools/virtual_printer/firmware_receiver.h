@@ -10,10 +10,18 @@
 
 namespace virtual_printer {
 
-// What the loader has of a firmware image. It outlives connections: a host brings each segment by a new one.
+// What the loader has of a firmware image: whole segments. It outlives connections: a host brings each segment by a new
+// one.
 struct FirmwareImage {
+  void Forget() {
+    data.clear();
+    parts = 0;
+    ++generation;
+  }
+
   Bytes data;
-  std::uint32_t parts = 0;  // Headers and bodies.
+  std::uint32_t parts = 0;       // Headers and bodies.
+  std::uint32_t generation = 0;  // A segment that was begun before the image was forgotten is none of the next one.
 };
 
 // Takes the segments of a firmware image, each a header that holds the length of the body, and the body. Each part is
@@ -35,13 +43,13 @@ class FirmwareReceiver : public DownloadReceiver {
   Intake TakeHeader(const std::uint8_t* data, std::size_t size);
   Intake TakeBody(const std::uint8_t* data, std::size_t size);
   void AnswerBody(Exchange& exchange);
-  void Forget() { image_ = {}; }
 
   FirmwareImage& image_;
   DownloadFaults& faults_;
   bool in_body_ = false;
-  std::size_t body_length_ = 0;
+  Bytes segment_;  // The one under way, with its header.
   std::size_t body_left_ = 0;
+  std::uint32_t generation_ = 0;
 };
 
 }  // namespace virtual_printer

@@ -120,7 +120,7 @@ void PrinterModel::LeaveFor(PrinterMode mode) {
   const DownloadSetup& setup = state_.setup.downloads;
   orders_.outage = {mode, mode == PrinterMode::kOrdinary ? setup.restart_time : setup.loader_delay};
   state_.downloads.mode = mode;
-  state_.downloads.firmware = {};
+  state_.downloads.firmware.Forget();
   for (auto& [connection, session] : sessions_) {
     session.Drop();
   }
