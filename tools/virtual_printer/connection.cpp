@@ -15,22 +15,15 @@ constexpr std::size_t kMaxBacklog = 65536;
 
 }  // namespace
 
-Connection::Connection(asio::ip::tcp::socket socket, int number, const Faults& faults, Trace& trace,
+Connection::Connection(std::unique_ptr<ByteStream> stream, int number, const Faults& faults, Trace& trace,
                        ConnectionListener& listener)
-    : socket_(std::move(socket)),
-      pause_(socket_.get_executor()),
+    : stream_(std::move(stream)),
+      pause_(stream_->Executor()),
       number_(number),
       faults_(faults),
       trace_(trace),
       listener_(listener),
       limit_(faults) {}
-
-void Connection::Start() {
-  // The single bytes of a split answer must leave one by one.
-  std::error_code ignored;
-  socket_.set_option(asio::ip::tcp::no_delay(true), ignored);
-  Read();
-}
 
 void Connection::Take(const WireEvent& event) {
   if (closed_) {
@@ -60,18 +53,17 @@ void Connection::Drop(const std::string& why) {
 
 void Connection::Read() {
   reading_ = true;
-  socket_.async_read_some(asio::buffer(received_),
-                          [self = shared_from_this()](const std::error_code& error, std::size_t size) {
-                            self->reading_ = false;
-                            if (self->closed_) {
-                              return;
-                            }
-                            if (error) {
-                              self->OnHostEnded(error);
-                            } else {
-                              self->OnReceived(size);
-                            }
-                          });
+  stream_->Read(asio::buffer(received_), [self = shared_from_this()](const std::error_code& error, std::size_t size) {
+    self->reading_ = false;
+    if (self->closed_) {
+      return;
+    }
+    if (error) {
+      self->OnHostEnded(error);
+    } else {
+      self->OnReceived(size);
+    }
+  });
 }
 
 void Connection::OnReceived(std::size_t size) {
@@ -88,10 +80,11 @@ void Connection::OnReceived(std::size_t size) {
 
 void Connection::OnHostEnded(const std::error_code& error) {
   TellHostEnded();
-  close_reason_ = error == asio::error::eof ? "closed by the host" : "lost: " + error.message();
-  // A host may close its sending side only, and still wait for the answers.
-  if (!sending_) {
-    Close(close_reason_);
+  const bool may_listen = error == ByteStream::kHostSendsNoMore;
+  const bool closed = may_listen || error == ByteStream::kHostHasGone;
+  close_reason_ = closed ? "closed by the host" : "lost: " + error.message();
+  if (!sending_ || !may_listen) {
+    Drop(close_reason_);
   }
 }
 
@@ -139,13 +132,13 @@ void Connection::SendNext() {
 
 void Connection::Write() {
   const std::size_t pieces = CountReadyPieces();
-  std::vector<asio::const_buffer> buffers;
+  outgoing_.clear();
   for (std::size_t i = 0; i < pieces; ++i) {
     const QueuedPiece& queued = queue_[i];
     trace_.Event({number_, WireEvent::Direction::kSent, {queued.piece.bytes, queued.text}});
-    buffers.push_back(asio::buffer(queued.piece.bytes));
+    outgoing_.insert(outgoing_.end(), queued.piece.bytes.begin(), queued.piece.bytes.end());
   }
-  asio::async_write(socket_, buffers, [self = shared_from_this(), pieces](const std::error_code& error, std::size_t) {
+  stream_->Write(asio::buffer(outgoing_), [self = shared_from_this(), pieces](const std::error_code& error) {
     if (self->closed_) {
       return;
     }
@@ -180,10 +173,8 @@ void Connection::OnWritten(std::size_t pieces) {
 void Connection::Close(const std::string& why) {
   closed_ = true;
   trace_.Note(number_, why);
-  std::error_code ignored;
   pause_.cancel();
-  socket_.shutdown(asio::ip::tcp::socket::shutdown_both, ignored);
-  socket_.close(ignored);
+  stream_->Close();
   listener_.OnClosed(number_);
 }
 

@@ -10,6 +10,7 @@
 #include <string>
 #include <system_error>
 
+#include "virtual_printer/byte_stream.h"
 #include "virtual_printer/faults.h"
 #include "virtual_printer/message.h"
 #include "virtual_printer/trace.h"
@@ -29,16 +30,16 @@ class ConnectionListener {
   ~ConnectionListener() = default;
 };
 
-// One host's TCP connection to the printer. It lives as long as an operation on its socket is under way, and belongs to
-// the one thread of its io_context.
+// One host's connection to the printer. It lives as long as an operation on its stream is under way, and belongs to the
+// one thread of its io_context.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
   // The number names the connection to the listener and in the trace. The references must outlive the connection; the
   // faults may change at any time.
-  Connection(asio::ip::tcp::socket socket, int number, const Faults& faults, Trace& trace,
+  Connection(std::unique_ptr<ByteStream> stream, int number, const Faults& faults, Trace& trace,
              ConnectionListener& listener);
 
-  void Start();
+  void Start() { Read(); }
 
   // Something received is shown, something to send is sent behind all that was given before.
   void Take(const WireEvent& event);
@@ -63,7 +64,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void OnWritten(std::size_t pieces);
   void Close(const std::string& why);
 
-  asio::ip::tcp::socket socket_;
+  const std::unique_ptr<ByteStream> stream_;
   asio::steady_timer pause_;
   const int number_;
   const Faults& faults_;
@@ -72,7 +73,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   ReceiveLimit limit_;
 
   std::array<std::uint8_t, 65536> received_{};  // A host that sends a firmware image is not to wait for the printer.
-  std::deque<QueuedPiece> queue_;               // Its front is waiting for its pause, or being written.
+  std::deque<QueuedPiece> queue_;               // Its front is waiting for its pause, or being written...
+  Bytes outgoing_;                              // ...from here.
   bool reading_ = false;
   bool sending_ = false;
   bool host_ended_ = false;

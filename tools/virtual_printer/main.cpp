@@ -2,6 +2,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <system_error>
@@ -11,6 +12,7 @@
 #include "virtual_printer/download_store.h"
 #include "virtual_printer/options.h"
 #include "virtual_printer/printer_service.h"
+#include "virtual_printer/server_group.h"
 #include "virtual_printer/tcp_server.h"
 #include "virtual_printer/trace.h"
 
@@ -23,9 +25,7 @@ int Run(const Options& options) {
   Trace trace(options.trace ? &std::cout : nullptr);
   DownloadStore store(options.store, std::cout);
   const PrinterMode mode = options.printer.downloads.mode;
-  const TcpPorts ports{asio::ip::make_address(options.address), options.port, options.loader_port};
-  const asio::ip::tcp::endpoint endpoint(ports.address, ports.Of(mode));
-  const auto lifetime = options.once ? TcpServer::Lifetime::kOneConnection : TcpServer::Lifetime::kUntilStopped;
+  const auto lifetime = options.once ? ServerGroup::Lifetime::kOneConnection : ServerGroup::Lifetime::kUntilStopped;
 
   asio::io_context context(1);
   asio::signal_set signals(context, SIGINT, SIGTERM);
@@ -33,28 +33,24 @@ int Run(const Options& options) {
   signals.add(SIGBREAK);  // Ctrl-Break, and the closing of the console window.
 #endif
   signals.async_wait([&context](const std::error_code&, int) { context.stop(); });
-  try {
-    PrinterService service(context, options.printer, options.faults, store, trace);
-    TcpServer server(context, ports, mode, lifetime, service, [&server](PrinterMode back_as) {
-      const char* const who = back_as == PrinterMode::kOrdinary ? "back" : "loader";
-      std::cout << "virtual printer " << who << " on " << server.LocalEndpoint() << std::endl;
-    });
-    // Scripts wait for this line; it says that connections are taken from now on.
-    std::cout << "virtual printer ready on " << server.LocalEndpoint() << std::endl;
 
-    ControlPanel panel(context, service, options.faults.split_pause.value_or(kDefaultSplitPause), std::cout);
-    std::optional<Console> console;
-    if (options.console) {
-      console.emplace(context, [&panel](const std::string& line) { panel.OnLine(line); });
-    }
-    context.run();
-  } catch (const std::system_error& error) {
-    // The one failure that everybody meets gets the same plain words on every system.
-    const bool in_use = error.code() == asio::error::address_in_use;
-    std::cerr << "virtual_printer: cannot listen on " << endpoint << ": "
-              << (in_use ? "the port is in use" : error.code().message()) << '\n';
-    return 1;
+  PrinterService service(context, options.printer, options.faults, store, trace);
+  ServerGroup servers(context, lifetime, service, [&servers](PrinterMode back_as) {
+    const char* const who = back_as == PrinterMode::kOrdinary ? "back" : "loader";
+    std::cout << "virtual printer " << who << " on " << servers.Places(back_as) << std::endl;
+  });
+  const TcpPorts ports{asio::ip::make_address(options.address), options.port, options.loader_port};
+  servers.Add(std::make_unique<TcpServer>(context, ports, servers.Hosts()));
+  servers.Open(mode);
+  // Scripts wait for this line; it says that connections are taken from now on.
+  std::cout << "virtual printer ready on " << servers.Places(mode) << std::endl;
+
+  ControlPanel panel(context, service, options.faults.split_pause.value_or(kDefaultSplitPause), std::cout);
+  std::optional<Console> console;
+  if (options.console) {
+    console.emplace(context, [&panel](const std::string& line) { panel.OnLine(line); });
   }
+  context.run();
   return 0;
 }
 

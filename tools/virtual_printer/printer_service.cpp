@@ -1,6 +1,5 @@
 #include "virtual_printer/printer_service.h"
 
-#include <sstream>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -12,15 +11,13 @@ Time Now() { return Time::clock::now(); }
 
 }  // namespace
 
-void PrinterService::Serve(asio::ip::tcp::socket socket, std::function<void()> on_closed) {
+void PrinterService::Serve(std::unique_ptr<ByteStream> stream, const std::string& from,
+                           std::function<void()> on_closed) {
   const int number = ++connections_;
-  std::error_code gone;
-  std::ostringstream note;
-  note << "connected from " << socket.remote_endpoint(gone);
-  trace_.Note(number, note.str());
+  trace_.Note(number, "connected from " + from);
 
   ConnectionListener& listener = *this;
-  auto connection = std::make_shared<Connection>(std::move(socket), number, faults_, trace_, listener);
+  auto connection = std::make_shared<Connection>(std::move(stream), number, faults_, trace_, listener);
   hosts_[number] = {connection, std::move(on_closed)};
   model_.Connect(number);
   connection->Start();
@@ -75,10 +72,10 @@ void PrinterService::CarryOut(const PrinterOrders& orders) {
   }
   if (orders.outage) {
     const bool restarts = orders.outage->back_as == PrinterMode::kOrdinary;
-    DropAll(restarts ? "dropped, the printer restarts" : "dropped, the loader starts");
     if (outage_listener_ != nullptr) {
       outage_listener_->OnOutage(*orders.outage);
     }
+    DropAll(restarts ? "dropped, the printer restarts" : "dropped, the loader starts");
   }
 }
 

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "virtual_printer/byte_stream.h"
 #include "virtual_printer/connection.h"
 #include "virtual_printer/download_store.h"
 #include "virtual_printer/faults.h"
@@ -20,6 +21,7 @@ namespace virtual_printer {
 // Whoever lets hosts connect.
 class OutageListener {
  public:
+  // Connected hosts are still to be dropped.
   virtual void OnOutage(const Outage& outage) = 0;
 
  protected:
@@ -38,7 +40,7 @@ class PrinterService : private ConnectionListener {
   void SetOutageListener(OutageListener* listener) { outage_listener_ = listener; }
 
   // A host has connected.
-  void Serve(asio::ip::tcp::socket socket, std::function<void()> on_closed);
+  void Serve(std::unique_ptr<ByteStream> stream, const std::string& from, std::function<void()> on_closed);
 
   // Sends what the model gave unasked.
   void Send(const PrinterModel::Events& events);

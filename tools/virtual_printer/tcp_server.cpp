@@ -1,6 +1,8 @@
 #include "virtual_printer/tcp_server.h"
 
 #include <chrono>
+#include <memory>
+#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -18,25 +20,33 @@ constexpr bool kReuseAddress = true;
 // When no connection can be taken, mostly for want of file handles, trying again at once would only burn time.
 constexpr std::chrono::milliseconds kAcceptPause{100};
 
-}  // namespace
-
-TcpServer::TcpServer(asio::io_context& context, const TcpPorts& ports, PrinterMode mode, Lifetime lifetime,
-                     PrinterService& service, OnBack on_back)
-    : context_(context),
-      ports_(ports),
-      acceptor_(context),
-      accept_pause_(context),
-      outage_(context),
-      lifetime_(lifetime),
-      service_(service),
-      on_back_(std::move(on_back)) {
-  Listen(mode);
-  service_.SetOutageListener(this);
+std::string TextOf(const asio::ip::tcp::endpoint& endpoint) {
+  std::ostringstream text;
+  text << endpoint;
+  return text.str();
 }
 
-TcpServer::~TcpServer() { service_.SetOutageListener(nullptr); }
+class TcpStream : public DeviceStream<asio::ip::tcp::socket> {
+ public:
+  explicit TcpStream(asio::ip::tcp::socket socket) : DeviceStream(std::move(socket)) {
+    // The single bytes of a split answer must leave one by one.
+    std::error_code ignored;
+    device_.set_option(asio::ip::tcp::no_delay(true), ignored);
+  }
 
-void TcpServer::Listen(PrinterMode mode) {
+  void Close() override {
+    std::error_code ignored;
+    device_.shutdown(asio::ip::tcp::socket::shutdown_both, ignored);
+    DeviceStream::Close();
+  }
+};
+
+}  // namespace
+
+TcpServer::TcpServer(asio::io_context& context, const TcpPorts& ports, HostListener& listener)
+    : context_(context), ports_(ports), acceptor_(context), accept_pause_(context), listener_(listener) {}
+
+void TcpServer::Open(PrinterMode mode) {
   acceptor_ = asio::ip::tcp::acceptor(context_, {ports_.address, ports_.Of(mode)}, kReuseAddress);
   if (mode == PrinterMode::kOrdinary || !ports_.loader) {
     ports_.printer = acceptor_.local_endpoint().port();
@@ -44,31 +54,13 @@ void TcpServer::Listen(PrinterMode mode) {
   Accept();
 }
 
-void TcpServer::OnOutage(const Outage& outage) {
-  if (lifetime_ == Lifetime::kOneConnection) {
-    return;  // It takes no other connection anyway.
-  }
+void TcpServer::Close() {
   std::error_code ignored;
   acceptor_.close(ignored);
   accept_pause_.cancel();
-  outage_.expires_after(outage.duration);
-  outage_.async_wait([this, mode = outage.back_as](const std::error_code& cancelled) {
-    if (!cancelled) {
-      Return(mode);
-    }
-  });
 }
 
-void TcpServer::Return(PrinterMode mode) {
-  try {
-    Listen(mode);
-  } catch (const std::system_error&) {
-    // Somebody else has the port for now. The printer must come back, however late.
-    OnOutage({mode, kAcceptPause});
-    return;
-  }
-  on_back_(mode);
-}
+std::string TcpServer::Place(PrinterMode mode) const { return TextOf({ports_.address, ports_.Of(mode)}); }
 
 void TcpServer::Accept() {
   acceptor_.async_accept([this](const std::error_code& error, asio::ip::tcp::socket socket) {
@@ -85,19 +77,13 @@ void TcpServer::Accept() {
       });
       return;
     }
-    service_.Serve(std::move(socket), [this] { OnConnectionClosed(); });
-    if (lifetime_ == Lifetime::kOneConnection) {
-      acceptor_.close();
-    } else {
+    std::error_code gone;
+    const std::string from = TextOf(socket.remote_endpoint(gone));
+    listener_.OnHost(std::make_unique<TcpStream>(std::move(socket)), from, [] {});
+    if (acceptor_.is_open()) {
       Accept();
     }
   });
-}
-
-void TcpServer::OnConnectionClosed() {
-  if (lifetime_ == Lifetime::kOneConnection) {
-    context_.stop();
-  }
 }
 
 }  // namespace virtual_printer

@@ -3,10 +3,10 @@
 
 #include <asio.hpp>
 #include <cstdint>
-#include <functional>
 #include <optional>
+#include <string>
 
-#include "virtual_printer/printer_service.h"
+#include "virtual_printer/server.h"
 
 namespace virtual_printer {
 
@@ -21,42 +21,24 @@ struct TcpPorts {
   }
 };
 
-// Puts the printer on a TCP port. Any number of hosts may be connected at a time; the printer serves them all.
-class TcpServer : private OutageListener {
+// Puts the printer on a TCP port. Any number of hosts may be connected at a time.
+class TcpServer : public Server {
  public:
-  enum class Lifetime {
-    kUntilStopped,
-    kOneConnection,  // Takes one connection only; the io_context is stopped when it has ended.
-  };
+  // The references must outlive the server.
+  TcpServer(asio::io_context& context, const TcpPorts& ports, HostListener& listener);
 
-  using OnBack = std::function<void(PrinterMode mode)>;
-
-  // Listens from now on. After an outage it listens again, and says so. The references must outlive the server. Throws
-  // std::system_error when the port cannot be had, for instance because it is in use.
-  TcpServer(asio::io_context& context, const TcpPorts& ports, PrinterMode mode, Lifetime lifetime,
-            PrinterService& service, OnBack on_back);
-  ~TcpServer();
-  TcpServer(const TcpServer&) = delete;
-  TcpServer& operator=(const TcpServer&) = delete;
-
-  // Where hosts can connect: the port is the real one, also when any free port was asked for.
-  asio::ip::tcp::endpoint LocalEndpoint() const { return acceptor_.local_endpoint(); }
+  void Open(PrinterMode mode) override;
+  void Close() override;
+  std::string Place(PrinterMode mode) const override;
 
  private:
-  void OnOutage(const Outage& outage) override;
-  void Return(PrinterMode mode);
-  void Listen(PrinterMode mode);
   void Accept();
-  void OnConnectionClosed();
 
   asio::io_context& context_;
-  TcpPorts ports_;
+  TcpPorts ports_;  // A free one that was taken is kept over outages.
   asio::ip::tcp::acceptor acceptor_;
   asio::steady_timer accept_pause_;
-  asio::steady_timer outage_;
-  const Lifetime lifetime_;
-  PrinterService& service_;
-  const OnBack on_back_;
+  HostListener& listener_;
 };
 
 }  // namespace virtual_printer
