@@ -7,14 +7,15 @@ trace_pids=()
 printer_port=
 printer_console=
 
-# start_printer PROGRAM TRACE_FILE [OPTION...]: starts a virtual printer, on a free port unless the options name one,
-# and waits until it takes connections. Sets printer_port. What the printer says from then on goes to TRACE_FILE.
+# start_printer PROGRAM TRACE_FILE [OPTION...]: starts a virtual printer, on a free port unless the options name one or a
+# line, and waits until it takes connections. Sets printer_port, which means nothing when the printer is on a line alone.
+# What the printer says from then on goes to TRACE_FILE.
 start_printer() {
   local program=$1 trace=$2 output ready=
   shift 2
   local command=("$program")
   case $program in *.exe) command=("$scripts_folder/wine.sh" "$program") ;; esac
-  [[ " $* " == *" --port "* ]] || set -- --port 0 "$@"
+  [[ " $* " =~ " "--(port|serial|pipe)" " ]] || set -- --port 0 "$@"
   open_printer_console
   exec {output}< <(exec "${command[@]}" "$@" <&"$printer_console" {printer_console}>&-)
   printer_pids+=($!)

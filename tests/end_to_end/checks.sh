@@ -95,7 +95,7 @@ until_line() {
 
 # finish_trace: ends the printer once it has seen the end of every connection, and so all that was sent to it.
 finish_trace() {
-  until_line "$trace" '#[0-9]+ (closed by the host|lost: .*|dropped.*)$' "$(grep -c 'connected from' "$trace")"
+  until_line "$trace" '#[0-9]+ (closed by the host|lost: |dropped)' "$(grep -c 'connected from' "$trace")"
   stop_printers
 }
 

@@ -14,7 +14,7 @@ source "$root/tests/end_to_end/checks.sh"
 trap 'end_background; stop_printers; release_wine; rm -rf "$work"' EXIT
 hold_wine
 
-for family in ${CHECKS:-general width command_line status task print monitor download usb config}; do
+for family in ${CHECKS:-general width command_line status task print monitor download usb config serial}; do
   # shellcheck source=/dev/null
   source "$root/tests/end_to_end/${family}_checks.sh"
 done

@@ -13,6 +13,11 @@ constexpr std::size_t kMaxQueuedPieces = 256;
 // Reports on the jobs of other hosts come in without being read. One that never takes them loses the rest.
 constexpr std::size_t kMaxBacklog = 65536;
 
+std::string ReasonFor(const std::error_code& error) {
+  const bool closed = error == ByteStream::kHostSendsNoMore || error == ByteStream::kHostHasGone;
+  return closed ? "closed by the host" : "lost: " + error.message();
+}
+
 }  // namespace
 
 Connection::Connection(std::unique_ptr<ByteStream> stream, int number, const Faults& faults, Trace& trace,
@@ -80,9 +85,8 @@ void Connection::OnReceived(std::size_t size) {
 
 void Connection::OnHostEnded(const std::error_code& error) {
   TellHostEnded();
+  close_reason_ = ReasonFor(error);
   const bool may_listen = error == ByteStream::kHostSendsNoMore;
-  const bool closed = may_listen || error == ByteStream::kHostHasGone;
-  close_reason_ = closed ? "closed by the host" : "lost: " + error.message();
   if (!sending_ || !may_listen) {
     Drop(close_reason_);
   }
@@ -143,7 +147,7 @@ void Connection::Write() {
       return;
     }
     if (error) {
-      self->Drop("lost: " + error.message());
+      self->Drop(ReasonFor(error));
     } else {
       self->OnWritten(pieces);
     }

@@ -10,6 +10,7 @@
 #include "virtual_printer/console.h"
 #include "virtual_printer/control_panel.h"
 #include "virtual_printer/download_store.h"
+#include "virtual_printer/line_server.h"
 #include "virtual_printer/options.h"
 #include "virtual_printer/printer_service.h"
 #include "virtual_printer/server_group.h"
@@ -39,8 +40,14 @@ int Run(const Options& options) {
     const char* const who = back_as == PrinterMode::kOrdinary ? "back" : "loader";
     std::cout << "virtual printer " << who << " on " << servers.Places(back_as) << std::endl;
   });
-  const TcpPorts ports{asio::ip::make_address(options.address), options.port, options.loader_port};
-  servers.Add(std::make_unique<TcpServer>(context, ports, servers.Hosts()));
+  if (!options.line.empty()) {
+    servers.Add(MakeLineServer(context, options.line, servers.Hosts()));
+  }
+  // The TCP server comes last: scripts take the port from the end of the line.
+  if (options.port) {
+    const TcpPorts ports{asio::ip::make_address(options.address), *options.port, options.loader_port};
+    servers.Add(std::make_unique<TcpServer>(context, ports, servers.Hosts()));
+  }
   servers.Open(mode);
   // Scripts wait for this line; it says that connections are taken from now on.
   std::cout << "virtual printer ready on " << servers.Places(mode) << std::endl;

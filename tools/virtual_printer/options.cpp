@@ -19,6 +19,39 @@ std::string CheckAddress(const std::string& text) {
   return error ? text + " is not an IP address" : std::string();
 }
 
+#ifdef _WIN32
+constexpr char kLineOption[] = "--pipe";
+constexpr char kLineName[] = "NAME";
+constexpr char kLineDescription[] = "Serve the named pipe of this name as a USB printer, TCP only if --port is given";
+constexpr char kOtherLineOption[] = "--serial";
+constexpr char kNoOtherLine[] = "Windows has no pseudo terminals; --pipe serves a named pipe";
+
+std::string CheckLine(const std::string& text) {
+  constexpr std::size_t kMaxLength = 247;  // Windows takes 256 characters, with what stands before the name.
+  const bool sound = !text.empty() && text.size() <= kMaxLength && text.find('\\') == std::string::npos;
+  return sound ? std::string() : "'" + text + "' is not a name for a pipe";
+}
+#else
+constexpr char kLineOption[] = "--serial";
+constexpr char kLineName[] = "LINK";
+constexpr char kLineDescription[] = "Make a pseudo terminal with this link to it, TCP only if --port is given";
+constexpr char kOtherLineOption[] = "--pipe";
+constexpr char kNoOtherLine[] = "only Windows has named pipes; --serial makes a pseudo terminal";
+
+std::string CheckLine(const std::string& text) { return text.empty() ? "the link has no name" : std::string(); }
+#endif
+
+// The line that this system has, and a word about the one that it has not.
+void AddLineOptions(CLI::App& app, Options& options) {
+  app.add_option(kLineOption, options.line, kLineDescription)
+      ->check(CLI::Validator(CheckLine, ""))
+      ->option_text(kLineName);
+  const auto refuse = [](const std::string&) { return std::string(kNoOtherLine); };
+  app.add_option_function<std::string>(kOtherLineOption, [](const std::string&) {})
+      ->check(CLI::Validator(refuse, ""))
+      ->group("");  // Not shown in the help.
+}
+
 // An option that names a family.
 void AddFamily(CLI::App& app, const std::string& name, std::optional<ReportFamily>& family,
                const std::string& description, const std::string& group) {
@@ -76,18 +109,20 @@ void AddDownloadOptions(CLI::App& app, Options& options) {
 std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
   Options options;
   PrinterSetup& printer = options.printer;
+  std::uint16_t port = 9100;
   int delay = 0;
   int split = static_cast<int>(kDefaultSplitPause.count());
   int job_time = static_cast<int>(printer.job_times.printing.count());
   int job_gap = static_cast<int>(printer.job_times.quiet.count());
   std::size_t drop_after = 0;
 
-  CLI::App app("A receipt printer without paper: listens on a TCP port and answers as a printer does.",
+  CLI::App app("A receipt printer without paper: listens on a TCP port, or a line, and answers as a printer does.",
                "virtual_printer");
   app.add_option("--address", options.address, "Address to listen on")->check(CheckAddress)->capture_default_str();
-  app.add_option("--port", options.port, "Port to listen on; 0 takes any free one")
-      ->check(CLI::Range(0, kMaxNumber))
-      ->capture_default_str();
+  const CLI::Option* port_option = app.add_option("--port", port, "Port to listen on; 0 takes any free one")
+                                       ->check(CLI::Range(0, kMaxNumber))
+                                       ->capture_default_str();
+  AddLineOptions(app, options);
   app.add_option("--width", printer.zone.print_width, "Print width at the start, in dots")
       ->check(CLI::Range(0, kMaxNumber))
       ->capture_default_str();
@@ -138,6 +173,9 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
     return std::nullopt;
   }
 
+  if (options.line.empty() || port_option->count() > 0) {
+    options.port = port;
+  }
   printer.job_times = {std::chrono::milliseconds(job_time), std::chrono::milliseconds(job_gap)};
   options.faults.delay = std::chrono::milliseconds(delay);
   if (split_option->count() > 0) {

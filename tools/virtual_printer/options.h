@@ -13,7 +13,8 @@ namespace virtual_printer {
 // What the command line asks for.
 struct Options {
   std::string address = "127.0.0.1";
-  std::uint16_t port = 9100;
+  std::optional<std::uint16_t> port;  // Nothing when the printer is found on a line alone.
+  std::string line;                   // Its pseudo terminal's link or its pipe's name; empty for none.
   PrinterSetup printer;
   Faults faults;
   std::optional<std::uint16_t> loader_port;  // The printer's, when it is not given.
