@@ -46,10 +46,8 @@ void AddLineOptions(CLI::App& app, Options& options) {
   app.add_option(kLineOption, options.line, kLineDescription)
       ->check(CLI::Validator(CheckLine, ""))
       ->option_text(kLineName);
-  const auto refuse = [](const std::string&) { return std::string(kNoOtherLine); };
-  app.add_option_function<std::string>(kOtherLineOption, [](const std::string&) {})
-      ->check(CLI::Validator(refuse, ""))
-      ->group("");  // Not shown in the help.
+  const auto refuse = [](const std::string&) { throw CLI::ValidationError(kOtherLineOption, kNoOtherLine); };
+  app.add_option_function<std::string>(kOtherLineOption, refuse)->group("");  // Not shown in the help.
 }
 
 // An option that names a family.

@@ -97,7 +97,7 @@ int PseudoTerminal::OpenHostEnd() const { return open(host_end_.c_str(), O_RDWR 
 
 int PseudoTerminal::Duplicate() const { return Checked(fcntl(printer_end_, F_DUPFD_CLOEXEC, 0)); }
 
-short PseudoTerminal::Poll() const {
+int PseudoTerminal::Poll() const {
   pollfd state = {printer_end_, POLLIN, 0};
   poll(&state, 1, /*timeout=*/0);
   return state.revents;
@@ -106,7 +106,7 @@ short PseudoTerminal::Poll() const {
 bool PseudoTerminal::IsHungUp() const { return (Poll() & POLLHUP) != 0; }
 
 bool PseudoTerminal::HasHost() const {
-  const short state = Poll();
+  const int state = Poll();
   return (state & POLLHUP) == 0 || (state & POLLIN) != 0;
 }
 

@@ -33,7 +33,7 @@ class PseudoTerminal {
   void DiscardSent() const;
 
  private:
-  short Poll() const;
+  int Poll() const;
   int OpenHostEnd() const;
 
   const std::string link_;
