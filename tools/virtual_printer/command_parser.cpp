@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// What a command begins with. The clear commands and the mode switches consist of nothing else.
+// What a command begins with. All but the first two consist of nothing else.
 struct Opening {
   std::string_view bytes;
   Command::Kind kind;
@@ -22,6 +22,9 @@ constexpr Opening kOpenings[] = {
     {"\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"sv, Command::Kind::kClearTasksRealTime},
     {kFileModeSwitch, Command::Kind::kFileMode},
     {kLoaderModeSwitch, Command::Kind::kLoaderMode},
+    {"\x12"
+     "CER"sv,
+     Command::Kind::kNetworkDetails},
 };
 
 constexpr std::string_view kLineEnd = "\r\n";
@@ -182,6 +185,7 @@ void CommandParser::BeginCommand(Command::Kind kind) {
     case Command::Kind::kClearTasksRealTime:
     case Command::Kind::kFileMode:
     case Command::Kind::kLoaderMode:
+    case Command::Kind::kNetworkDetails:
       EndCommand();
       break;
   }

@@ -26,6 +26,7 @@ struct Command {
     kClearTasksRealTime,  // Another one, of hosts that send GS ( H.
     kFileMode,            // Packages of a file follow.
     kLoaderMode,          // The host wants to speak to the loader.
+    kNetworkDetails,      // A host that found the printer on the network asks for more.
   };
 
   Kind kind = Kind::kV1;

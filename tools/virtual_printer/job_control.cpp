@@ -47,6 +47,7 @@ std::optional<Reaction> JobControl::Execute(const Command& command, Time now) {
       return ClearTasks(ReportFamily::kGsH);
     case Command::Kind::kFileMode:
     case Command::Kind::kLoaderMode:
+    case Command::Kind::kNetworkDetails:
       break;
   }
   return std::nullopt;

@@ -5,10 +5,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
+#include <utility>
 
 #include "virtual_printer/console.h"
 #include "virtual_printer/control_panel.h"
+#include "virtual_printer/discoverable_printer.h"
 #include "virtual_printer/download_store.h"
 #include "virtual_printer/line_server.h"
 #include "virtual_printer/options.h"
@@ -35,7 +36,7 @@ int Run(const Options& options) {
 #endif
   signals.async_wait([&context](const std::error_code&, int) { context.stop(); });
 
-  PrinterService service(context, options.printer, options.faults, store, trace);
+  PrinterService service(context, SetupInRow(options, 0), options.faults, store, trace);
   ServerGroup servers(context, lifetime, service, [&servers](PrinterMode back_as) {
     const char* const who = back_as == PrinterMode::kOrdinary ? "back" : "loader";
     std::cout << "virtual printer " << who << " on " << servers.Places(back_as) << std::endl;
@@ -44,13 +45,22 @@ int Run(const Options& options) {
     servers.Add(MakeLineServer(context, options.line, servers.Hosts()));
   }
   // The TCP server comes last: scripts take the port from the end of the line.
+  TcpServer* network = nullptr;
   if (options.port) {
     const TcpPorts ports{asio::ip::make_address(options.address), *options.port, options.loader_port};
-    servers.Add(std::make_unique<TcpServer>(context, ports, servers.Hosts()));
+    auto server = std::make_unique<TcpServer>(context, ports, servers.Hosts());
+    network = server.get();
+    servers.Add(std::move(server));
   }
   servers.Open(mode);
+  std::optional<DiscoverablePrinter> discoverable;
+  if (options.discoverable && network != nullptr) {
+    discoverable.emplace(context, service, *network, trace);
+  }
+  FurtherPrinters further(context, options, store, trace);
   // Scripts wait for this line; it says that connections are taken from now on.
   std::cout << "virtual printer ready on " << servers.Places(mode) << std::endl;
+  further.Announce(std::cout);
 
   ControlPanel panel(context, service, options.faults.split_pause.value_or(kDefaultSplitPause), std::cout);
   std::optional<Console> console;

@@ -12,6 +12,8 @@ namespace {
 constexpr int kMaxNumber = 0xFFFF;
 constexpr int kMaxMilliseconds = 3600 * 1000;
 constexpr int kMaxBytes = 1000 * 1000 * 1000;
+constexpr int kMaxPrinters = 200;
+constexpr std::size_t kMaxScanText = 32;
 
 std::string CheckAddress(const std::string& text) {
   std::error_code error;
@@ -102,6 +104,46 @@ void AddDownloadOptions(CLI::App& app, Options& options) {
       ->group(group);
 }
 
+// A ";" parts the lines of an answer from each other where hosts list them, a "|" the printers.
+std::string CheckScanText(const std::string& text) {
+  const bool fits = !text.empty() && text.size() <= kMaxScanText && text.find_first_of(";|\r\n") == std::string::npos;
+  return fits ? std::string() : "'" + text + "' is not 1 to 32 characters without ; and |";
+}
+
+void AddScanOptions(CLI::App& app, Options& options) {
+  const std::string group = "Network scan";
+  NetworkIdentity& identity = options.printer.identity;
+  const CLI::Validator scan_text(CheckScanText, "");
+  CLI::Option* const discoverable =
+      app.add_flag("--discoverable", options.discoverable, "Answer hosts that scan the network for printers")
+          ->group(group);
+  app.add_option("--name", identity.name, "Name told to them")
+      ->check(scan_text)
+      ->capture_default_str()
+      ->needs(discoverable)
+      ->group(group);
+  app.add_option("--state", identity.state, "State told to them; hosts list printers that are ready")
+      ->check(scan_text)
+      ->capture_default_str()
+      ->needs(discoverable)
+      ->group(group);
+  app.add_option("--count", options.count, "Be so many printers at once, each on the address behind the one before")
+      ->check(CLI::Range(1, kMaxPrinters))
+      ->capture_default_str()
+      ->needs(discoverable)
+      ->excludes("--once")
+      ->excludes("--console")
+      ->group(group);
+}
+
+// Thrown where CLI11 can only judge one option at a time.
+void RequireAddressToScan(const Options& options) {
+  const auto address = asio::ip::make_address(options.address);
+  if (options.discoverable && (!address.is_v4() || address.is_unspecified())) {
+    throw CLI::ValidationError("--discoverable", "needs an IPv4 address of the printer's own as --address");
+  }
+}
+
 }  // namespace
 
 std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
@@ -147,6 +189,7 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
       ->group(jobs);
 
   AddDownloadOptions(app, options);
+  AddScanOptions(app, options);
 
   const std::string misbehaviour = "Misbehaviour";
   app.add_option("--delay", delay, "Work this many milliseconds on each answer")
@@ -166,6 +209,7 @@ std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status) {
 
   try {
     app.parse(argc, argv);
+    RequireAddressToScan(options);
   } catch (const CLI::ParseError& error) {
     *exit_status = app.exit(error);
     return std::nullopt;

@@ -22,6 +22,8 @@ struct Options {
   bool trace = false;
   bool once = false;
   bool console = false;
+  bool discoverable = false;  // Answers hosts that look for printers.
+  int count = 1;              // Printers, on this address and the next ones.
 };
 
 // Reads the command line. When there is nothing left to do (a wrong argument, --help), it has said so, and *exit_status

@@ -13,8 +13,12 @@ Time Now() { return Time::clock::now(); }
 
 void PrinterService::Serve(std::unique_ptr<ByteStream> stream, const std::string& from,
                            std::function<void()> on_closed) {
-  const int number = ++connections_;
-  trace_.Note(number, "connected from " + from);
+  const int number = trace_.NumberConnection();
+  std::string note = "connected from " + from;
+  if (const NetworkIdentity& identity = model_.State().setup.identity; identity.number > 0) {
+    note += " to " + identity.FullName();
+  }
+  trace_.Note(number, note);
 
   ConnectionListener& listener = *this;
   auto connection = std::make_shared<Connection>(std::move(stream), number, faults_, trace_, listener);

@@ -72,7 +72,6 @@ class PrinterService : private ConnectionListener {
   Trace& trace_;
   asio::steady_timer deadline_;
   std::map<int, Host> hosts_;
-  int connections_ = 0;  // So far.
   OutageListener* outage_listener_ = nullptr;
 };
 

@@ -10,6 +10,7 @@
 #include "virtual_printer/download_faults.h"
 #include "virtual_printer/firmware_receiver.h"
 #include "virtual_printer/left_monitoring.h"
+#include "virtual_printer/network_identity.h"
 #include "virtual_printer/print_jobs.h"
 #include "virtual_printer/report_frames.h"
 
@@ -39,6 +40,7 @@ struct PrinterSetup {
   std::optional<ReportFamily> monitoring;  // Is on already, for the first host to come.
   bool task_over = false;                  // The host that sent a job hears of its end by a V2 answer, too.
   DownloadSetup downloads;
+  NetworkIdentity identity;
 };
 
 struct DownloadState {

@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "virtual_printer/scan_answer.h"
 #include "virtual_printer/trace_words.h"
 
 namespace virtual_printer {
@@ -139,6 +140,9 @@ Exchange Session::Execute(const Command& command, Time now) {
   // A host that sends other commands has given its download up.
   std::string lost = downloads_.Abandon();
   std::optional<Reaction> reaction = settings_.Execute(command);
+  if (!reaction && command.kind == Command::Kind::kNetworkDetails) {
+    reaction = TellNetworkDetails(state_.setup.identity);
+  }
   if (!reaction) {
     reaction = jobs_.Execute(command, now);
   }

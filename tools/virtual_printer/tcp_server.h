@@ -31,6 +31,12 @@ class TcpServer : public Server {
   void Close() override;
   std::string Place(PrinterMode mode) const override;
 
+  // The real one, once it has been opened as the printer.
+  std::uint16_t port() const { return ports_.printer; }
+
+  // Not while the printer restarts.
+  bool IsListening() const { return acceptor_.is_open(); }
+
  private:
   void Accept();
 

@@ -19,11 +19,15 @@ class Trace {
   void Event(const WireEvent& event);
   void Note(int connection, std::string_view text);
 
+  // The number of the next connection, whichever printer it comes to.
+  int NumberConnection() { return ++connections_; }
+
  private:
   std::chrono::milliseconds Now() const;
 
   std::ostream* out_;
   std::chrono::steady_clock::time_point start_;
+  int connections_ = 0;  // So far.
 };
 
 }  // namespace virtual_printer

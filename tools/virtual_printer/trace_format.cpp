@@ -24,7 +24,11 @@ std::string FormatRow(const Bytes& bytes, std::size_t offset) {
 std::string FormatHead(std::chrono::milliseconds time, int connection) {
   std::ostringstream head;
   head << std::fixed << std::setprecision(3) << std::setw(9) << static_cast<double>(time.count()) / 1000;
-  head << " #" << connection << ' ';
+  if (connection == kDatagrams) {
+    head << " udp ";
+  } else {
+    head << " #" << connection << ' ';
+  }
   return head.str();
 }
 

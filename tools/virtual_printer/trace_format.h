@@ -9,6 +9,9 @@
 
 namespace virtual_printer {
 
+// Stands for a connection where something came or left without one.
+constexpr int kDatagrams = 0;
+
 // One entry of the trace: time in seconds, what happened on which connection, and, when bytes were transferred, the
 // bytes in rows of sixteen with the words beside the first row. Ends with a line end.
 //

@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "test_hosts.h"
+#include "virtual_printer/scan_answer.h"
+
+namespace virtual_printer {
+namespace {
+
+const std::string kQuestion = "getval \"printer_message\"";
+
+TEST(NetworkScan, EachPortHasAQuestionOfItsOwn) {
+  const struct {
+    std::string datagram;
+    bool receipt;
+    bool label;
+  } rows[] = {
+      {kQuestion, true, false},
+      {kQuestion + "\r\n", true, false},
+      {V1(kQuestion), false, true},
+      {V1(kQuestion) + "\"192.168.1.7\"\r\n", false, true},
+      {V1(kQuestion).substr(0, 32), false, false},
+      {kQuestion.substr(0, 23), false, false},
+      {"x" + kQuestion, false, false},
+      {"", false, false},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(AsksForPrinters(ScanKind::kReceiptPrinters, row.datagram), row.receipt) << row.datagram;
+    EXPECT_EQ(AsksForPrinters(ScanKind::kLabelPrinters, row.datagram), row.label) << row.datagram;
+  }
+}
+
+std::vector<std::string> Lines(const Bytes& bytes) {
+  const std::string text(bytes.begin(), bytes.end());
+  std::vector<std::string> lines;
+  for (std::size_t begin = 0, end = 0; (end = text.find("\r\n", begin)) != std::string::npos; begin = end + 2) {
+    lines.push_back(text.substr(begin, end - begin));
+  }
+  return lines;
+}
+
+NetworkIdentity ThirdPrinter() {
+  NetworkIdentity identity;
+  identity.number = 3;
+  identity.address = {10, 0, 0, 250};
+  identity.gateway = {10, 0, 0, 1};
+  identity.port = 65535;
+  return identity;
+}
+
+TEST(NetworkScan, AnswerFitsARecordOfSixteenFields) {
+  NetworkIdentity identity = ThirdPrinter();
+  identity.name = identity.state = std::string(32, 'x');
+  const Message answer = ScanAnswer(identity);
+  EXPECT_LE(answer.bytes.size(), 255u);
+  const std::vector<std::string> lines = Lines(answer.bytes);
+  ASSERT_EQ(lines.size(), 16u);
+  EXPECT_EQ(lines[0], "10.0.0.250");
+  EXPECT_EQ(lines[1], identity.state);
+  EXPECT_EQ(lines[2], identity.name + "-3");
+  EXPECT_EQ(lines[6], "02:00:0A:00:00:FA");
+  EXPECT_EQ(lines[8], "65535");
+}
+
+TEST(NetworkScan, DetailsAreTakenForACommandAndAnsweredLowByteFirst) {
+  PrinterSetup setup;
+  setup.identity = ThirdPrinter();
+  Shop shop(setup);
+  // Neither half a question nor a different one is taken for it, and a file download still begins with the same byte.
+  EXPECT_EQ(shop.Send(1,
+                      "\x12"
+                      "CE\x12"
+                      "CEX\x12"),
+            (Transcript{"1> print data, 7 bytes"}));
+  const auto events = shop.SendRaw(1, "CER\x12\x46");
+  EXPECT_EQ(Shop::Note(events), (Transcript{"1> network details wanted", "1< mask 255.255.255.0, gateway 10.0.0.1",
+                                            "1> file download", "1< ready for packages"}));
+  EXPECT_EQ(Hex(events.at(1).message.bytes),
+            "FA00000A"
+            "00000000"
+            "00FFFFFF"
+            "0100000A");
+}
+
+}  // namespace
+}  // namespace virtual_printer
