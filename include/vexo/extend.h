@@ -560,8 +560,8 @@ VEXO_API int32_t ScanPos(int64_t timeLimitMs, char* buffer, int32_t size, const 
 /**
  * Scans for label printers, on UDP port 6000: as ScanPos, with that port in place of 3289.
  *
- * The question tells the first IPv4 address of this computer. Answers that contain "printer_message" are dropped: a
- * broadcast comes back to its sender.
+ * The question tells the first IPv4 address of this computer, which the system looks up first; the time limit begins
+ * when the question is sent. Answers that contain "printer_message" are dropped: a broadcast comes back to its sender.
  */
 VEXO_API int32_t ScanLabel(int64_t timeLimitMs, char* buffer, int32_t size, const char* target);
 

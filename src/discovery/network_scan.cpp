@@ -104,15 +104,23 @@ bool AwaitAnswer(const platform::ScopedSocket& socket, int64_t limit_ms) {
 
 // Calls `take` with each answer. The buffer is not cleared in between: printers that leave the zero off the end of
 // their answers have always been read so, and hosts know their records that way.
+//
+// The socket's buffer is small, and every printer of a network answers at once. So answers are taken one after the
+// other for as long as there are any; only then is the next one waited for.
 template <typename Take>
 void Receive(const platform::ScopedSocket& socket, int64_t time_limit_ms, Take take) {
+  u_long without_waiting = TRUE;
+  ioctlsocket(socket.get(), FIONBIO, &without_waiting);
   char buffer[kLongestAnswer + 1] = {};
   const Countdown countdown(time_limit_ms);
   for (int64_t left = countdown.LeftMs(); left >= 1; left = countdown.LeftMs()) {
-    if (!AwaitAnswer(socket, left) || recvfrom(socket.get(), buffer, kLongestAnswer, 0, nullptr, nullptr) <= 0) {
+    const int received = recvfrom(socket.get(), buffer, kLongestAnswer, 0, nullptr, nullptr);
+    const bool none_yet = received == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK;
+    if (received > 0) {
+      take(std::string_view(buffer));
+    } else if (!none_yet || !AwaitAnswer(socket, left)) {
       return;
     }
-    take(std::string_view(buffer));
   }
 }
 
