@@ -20,6 +20,7 @@ void AddFeedCommand(CLI::App& tool, const Settings& settings);
 void AddMonitorCommand(CLI::App& tool, const Settings& settings);
 void AddPortsCommand(CLI::App& tool, const Settings& settings);
 void AddPrintCommand(CLI::App& tool, const Settings& settings);
+void AddScanCommands(CLI::App& tool, const Settings& settings);
 void AddStatusCommand(CLI::App& tool, const Settings& settings);
 void AddTaskCommands(CLI::App& tool, const Settings& settings);
 void AddUriCommand(CLI::App& tool, const Settings& settings);

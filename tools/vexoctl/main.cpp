@@ -49,14 +49,16 @@ constexpr char kDescriptorHelp[] =
     "  vexoctl -p NET,192.168.1.100 download file logo.bin\n"
     "  vexoctl --json uri COM3,9600\n"
     "  vexoctl ports\n"
+    "  vexoctl scan pos\n"
     "  vexoctl usb watch\n"
     "\n"
     "Results go to the standard output, failures to the standard error stream.\n"
     "Exit status: 0 success, 1 the operation failed, 2 the command line is wrong.";
 
 constexpr void (*kCommandFamilies[])(CLI::App& tool, const Settings& settings) = {
-    AddWidthCommands,    AddStatusCommand, AddFeedCommand, AddTaskCommands, AddPrintCommand,   AddMonitorCommand,
-    AddDownloadCommands, AddUriCommand,    AddUsbCommands, AddPortsCommand, AddConfigCommands, AddVersionCommand,
+    AddWidthCommands,  AddStatusCommand,    AddFeedCommand,    AddTaskCommands, AddPrintCommand,
+    AddMonitorCommand, AddDownloadCommands, AddUriCommand,     AddUsbCommands,  AddPortsCommand,
+    AddScanCommands,   AddConfigCommands,   AddVersionCommand,
 };
 
 std::string FamilyNameError(const std::string& name) {

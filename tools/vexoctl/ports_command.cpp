@@ -35,8 +35,8 @@ Result DescribePorts() {
 void AddPortsCommand(CLI::App& tool, const Settings& settings) {
   CLI::App* const command = tool.add_subcommand("ports", "Show the serial, parallel and USB ports of this machine");
   command->footer(
-      "Each line begins with the descriptor to give as -p. Printers on the network are not\n"
-      "shown, and whether a printer is connected to a serial or parallel port is not known.\n"
+      "Each line begins with the descriptor to give as -p. Whether a printer is connected to a\n"
+      "serial or parallel port is not known. Printers on the network are found by vexoctl scan.\n"
       "Examples:\n"
       "  vexoctl ports\n"
       "  vexoctl --json ports");
