@@ -11,6 +11,7 @@ packages=(
   googletest libbenchmark-dev                   # test framework (sources), native benchmarks
   libasio-dev libcli11-dev nlohmann-json3-dev   # the tools
   socat                                         # serial lines
+  iproute2                                      # networks to broadcast on
   python3                                       # counts of the test run, JSON checks
 )
 

@@ -37,7 +37,7 @@ for command in status feed monitor "task set 7" "task clear" "task reset" "task 
   usage_error "no printer for '$command'" "${command%% *} requires --port" $command
 done
 for command in "" width "width get" "width set" status feed task "task set" "task clear" "task reset" "task wait" \
-  print monitor uri usb "usb watch" version; do
+  print monitor uri usb "usb watch" scan "scan pos" version; do
   # shellcheck disable=SC2086 # Zero, one or two words.
   check "help for '${command:-vexoctl}'" 0 "like *Usage: vexoctl${command:+ $command} *Example*vexoctl *" "" \
     $command --help

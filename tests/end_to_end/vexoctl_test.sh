@@ -11,10 +11,11 @@ work=$(mktemp -d)
 source "$root/scripts/processes.sh"
 source "$root/tests/end_to_end/checks.sh"
 
-trap 'end_background; stop_printers; release_wine; rm -rf "$work"' EXIT
+cleanup=: # What a family of checks has to undo, however it ends.
+trap 'end_background; stop_printers; $cleanup; release_wine; rm -rf "$work"' EXIT
 hold_wine
 
-for family in ${CHECKS:-general width command_line status task print monitor download usb config serial}; do
+for family in ${CHECKS:-general width command_line status task print monitor download usb config serial scan}; do
   # shellcheck source=/dev/null
   source "$root/tests/end_to_end/${family}_checks.sh"
 done
