@@ -113,6 +113,13 @@ cmp "$traces/image" "$traces/kept/firmware-1.bin" || fail "the printer has anoth
 head -c 5000 "$traces/image" >"$traces/cut_image"
 expect 1 "" -p "$loading" download firmware "$traces/cut_image"
 
+title "A scan of the network: two more printers, and which of them are ready"
+start_printer build/host-release/bin/virtual_printer "$traces/found" --address 127.77.0.2 --port 9100 --discoverable --name TILL --count 2
+expect 0 "" scan pos --target 127.255.255.255 --time 500
+for name in TILL-1 TILL-2; do
+  grep -qE "^NET,127\.77\.0\.[23] +ready +$name " <<<"$answer" || fail "$name is not found"
+done
+
 title "What the first two printers saw (-> received, <- sent)"
 stop_printers
 printf '\nThe first one:\n'
