@@ -67,7 +67,7 @@ run_on_host_side() {
   ip netns exec "$host_side" env VEXO_WINEPREFIX="$work/host_prefix" LC_ALL=C "$root/scripts/wine.sh" "$vexoctl" "$@"
 }
 
-# finds_row FAMILY: the whole row answers a broadcast.
+# finds_row FAMILY PORT: the whole row answers a broadcast, which was sent from the port that it was sent to.
 finds_row() {
   local ok=no place
   for ((place = 0; place < row_length; ++place)); do
@@ -75,18 +75,21 @@ finds_row() {
   done | sort >"$work/expected"
   run_on_host_side scan "$1" >"$work/output" 2>"$errors" </dev/null || true
   WINEPREFIX=$work/host_prefix wineserver -w
-  sed -E 's/^(NET,[^ ]+ +ready +[^ ]+).* static +([0-9.]+ +[0-9.]+) .*/\1 \2/; s/ +/  /g' "$work/output" | sort >"$work/found"
+  sed -E 's/^(NET,[^ ]+ +ready +[^ ]+).* static +([0-9.]+ +[0-9.]+) .*/\1 \2/; s/ +/  /g' "$work/output" |
+    sort >"$work/found"
   ! cmp -s "$work/expected" "$work/found" || ok=yes
   record "$row_length printers answer scan $1" "$ok" "$work/output" "$errors"
+  until_line "$work/trace" "scan from 192\.168\.77\.2:$2$" "$row_length"
 }
 
 if make_network 2>"$work/network"; then
   make_host_prefix
   printf '#!/bin/sh\nexec ip netns exec %s "%s" "$@"\n' "$printer_side" "$virtual_printer" >"$work/printer_row"
   chmod +x "$work/printer_row"
-  start_printer "$work/printer_row" "$work/trace" --address 192.168.77.10 --port 9100 --discoverable --count "$row_length"
-  finds_row pos
-  finds_row label
+  start_printer "$work/printer_row" "$work/trace" --address 192.168.77.10 --port 9100 --trace \
+    --discoverable --count "$row_length"
+  finds_row pos 3289
+  finds_row label 6000
   stop_printers
 else
   echo "skipped - broadcasts, $(head -n 1 "$work/network")"
