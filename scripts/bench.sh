@@ -12,7 +12,7 @@ if [ -z "${VEXO_BENCH_BUILD:-}" ]; then
   cmake --preset windows-x64 --log-level=WARNING
 fi
 cmake --build "$build" \
-  --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark usb_benchmark \
+  --target transfer_benchmark load_benchmark report_benchmark monitor_benchmark scan_benchmark usb_benchmark \
   device_file_benchmark download_benchmark
 cmake --preset host-release --log-level=WARNING
 cmake --build build/host-release --target virtual_printer
@@ -26,7 +26,7 @@ start_printer build/host-release/bin/virtual_printer /dev/null --loader-delay 0 
 
 results=$(
   scripts/wine.sh "$build/bin/transfer_benchmark.exe" "${ports[@]}"
-  for benchmark in load report monitor usb; do
+  for benchmark in load report monitor scan usb; do
     scripts/wine.sh "$build/bin/${benchmark}_benchmark.exe"
   done
   tests/windows/run_serial_tests.sh "$PWD/scripts/wine.sh" "$build/bin/device_file_benchmark.exe"

@@ -11,7 +11,6 @@ namespace {
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kReady = "ready";
 constexpr size_t kAddressField = 0;
-constexpr size_t kStateField = 1;
 
 constexpr int kTcpPort = 9100;
 constexpr size_t kDescriptorSize = 64;
@@ -20,6 +19,16 @@ constexpr size_t kDescriptorSize = 64;
 constexpr size_t kFirstRepliedField = 10;
 constexpr size_t kFirstRepliedByte = 8;
 constexpr size_t kBytesPerAddress = 4;
+
+// What the second line says.
+bool IsReady(std::string_view answer) {
+  const size_t end = answer.find(kLineEnd);
+  if (end == std::string_view::npos) {
+    return false;
+  }
+  answer.remove_prefix(end + kLineEnd.size());
+  return answer.substr(0, answer.find(kLineEnd)) == kReady;
+}
 
 }  // namespace
 
@@ -70,7 +79,7 @@ void ScanRecord::AppendTo(std::string* text) const {
 }
 
 void ScanList::Add(std::string_view answer) {
-  if (SplitScanAnswer(answer)[kStateField] == kReady) {
+  if (IsReady(answer)) {
     records_.emplace_back(answer);
   }
 }
