@@ -24,7 +24,7 @@ TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
     const char* scenario;
     std::string answer;
     std::string list;
-  } kCases[] = {
+  } cases[] = {
       {"no answer", "", ""},
       {"one line", "ready", ""},
       {"other case", "10.0.0.1\r\nReady\r\n", ""},
@@ -42,7 +42,7 @@ TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
       {"just short enough", "a\r\nready\r\n" + line.substr(0, 234),
        "a;ready;" + line.substr(0, 234) + ";;;;;;;;;;;;;|"},
   };
-  for (const auto& test : kCases) {
+  for (const auto& test : cases) {
     SCOPED_TRACE(test.scenario);
     EXPECT_EQ(ListOf(test.answer), test.list);
   }
@@ -67,7 +67,7 @@ TEST(ScanAnswerTest, ReplyBringsTheAddressesItIsLongEnoughFor) {
   const struct {
     size_t length;
     const char* fields;
-  } kCases[] = {
+  } cases[] = {
       {0, "a;b"},
       {11, "a;b"},
       {12, "255.10.9.8;b"},
@@ -75,7 +75,7 @@ TEST(ScanAnswerTest, ReplyBringsTheAddressesItIsLongEnoughFor) {
       {16, "255.10.9.8;15.14.13.12"},
       {20, "255.10.9.8;15.14.13.12"},
   };
-  for (const auto& test : kCases) {
+  for (const auto& test : cases) {
     SCOPED_TRACE(test.length);
     ScanRecord record("x\r\nready\r\n\r\n\r\n\r\n\r\n\r\n\r\n\r\n\r\na\r\nb\r\nc");
     record.TakeReply(Bytes(reply.begin(), reply.begin() + static_cast<std::ptrdiff_t>(test.length)));
@@ -96,14 +96,14 @@ TEST(ScanAnswerTest, TextOfExactlyTheSizeHasItsZeroBehindIt) {
     int32_t size;
     int32_t result;
     const char* buffer;
-  } kCases[] = {
+  } cases[] = {
       {-1, VEXO_ERROR_BUFFER_TOO_SMALL, "#######"},
       {0, VEXO_ERROR_BUFFER_TOO_SMALL, "#######"},
       {4, VEXO_ERROR_BUFFER_TOO_SMALL, "#######"},
       {5, VEXO_OK, "a;b;|\0#"},
       {6, VEXO_OK, "a;b;|\0#"},
   };
-  for (const auto& test : kCases) {
+  for (const auto& test : cases) {
     SCOPED_TRACE(test.size);
     char buffer[8] = "#######";
     EXPECT_EQ(CopyScanText("a;b;|", buffer, test.size), test.result);
