@@ -63,7 +63,7 @@ scripts/prepare.sh
 
 title "The library and vexoctl, for Windows"
 cmake --preset windows-x64 --log-level=WARNING
-cmake --build --preset windows-x64 --target vexoextend vexoctl
+cmake --build --preset windows-x64 --target vexoextend vexoctl virtual_printer usb_device
 
 title "The virtual printer, for this machine"
 cmake --preset host-release --log-level=WARNING
@@ -98,6 +98,15 @@ title "A printer that takes everything and never answers"
 start_printer build/host-release/bin/virtual_printer "$traces/silent" --silent --trace
 expect 1 "" -p "NET,127.0.0.1,$printer_port" --timeout 500 width get
 grep -qE ': -332 .+' <<<"$answer" || fail "the failure is not a read timeout"
+
+title "The same over a serial line, and over USB"
+start_printer build/host-release/bin/virtual_printer "$traces/line" --serial "${VEXO_WINEPREFIX:-build/wineprefix}/dosdevices/com7"
+expect 0 576 -p COM7,115200 width get
+start_printer build/windows-x64/bin/virtual_printer.exe "$traces/usb" --pipe vexo_demo
+plug_usb build/windows-x64/bin/usb_device.exe "$traces/plugged" DEMO1 vexo_demo
+expect 0 "vexo:/dev/bus/USB/DEMO1" usb list
+expect 0 576 -p USB,DEMO1 width get
+unplug_usb
 
 title "Downloads: a font, then firmware; a third printer keeps what it is given"
 mkdir "$traces/kept"

@@ -44,6 +44,24 @@ open_printer_console() {
 # tell_printer WORD...: types a line at the console of the printer started last, which has the option --console.
 tell_printer() { echo "$*" >&"$printer_console"; }
 
+# plug_usb PROGRAM OUTPUT_FILE SERIAL [PIPE]: connects a USB printer of the maker's, whose device file is the named pipe,
+# by the program usb_device, until unplug_usb.
+plug_usb() {
+  local program=$1 output=$2
+  shift 2
+  : >"$output"
+  exec {usb_input}> >(exec "$scripts_folder/wine.sh" "$program" "$@" >"$output")
+  usb_pid=$!
+  until grep -q "plugged in" "$output"; do
+    kill -0 "$usb_pid" || return 1
+    sleep 0.05
+  done
+}
+unplug_usb() {
+  exec {usb_input}>&-
+  wait "$usb_pid"
+}
+
 # Ends all printers; their traces are complete then.
 stop_printers() {
   local pid

@@ -33,21 +33,11 @@ plug arrived abc123
 finished
 judge "event that cannot be written" 1 "" "like $watching"$'\n'"vexoctl: cannot write the result: 112 ?*"
 
-# plugged_in SERIAL [PIPE]: a USB printer of the maker's is connected, until unplug.
-plugged_in() {
-  : >"$work/plugged"
-  exec {usb_input}> >(exec "$root/scripts/wine.sh" "${vexoctl%/*}/usb_device.exe" "$@" >"$work/plugged")
-  usb_device_pid=$!
-  until_line "$work/plugged" "plugged in"
-}
-unplug() {
-  exec {usb_input}>&-
-  wait "$usb_device_pid" || record "pulling out" no
-}
+plug_in() { plug_usb "${vexoctl%/*}/usb_device.exe" "$work/plugged" "$@" || record "plugging in $*" no; }
 
 echo "# usb list, ports"
 succeeds "no printer" "no USB printers" usb list
-plugged_in ABC123
+plug_in ABC123
 succeeds "a printer" "vexo:/dev/bus/USB/ABC123
   name: MODEL
   serial: ABC123
@@ -60,4 +50,20 @@ registry='HKLM\HARDWARE\DEVICEMAP\SERIALCOMM'
 "$root/scripts/wine.sh" reg add "$registry" /v '\Device\Serial7' /d COM7 /f >/dev/null
 check "ports" 0 "like *COM7,9600  serial line; *"$'\n'"vexo:/dev/bus/USB/ABC123  USB printer MODEL" "" ports
 "$root/scripts/wine.sh" reg delete "$registry" /v '\Device\Serial7' /f >/dev/null
-unplug
+unplug_usb
+
+echo "# a printer on USB"
+usb_pipe=vexo_check_$$
+start_printer "${vexoctl%/*}/virtual_printer.exe" "$work/trace" --pipe "$usb_pipe" --job-time 50 --job-gap 10
+plug_in ABC123 "$usb_pipe"
+printf 'Total 9.99\n' >"$work/bill"
+succeeds "width over USB" 576 -p USB width get
+succeeds "width set on the printer with this serial number" 640 -p USB,ABC123 width set 640
+succeeds "width of the printer of this product" 640 -p USB,VID_0X1A2B,PID_0X0001 width get
+succeeds "job over USB" $'task 7 sent, 11 bytes\ntask 7 ended, value 0x00000000 (0)' \
+  -p vexo:/dev/bus/USB/ABC123 print "$work/bill" --task 7 --wait
+check "another product" 1 "" "like vexoctl: cannot open USB,VID_0X1A2B,PID_0X0002: -372 ?*" \
+  -p USB,VID_0X1A2B,PID_0X0002 width get
+unplug_usb
+check "printer that was pulled out" 1 "" "like vexoctl: cannot open USB: -372 ?*" -p USB width get
+stop_printers
