@@ -205,6 +205,12 @@ TEST_F(SerialPortTest, CarriesJobsAndAnswers) {
   EXPECT_EQ(ReadAvailable(port_, 2), Reading(VEXO_OK, 1, "z"));
 }
 
+TEST_F(SerialPortTest, SilenceIsAReadTimeout) {
+  ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 50, 10, 2000, 0}), VEXO_OK);
+  ASSERT_EQ(Open(kPlain), VEXO_OK);
+  EXPECT_EQ(Read(port_, 5), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 0, ""));
+}
+
 // What a host names "COM5,115200".
 TEST(SerialPortByDescriptor, IsOpenedByItsDescriptor) {
   VexoPort* port = nullptr;
