@@ -5,8 +5,8 @@
 # CHECKS names the families to run; default: all.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
-vexoctl=${1:-${VEXOCTL:-$root/build/windows-x64/bin/vexoctl.exe}}
-virtual_printer=${2:-${VIRTUAL_PRINTER:-$root/build/host-release/bin/virtual_printer}}
+vexoctl=$(realpath "${1:-${VEXOCTL:-$root/build/windows-x64/bin/vexoctl.exe}}")
+virtual_printer=$(realpath "${2:-${VIRTUAL_PRINTER:-$root/build/host-release/bin/virtual_printer}}")
 work=$(mktemp -d)
 source "$root/scripts/processes.sh"
 source "$root/tests/end_to_end/checks.sh"
