@@ -68,7 +68,7 @@ TransferResult OverlappedTransfer::Finish(BOOL started, DWORD wait_ms, OVERLAPPE
   if (GetOverlappedResult(device_, overlapped, &result.bytes, /*bWait=*/TRUE) == 0) {
     const DWORD error = GetLastError();
     const bool cancelled_by_us = result.timed_out && error == ERROR_OPERATION_ABORTED;
-    const bool ended_by_the_line = error == ERROR_TIMEOUT;  // Its own time limit is over: no failure, but no more bytes.
+    const bool ended_by_the_line = error == ERROR_TIMEOUT;  // Its own time limit: no failure, but no more bytes.
     if (!cancelled_by_us && !ended_by_the_line && result.error == ERROR_SUCCESS) {
       result.error = error;
     }
