@@ -1,0 +1,197 @@
+// What the C++ header adds to the exports: ownership, listeners, and the choice between exceptions and codes.
+#include "vexo/printer.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <list>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/report_frames.h"
+#include "support/scripted_drivers.h"
+#include "support/stream_port.h"
+
+namespace vexo {
+namespace {
+
+using Calls = std::vector<std::string>;
+
+class PrinterHpp : public ::testing::Test {
+ protected:
+  void SetUp() override { test::SetDriverScript({}); }
+  void TearDown() override {
+    test::SetDriverScript({});
+    EXPECT_EQ(0, test::LivingDrivers());
+  }
+};
+
+int ThrownBy(const std::function<void()>& call) {
+  try {
+    call();
+  } catch (const std::system_error& error) {
+    return error.code().value();
+  }
+  return 0;
+}
+
+TEST_F(PrinterHpp, FailuresAreThrownOrStored) {
+  std::error_code error;
+  const Printer none("FILE,x", &error);
+  EXPECT_EQ(VEXO_ERROR_NOT_SUPPORTED_PRINTER, error.value());
+  EXPECT_EQ(VEXO_ERROR_NOT_SUPPORTED_PRINTER, ThrownBy([] { const Printer printer("FILE,x"); }));
+
+  Printer printer("NET,192.168.1.100", &error);
+  EXPECT_FALSE(error);
+  EXPECT_EQ(VEXO_ERROR_IO_NOT_OPEN, ThrownBy([&] { printer.GetPrintWidth(); }));
+  test::SetDriverScript({0, VEXO_ERROR_IO_OPEN_FAILED});
+  try {
+    printer.Open();
+    FAIL();
+  } catch (const std::system_error& failure) {
+    EXPECT_STREQ("cannot open the printer: the printer cannot be connected to (-311)", failure.what());
+  }
+  EXPECT_FALSE(printer.is_open());
+
+  test::SetDriverScript({});
+  printer.Open(&error);
+  EXPECT_FALSE(error);
+  EXPECT_EQ(0U, printer.GetPrintWidth(&error));
+  EXPECT_EQ(std::error_code(VEXO_ERROR_IO_READ_TIMEOUT, ErrorCategory()), error);
+
+  test::DriverScript gone;
+  gone.on_write = [](const uint8_t*, uint32_t) { return 10054; };
+  test::SetDriverScript(gone);
+  printer.Write("receipt", &error);
+  EXPECT_EQ(std::error_code(10054, std::system_category()), error);
+}
+
+TEST_F(PrinterHpp, EachPortIsOpenedAsItsKindNeedsIt) {
+  static const struct {
+    const char* descriptor;
+    bool limited;  // Whether a time limit is set before Open.
+    Calls calls;
+  } kRows[] = {
+      {"NET,1.2.3.4", false, {"NET Close", "NET Open"}},
+      {"USB", false, {"USB Close", "USB Open"}},
+      {"COM1,9600", false, {}},  // Is open from the beginning.
+      {"COM1,9600", true, {"COM Close", "COM Close", "COM Open"}},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.descriptor);
+    Printer printer(row.descriptor);
+    Printer moved(std::move(printer));
+    EXPECT_FALSE(moved.is_open());
+    test::SetDriverScript({});
+    if (row.limited) {
+      moved.SetTimeLimit(std::chrono::milliseconds(500));
+    }
+    moved.Open();
+    EXPECT_EQ(row.calls, test::DriverCalls());
+    EXPECT_TRUE(moved.is_open());
+    EXPECT_EQ(0U, moved.uri().find("vexo:/dev/bus/"));
+  }
+}
+
+TEST_F(PrinterHpp, ExceptionOfAProgressListenerCancelsTheDownload) {
+  const std::string path = ::testing::TempDir() + "printer_hpp_file";
+  std::FILE* const file = std::fopen(path.c_str(), "wb");
+  ASSERT_NE(nullptr, file);
+  std::fputs("content", file);
+  std::fclose(file);
+  test::DriverScript ready;
+  ready.on_read = [](uint8_t* buffer, uint32_t) {
+    return static_cast<uint32_t>(std::string("OK").copy(reinterpret_cast<char*>(buffer), 2));
+  };
+  test::SetDriverScript(ready);
+  Printer printer("NET,1.2.3.4");
+  printer.Open();
+  std::error_code error;
+  int calls = 0;
+  EXPECT_THROW(printer.DownloadFile(
+                   path,
+                   [&](int32_t) {
+                     ++calls;
+                     throw std::runtime_error("the host has had enough");
+                   },
+                   &error),
+               std::runtime_error);
+  EXPECT_EQ(1, calls);
+  EXPECT_TRUE(printer.is_open());
+  EXPECT_EQ(VEXO_ERROR_PARAMETER, ThrownBy([&] { printer.DownloadFile(path + ".missing"); }));
+  std::remove(path.c_str());
+}
+
+// A printer of the host's own that reports jobs as they are put into `reports`.
+struct Reporter {
+  std::string reports;
+  test::StreamPort port{[this](size_t) { return std::exchange(reports, ""); }};
+};
+
+class JobMonitorHpp : public PrinterHpp {
+ protected:
+  // Lends the printer a port object that reports.
+  JobMonitorHpp() {
+    printer_.Open();
+    printers_own_ = std::exchange(printer_.handle()->port, &reporter_.port);
+  }
+  ~JobMonitorHpp() override { printer_.handle()->port = printers_own_; }
+
+  Reporter reporter_;
+  Printer printer_{"BUF"};
+  VexoPort* printers_own_;
+};
+
+TEST_F(JobMonitorHpp, EventsGoToTheListenerOrWaitToBeTaken) {
+  std::mutex mutex;
+  std::vector<JobEvent> heard;
+  JobMonitor monitor(printer_);
+  EXPECT_EQ(VEXO_ERROR_MONITOR_NOT_OPEN, ThrownBy([&] { monitor.SetTask(7); }));
+  monitor.SetListener([&](const JobEvent& event) {
+    const std::lock_guard<std::mutex> guard(mutex);
+    heard.push_back(event);
+    throw std::runtime_error("not the library's business");
+  });
+  reporter_.reports = test::Started("0007") + test::Ended("0007", 0xFFFFFFFE);
+  monitor.Start();
+  monitor.SetTask(7);
+  ASSERT_TRUE(test::Eventually([&] {
+    const std::lock_guard<std::mutex> guard(mutex);
+    return heard.size() == 2;
+  }));
+  EXPECT_FALSE(heard[0].ended);
+  EXPECT_EQ(7, heard[0].task);
+  EXPECT_TRUE(heard[1].ended);
+  EXPECT_EQ(0xFFFFFFFEU, heard[1].value);
+  EXPECT_FALSE(monitor.NextEvent());
+
+  monitor.Stop();
+  monitor.SetListener(nullptr);
+  reporter_.reports = test::Ended("0008", 5);
+  monitor.Start();
+  std::optional<JobEvent> event;
+  ASSERT_TRUE(test::Eventually([&] { return event || (event = monitor.NextEvent()); }));
+  EXPECT_EQ(8, event->task);
+  EXPECT_EQ(5U, event->value);
+}
+
+TEST_F(JobMonitorHpp, ListenersArePooled) {
+  for (int round = 0; round < 2; ++round) {
+    std::list<JobMonitor> monitors;
+    for (int i = 0; i < 64; ++i) {
+      monitors.emplace_back(printer_).SetListener([](const JobEvent&) {});
+    }
+    EXPECT_EQ(VEXO_ERROR_OUT_OF_MEMORY,
+              ThrownBy([&] { monitors.emplace_back(printer_).SetListener([](const JobEvent&) {}); }));
+    monitors.front().SetListener([](const JobEvent&) {});  // Takes the place of its own.
+  }
+  std::error_code error;
+  Printer closed("NET,1.2.3.4");
+  JobMonitor deaf(closed, JobMonitor::Family::kV1, &error);
+  EXPECT_EQ(VEXO_ERROR_IO_NOT_OPEN, error.value());
+}
+
+}  // namespace
+}  // namespace vexo
