@@ -10,6 +10,8 @@ packages=(
   clang clang-format clang-tidy libclang-rt-14-dev # fuzz targets, second set of warnings, lint
   googletest libbenchmark-dev                   # test framework (sources), native benchmarks
   libasio-dev libcli11-dev nlohmann-json3-dev   # the tools
+  llvm lld pkg-config                           # other linkers, and the package that they are given
+  doxygen                                       # API reference
   socat                                         # serial lines
   iproute2                                      # networks to broadcast on
   python3                                       # counts of the test run, JSON checks

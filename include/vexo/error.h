@@ -11,8 +11,9 @@
 #ifndef VEXO_ERROR_H_
 #define VEXO_ERROR_H_
 
+/** Result codes; see the file's description. */
 enum VexoResult {
-  VEXO_OK = 0,
+  VEXO_OK = 0, /**< Success. */
 
   /* General. */
   VEXO_ERROR_PARAMETER = -1,             /**< An argument is wrong: null, out of range, or not of the expected form. */

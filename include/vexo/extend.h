@@ -39,6 +39,8 @@ VEXO_API int32_t GetExtendVersion(char* buffer, uint32_t size);
 /**
  * Gives the latest failure that a job monitor function stored, on whatever thread it ran; 0 before the first one.
  * Neither reading nor a success resets it. The other functions of the library do not touch it.
+ *
+ * @return a code of error.h, or a positive error code of the system.
  */
 VEXO_API int32_t GetLastErrorCode(void);
 
@@ -65,14 +67,24 @@ VEXO_API int32_t GetLastErrorCode(void);
  */
 VEXO_API int32_t DiskPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 
-/** Opens a port on the imaging (scanner) interface of a USB device; otherwise as DiskPortOpen. */
+/**
+ * Opens a port on the imaging (scanner) interface of a USB device; otherwise as DiskPortOpen.
+ *
+ * @param handle     printer handle record, owned by the caller.
+ * @param descriptor port descriptor or device URI.
+ * @return as DiskPortOpen.
+ */
 VEXO_API int32_t ScannerPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 
 /**
  * Puts a port into a printer handle: a scanner gun on USB or on a serial line is opened; a port of any other kind is
  * only made, not opened, while portOpen becomes 1 all the same: its user calls handle->port->Open(handle->port). A gun
  * on USB is looked for among input devices, then ports and modems; a failure is that of the last of these searches.
- * Otherwise as DiskPortOpen; the codes of a serial port's Open are returned, too.
+ * Otherwise as DiskPortOpen.
+ *
+ * @param handle     printer handle record, owned by the caller.
+ * @param descriptor port descriptor or device URI.
+ * @return as DiskPortOpen; also the codes of a serial port's Open.
  */
 VEXO_API int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 
@@ -151,6 +163,7 @@ VEXO_API CVEXOPrinterReadHelper* GetReprintMonitorObj(void);
  * that is up to the read timeout). The printer is not told: close the work first. No other thread may use the object
  * any more.
  *
+ * @param monitor the monitor object, or NULL.
  * @return 0; -7002 null.
  * @throws std::system_error (a C++ exception, "resource deadlock would occur") on the reader thread itself, that is
  *         inside a callback; the thread ends, but the object is not freed.
@@ -161,6 +174,8 @@ VEXO_API int32_t DestroyReprintMonitorObj(CVEXOPrinterReadHelper* monitor);
  * Binds a printer to the monitor. The handle is borrowed: it must stay valid, with its port open, for the monitor's
  * lifetime; the monitor never opens or closes it.
  *
+ * @param monitor the monitor object.
+ * @param handle  printer handle with an open port, owned by the caller.
  * @return 0; -7002 null; -6 no printer handle, -309 port not open: the monitor then has no printer.
  */
 VEXO_API int32_t RegisterPrinter(CVEXOPrinterReadHelper* monitor, VexoPrinterHandle* handle);
@@ -169,25 +184,36 @@ VEXO_API int32_t RegisterPrinter(CVEXOPrinterReadHelper* monitor, VexoPrinterHan
  * Chooses the protocol family, before OpenReprintMonitorWork: 1 (at the start) for V1 commands and "report" frames, 0
  * for GS ( H commands and replies that begin with 0x37.
  *
+ * @param monitor the monitor object.
+ * @param type    0 or 1.
  * @return 0; -7002 null, or a type above 1, which changes nothing.
  */
 VEXO_API int32_t SelectSDKRepintType(CVEXOPrinterReadHelper* monitor, uint32_t type);
 
-/** Stores a delay time in milliseconds; 100 at the start. Nothing depends on it. @return 0; -7002 null. */
+/**
+ * Stores a delay time; 100 ms at the start. Nothing depends on it.
+ *
+ * @param monitor      the monitor object.
+ * @param milliseconds any value.
+ * @return 0; -7002 null.
+ */
 VEXO_API int32_t SetDelayTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds);
 
 /**
- * Sets how long a function waits for the printer's reply, in milliseconds; 1000 at the start. It is used in whole steps
- * of 20 ms, one look each; less than 20, or a negative time, looks once.
+ * Sets how long a function waits for the printer's reply; 1000 ms at the start. It is used in whole steps of 20 ms, one
+ * look each.
  *
+ * @param monitor      the monitor object.
+ * @param milliseconds the limit; less than 20, or a negative time, looks once.
  * @return 0; -7002 null.
  */
 VEXO_API int32_t SetReadTimeOut(CVEXOPrinterReadHelper* monitor, int64_t milliseconds);
 
 /**
- * Sets the pause of the reader thread between two looks at the printer, in milliseconds; 100 at the start. Only the
- * low 32 bits count, unsigned. 0 keeps the thread busy.
+ * Sets the pause of the reader thread between two looks at the printer; 100 ms at the start.
  *
+ * @param monitor      the monitor object.
+ * @param milliseconds the pause. Only the low 32 bits count, unsigned. 0 keeps the thread busy.
  * @return 0; -7002 null.
  */
 VEXO_API int32_t SetPollingTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds);
@@ -195,6 +221,7 @@ VEXO_API int32_t SetPollingTime(CVEXOPrinterReadHelper* monitor, int64_t millise
 /**
  * Switches job monitoring on in the printer and lets the reader thread listen. The printer does not confirm it.
  *
+ * @param monitor the monitor object.
  * @return 0; -7002 null; -6 no printer bound, -309 its port closed; -322 write timed out, twice; any other code of the
  *         port's write. After a failure, monitoring is as it was.
  */
@@ -204,6 +231,7 @@ VEXO_API int32_t OpenReprintMonitorWork(CVEXOPrinterReadHelper* monitor);
  * Switches job monitoring off and forgets all events, all received bytes and the task numbers. Family 0 waits for
  * 300 ms first.
  *
+ * @param monitor the monitor object.
  * @return as OpenReprintMonitorWork; after a failure, monitoring is as it was and nothing is forgotten.
  */
 VEXO_API int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor);
@@ -211,6 +239,7 @@ VEXO_API int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor);
 /**
  * Tells whether job monitoring is on: asks the printer (family 1) or the monitor itself (family 0).
  *
+ * @param monitor      the monitor object.
  * @param buffer       receives "on" or "off" without a terminating zero: pass a zeroed buffer of at least 4 bytes.
  * @param bufferLength its size in bytes.
  * @return 0; -7002 null or bufferLength 0; -7003 no answer (waits for up to 400 ms); -7007 the answer, or the word, is
@@ -222,8 +251,10 @@ VEXO_API int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* 
  * Takes the oldest job event that no callback received. Does not ask the printer: events arrive through the reader
  * thread. An answer that another thread still waits for is dropped by this.
  *
- * @param status receives 1 for a job that started, 2 for one that ended; not null.
- * @param value  receives the complement of the event's value when a job ended, and is untouched otherwise; may be null.
+ * @param monitor the monitor object.
+ * @param status  receives 1 for a job that started, 2 for one that ended; not null.
+ * @param value   receives the complement of the event's value when a job ended, and is untouched otherwise; may be
+ *                null.
  * @return the task number; 999 no event; 999 without storing it, and without writing *status, for an event of the other
  *         protocol family; -7002 null. (A task with number 999 is told from "no event" by *status.)
  */
@@ -232,7 +263,8 @@ VEXO_API int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* stat
 /**
  * Gives the next job a task number. No reply is awaited.
  *
- * @param taskId 1 to 9999.
+ * @param monitor the monitor object.
+ * @param taskId  1 to 9999.
  * @return 0; -7002 null, or a number out of range; not stored: -7101 monitoring is off, and the codes of sending as in
  *         OpenReprintMonitorWork.
  */
@@ -241,6 +273,7 @@ VEXO_API int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId)
 /**
  * Makes the printer drop its pending tasks, and waits for the answer: up to three times the read timeout.
  *
+ * @param monitor the monitor object.
  * @return 0; -7002 null; -7003 no answer; -7101 monitoring is off (not stored); codes of sending as in
  *         OpenReprintMonitorWork.
  */
@@ -249,18 +282,25 @@ VEXO_API int32_t SetClearPrintTask(CVEXOPrinterReadHelper* monitor);
 /**
  * Reads the printer's reprint status; monitoring need not be on. Waits for the read timeout at most.
  *
- * @param status receives the complement of the value that the printer reports; untouched on failure.
+ * @param monitor the monitor object.
+ * @param status  receives the complement of the value that the printer reports; untouched on failure.
  * @return 0; -7002 null; -7003 no answer; codes of sending as in OpenReprintMonitorWork.
  */
 VEXO_API int32_t GetDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status);
 
-/** Feeds paper to the next form; monitoring need not be on. @return 0; -7002 null; codes of sending. */
+/**
+ * Feeds paper to the next form; monitoring need not be on. No answer is awaited.
+ *
+ * @param monitor the monitor object.
+ * @return 0; -7002 null; codes of sending as in OpenReprintMonitorWork.
+ */
 VEXO_API int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor);
 
 /**
  * Makes the printer number its tasks anew.
  *
- * @param mode 1: waits for the answer, up to three times the read timeout. 0: does not wait and always gives -7003.
+ * @param monitor the monitor object.
+ * @param mode    1: waits for the answer, up to three times the read timeout. 0: does not wait and always gives -7003.
  * @return 0 (mode 1 only); -7002 null or mode above 1; -7003 no answer; -7101 monitoring is off (not stored); in mode 1
  *         codes of sending as in OpenReprintMonitorWork.
  */
@@ -272,6 +312,7 @@ VEXO_API int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_
  * monitor object; do not let one listen to the same printer meanwhile. Stores nothing for GetLastErrorCode, and a null
  * handle gives -6.
  *
+ * @param handle     printer handle with an open port.
  * @param timeMs     milliseconds to listen; 0 or less reads once.
  * @param text       receives the texts; all textLength bytes are zeroed first. No terminating zero is added beyond
  *                   that: pass one byte more than is expected.
@@ -289,7 +330,10 @@ VEXO_API int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeM
  * Adds a callback. Events go to all callbacks, in the order of their ids; as long as there is one, they are not kept
  * for GetStatusReport. Waits while events are being delivered on another thread.
  *
- * @param id receives the callback's id, which is its address: adding a function twice keeps it once, with the same id.
+ * @param monitor  the monitor object.
+ * @param callback the function to call, from whichever thread receives a report; not null.
+ * @param id       receives the callback's id, which is its address: adding a function twice keeps it once, with the
+ *                 same id.
  * @return 0; -7002 null.
  */
 VEXO_API int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCallback callback, int64_t* id);
@@ -298,6 +342,8 @@ VEXO_API int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCa
  * Removes a callback. When it returns on another thread than the one that delivers, the callback is not running and
  * will not be called again.
  *
+ * @param monitor the monitor object.
+ * @param id      the callback's id, from AddReprintMonitorFun.
  * @return 0, also when there is no such callback; -7002 null.
  */
 VEXO_API int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_t id);
@@ -365,7 +411,11 @@ VEXO_API int32_t downloadFile(VexoPrinterHandle* handle, const char* fileName, c
 /**
  * Downloads a font as downloadFile does a file, with packages of a size of the caller's choice.
  *
+ * @param handle     printer handle with an open port.
  * @param packetSize data bytes in a package, 1 to 65535. The last package is filled up with bytes of the one before.
+ * @param fileName   path of the file.
+ * @param reserved   not used.
+ * @param progress   as in downloadFile.
  * @return as downloadFile; -1 also for a bad packetSize, after the handle checks; a failure to write the restart
  *         command is returned, too ("Reboot device failed...").
  */
@@ -385,6 +435,8 @@ VEXO_API int32_t DownloadFontFile(VexoPrinterHandle* handle, int32_t packetSize,
  * An image whose last segment is longer than what is left of the file never ends: the download repeats "Successfully
  * distributed..." until setCancel. Check images before sending them.
  *
+ * @param handle     printer handle with an open port.
+ * @param fileName   path of the image.
  * @param descriptor names the port of the printer in its update mode; not null. It is looked at only when the printer
  * is in that mode: try out descriptors before.
  * @param progress   called with the share of body bytes sent in the size of the file, and with 100 after each body; may
@@ -401,6 +453,8 @@ VEXO_API int32_t DownloadFMWImg(VexoPrinterHandle* handle, const char* fileName,
  * The file name travels as given; of a name that does not fit the header block of 128 bytes beside the file's size the
  * first bytes do.
  *
+ * @param handle     printer handle with an open port.
+ * @param fileName   path of the file.
  * @param descriptor names the port of the printer in its loader, tried 20 times; "USB" stands for the USB printer with
  *                   the serial number of the current port; without one, for the first USB printer. The handle then
  *                   holds this port, closed at the end. Null: the printer is in its loader already.
@@ -478,6 +532,7 @@ VEXO_API int64_t AddUSBMonitor(USBMonitorCallback callback, void* context);
  * Removes a callback. When it returns on another thread than the monitor's, the callback is not running and will not be
  * called again.
  *
+ * @param callback the function, as it was given to AddUSBMonitor.
  * @return 1, also when there is no such callback.
  */
 VEXO_API int32_t RemoveUSBMonitor(USBMonitorCallback callback);
@@ -485,7 +540,7 @@ VEXO_API int32_t RemoveUSBMonitor(USBMonitorCallback callback);
 /**
  * Lists the USB printers that are connected now: one record each, separated by "|", in the system's order:
  *
- *   USB,<serial>;<serial>;<name>;<ids>;<port>;<location>
+ *     USB,<serial>;<serial>;<name>;<ids>;<port>;<location>
  *
  * - serial: the end of the device's instance id, twice. It opens the printer: "vexo:/dev/bus/USB/<serial>". A printer
  *   that has no serial number of its own has one of the system's, with "&" in it.
@@ -562,6 +617,12 @@ VEXO_API int32_t ScanPos(int64_t timeLimitMs, char* buffer, int32_t size, const 
  *
  * The question tells the first IPv4 address of this computer, which the system looks up first; the time limit begins
  * when the question is sent. Answers that contain "printer_message" are dropped: a broadcast comes back to its sender.
+ *
+ * @param timeLimitMs how long to wait for answers, in milliseconds.
+ * @param buffer      receives the result, as in ScanPos.
+ * @param size        size that the text without its terminating zero may have, as in ScanPos.
+ * @param target      IPv4 address that the question goes to.
+ * @return as ScanPos.
  */
 VEXO_API int32_t ScanLabel(int64_t timeLimitMs, char* buffer, int32_t size, const char* target);
 

@@ -57,6 +57,7 @@ typedef struct VexoPortTimeouts {
   uint32_t connect;         /**< TCP: limit of one connect attempt (two are made). File ports: kept, not used. */
 } VexoPortTimeouts;
 
+/** A port object; see its record below. */
 typedef struct VexoPort VexoPort;
 
 /**

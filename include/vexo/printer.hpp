@@ -132,6 +132,7 @@ class Printer {
     handle_->portOpen = 0;
   }
 
+  /** Whether the last Open succeeded, and no Close came after it. */
   bool is_open() const noexcept { return handle_->portOpen != 0; }
 
   /** Of the port, a VexoPortKind; -1 without a port. */
@@ -191,12 +192,14 @@ class Printer {
    * then leaves the function.
    */
 
+  /** In packages that the printer confirms; it restarts then. */
   void DownloadFile(const std::string& path, const ProgressListener& progress = nullptr,
                     std::error_code* error = nullptr) {
     Download("download a file", progress, error,
              [&](auto report) { return ::downloadFile(handle(), path.c_str(), nullptr, report); });
   }
 
+  /** @param packet_size data bytes in a package, 1 to 65535. */
   void DownloadFont(const std::string& path, int32_t packet_size, const ProgressListener& progress = nullptr,
                     std::error_code* error = nullptr) {
     Download("download a font", progress, error,
@@ -270,8 +273,8 @@ class Printer {
 
 /** A print job that started or ended. */
 struct JobEvent {
-  bool ended;
-  int32_t task;
+  bool ended;     /**< Or started. */
+  int32_t task;   /**< The number that the job was given. */
   uint32_t value; /**< Of an end, as the printer sent it; 0 at a start. */
 };
 
@@ -471,11 +474,11 @@ class UsbWatch {
 
 /** A USB printer that is connected now; texts are empty where the system tells nothing. */
 struct UsbPrinter {
-  std::string serial;
-  std::string name;
-  std::string ids; /**< "VID_1A2B&PID_0001". */
-  std::string port;
-  std::string location;
+  std::string serial;   /**< Opens it: `vexo:/dev/bus/USB/` and this. */
+  std::string name;     /**< The model. */
+  std::string ids;      /**< "VID_1A2B&PID_0001". */
+  std::string port;     /**< Of the system's printer driver, "USB001". */
+  std::string location; /**< The socket, "PORT_#0001.HUB_#0002". */
 };
 
 /** Lists the USB printers, 256 at most. */
