@@ -20,6 +20,8 @@ if(VEXO_SANITIZE)
 endif()
 
 if(MINGW)
-  # The products need no DLL beside the system's own.
-  add_link_options(-static -Wl,--gc-sections)
+  # The products need no DLL beside the system's own. Two builds of the same sources give the same bytes, wherever and
+  # whenever they are built: no time stamp, no name of a folder.
+  add_link_options(-static -Wl,--gc-sections -Wl,--no-insert-timestamp)
+  add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
 endif()

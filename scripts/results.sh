@@ -65,16 +65,6 @@ run_script() {
   fi
 }
 
-run_fuzzers() {
-  local fuzzer name
-  for fuzzer in build/host-fuzz/bin/*_fuzzer; do
-    name=$(basename "$fuzzer" _fuzzer)
-    mkdir -p "build/host-fuzz/corpus/$name"
-    run_step "fuzz $name for $1 s" "$fuzzer" -max_total_time="$1" -timeout=10 -rss_limit_mb=2048 \
-      -artifact_prefix="build/host-fuzz/" "build/host-fuzz/corpus/$name" "fuzz/seeds/$name"
-  done
-}
-
 print_summary() {
   local failure
   for failure in "${failures[@]+"${failures[@]}"}"; do

@@ -3,11 +3,14 @@
 #
 # The only command needed on a fresh machine: it installs what is missing. In order:
 #   format        every source file as .clang-format has it
+#   includes      in the direction of docs/architecture.md, system headers in their rooms alone
+#   API reference everything public is documented
 #   host-asan     the portable core under AddressSanitizer and UndefinedBehaviorSanitizer
 #   host-tsan     the same under ThreadSanitizer
-#   host-fuzz     the portable core with clang's warnings; each fuzz target for FUZZ_SECONDS (default 5)
+#   host-fuzz     the portable core with clang's warnings; each fuzz target for FUZZ_SECONDS (default 10)
 #   windows-x64   the DLL, its drivers and exports on real kernel objects, under Wine
 #   end to end    vexoctl and the virtual printer as separate processes
+#   package       what is installed; the examples, built against it; the same DLL from another build
 # Goes on after a failure and ends with a line "N passed, N failed".
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -17,6 +20,8 @@ source scripts/processes.sh
 scripts/prepare.sh || exit 1
 
 run_step format scripts/format.sh --check
+run_step includes scripts/check_includes.py
+run_step "API reference" scripts/docs.sh
 
 for preset in host-asan host-tsan; do
   if run_step "build $preset" build_preset "$preset"; then
@@ -25,13 +30,14 @@ for preset in host-asan host-tsan; do
 done
 
 if run_step "build host-fuzz" build_preset host-fuzz; then
-  run_fuzzers "${FUZZ_SECONDS:-5}"
+  run_script "fuzz targets" scripts/fuzz.sh "${FUZZ_SECONDS:-10}"
 fi
 
 if run_step "build windows-x64" build_preset windows-x64; then
   hold_wine || note_failure "Wine"
   run_tests windows-x64
   run_script "end to end" tests/end_to_end/vexoctl_test.sh build/windows-x64/bin/vexoctl.exe build/host-asan/bin/virtual_printer
+  run_script "package" tests/package/package_test.sh build/windows-x64 build/host-asan/bin/virtual_printer
   release_wine
 fi
 
