@@ -63,8 +63,9 @@ make_host_prefix() {
   cp -a "$prefix"/{ready,.update-timestamp,dosdevices,*.reg} "$work/host_prefix"
   ln -s "$prefix/drive_c" "$work/host_prefix/drive_c"
 }
+# The system holds some twenty answers for a program; one that gets the processor late would lose others.
 run_on_host_side() {
-  ip netns exec "$host_side" env VEXO_WINEPREFIX="$work/host_prefix" LC_ALL=C "$root/scripts/wine.sh" "$vexoctl" "$@"
+  ip netns exec "$host_side" nice -n -15 env VEXO_WINEPREFIX="$work/host_prefix" LC_ALL=C "$root/scripts/wine.sh" "$vexoctl" "$@"
 }
 
 # finds_row FAMILY PORT: the whole row answers a broadcast, which was sent from the port that it was sent to.

@@ -13,7 +13,7 @@ namespace {
 using asio::ip::address_v4;
 
 // Real printers never answer in the very same moment; the host's system would lose some of so many datagrams.
-constexpr std::chrono::milliseconds kAnswerSpread{1};
+constexpr std::chrono::milliseconds kAnswerSpread{2};
 
 TcpPorts PortsOf(const Options& options, const NetworkIdentity& identity) {
   return {address_v4(identity.address), options.port.value_or(0), options.loader_port};
