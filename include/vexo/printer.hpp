@@ -474,11 +474,19 @@ class UsbWatch {
 
 /** A USB printer that is connected now; texts are empty where the system tells nothing. */
 struct UsbPrinter {
-  std::string serial;   /**< Opens it: `vexo:/dev/bus/USB/` and this. */
+  std::string serial;   /**< Its own or, with "&" in it, one of the system's. */
   std::string name;     /**< The model. */
   std::string ids;      /**< "VID_1A2B&PID_0001". */
   std::string port;     /**< Of the system's printer driver, "USB001". */
   std::string location; /**< The socket, "PORT_#0001.HUB_#0002". */
+
+  /** What a Printer of it is made of; empty when nothing tells it from others. */
+  std::string descriptor() const {
+    if (!serial.empty()) {
+      return "vexo:/dev/bus/USB/" + serial;
+    }
+    return port.empty() ? "" : "USB," + port;
+  }
 };
 
 /** Lists the USB printers, 256 at most. */

@@ -1,11 +1,10 @@
 #include "vexoctl/network_scan.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <future>
-#include <string_view>
+#include <system_error>
+#include <utility>
 
-#include "vexo/error.h"
 #include "vexoctl/console_line.h"
 #include "vexoctl/console_text.h"
 #include "vexoctl/failure.h"
@@ -15,34 +14,16 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// A larger buffer in place of a second scan, which might find other printers.
-constexpr size_t kRecordSize = 256;
-constexpr size_t kMostPrinters = 4096;
-
 constexpr std::chrono::milliseconds kInterval(500);
 
-std::string_view TakeUntil(char separator, std::string_view* text) {
-  const std::string_view taken = text->substr(0, text->find(separator));
-  text->remove_prefix(std::min(taken.size() + 1, text->size()));
-  return taken;
-}
-
-// "<address>;ready;<field>;...;<field>"
-NetworkPrinter ParseRecord(std::string_view record) {
-  NetworkPrinter printer;
-  for (bool last = false; !last;) {
-    last = record.find(';') == std::string_view::npos;
-    printer.fields.push_back(Utf8FromPrinter(TakeUntil(';', &record)));
-  }
-  return printer;
-}
-
 // A printer that is in two of the networks answers in each.
-void AddPrinters(std::string_view records, std::vector<NetworkPrinter>* printers) {
-  while (!records.empty()) {
-    NetworkPrinter printer = ParseRecord(TakeUntil('|', &records));
+void AddPrinters(std::vector<vexo::NetworkPrinter> found, std::vector<vexo::NetworkPrinter>* printers) {
+  for (vexo::NetworkPrinter& printer : found) {
+    for (std::string& field : printer.fields) {
+      field = Utf8FromPrinter(field);
+    }
     const bool known = std::any_of(printers->begin(), printers->end(),
-                                   [&](const NetworkPrinter& other) { return other.fields == printer.fields; });
+                                   [&](const vexo::NetworkPrinter& other) { return other.fields == printer.fields; });
     if (!known) {
       printers->push_back(std::move(printer));
     }
@@ -51,7 +32,8 @@ void AddPrinters(std::string_view records, std::vector<NetworkPrinter>* printers
 
 std::string Seconds(std::chrono::milliseconds time) { return std::to_string((time.count() + 999) / 1000); }
 
-void ShowWhileItTakes(const std::future<int32_t>& scan, const std::string& target, std::chrono::milliseconds time) {
+void ShowWhileItTakes(const std::future<std::vector<vexo::NetworkPrinter>>& scan, const std::string& target,
+                      std::chrono::milliseconds time) {
   ConsoleLine line;
   const auto end = Clock::now() + time;
   while (scan.wait_for(kInterval) != std::future_status::ready) {
@@ -63,20 +45,16 @@ void ShowWhileItTakes(const std::future<int32_t>& scan, const std::string& targe
 
 }  // namespace
 
-std::vector<NetworkPrinter> ScanNetworks(ScanFunction scan, const std::vector<std::string>& targets,
-                                         std::chrono::milliseconds time) {
-  std::vector<NetworkPrinter> printers;
-  std::vector<char> records(kMostPrinters * kRecordSize + 1);
+std::vector<vexo::NetworkPrinter> ScanNetworks(vexo::NetworkScan scan, const std::vector<std::string>& targets,
+                                               std::chrono::milliseconds time) {
+  std::vector<vexo::NetworkPrinter> printers;
   for (const std::string& target : targets) {
-    std::future<int32_t> result = std::async(std::launch::async, [&] {
-      return scan(time.count(), records.data(), static_cast<int32_t>(records.size() - 1), target.c_str());
-    });
-    ShowWhileItTakes(result, target, time);
-    const int32_t code = result.get();
-    if (code != VEXO_ERROR_NO_PRINTER) {
-      Require(code, "cannot scan " + target);
-      AddPrinters(records.data(), &printers);
-    }
+    std::error_code error;
+    std::future<std::vector<vexo::NetworkPrinter>> found =
+        std::async(std::launch::async, [&] { return vexo::ScanNetwork(scan, time, target, &error); });
+    ShowWhileItTakes(found, target, time);
+    AddPrinters(found.get(), &printers);
+    Require(error.value(), "cannot scan " + target);
   }
   return printers;
 }

@@ -4,7 +4,6 @@ namespace vexoctl {
 namespace {
 
 constexpr int32_t kJobEnded = 2;
-constexpr int32_t kUsbRemoved = 1;
 
 }  // namespace
 
@@ -53,10 +52,10 @@ void PostJobEvent(int32_t event, int32_t task, uint32_t value) {
   AllNews().Post(news);
 }
 
-void PostUsbEvent(void* /*context*/, const char* device, int32_t event) {
+void PostUsbEvent(const std::string& device, bool removed) {
   News news;
   news.kind = News::Kind::kUsbEvent;
-  news.usb = {std::chrono::system_clock::now(), event == kUsbRemoved, device};
+  news.usb = {std::chrono::system_clock::now(), removed, device};
   AllNews().Post(news);
 }
 

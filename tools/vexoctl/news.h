@@ -70,8 +70,8 @@ NewsQueue& AllNews();
 // A MonitorCallback: posts the event to AllNews.
 void PostJobEvent(int32_t event, int32_t task, uint32_t value);
 
-// A USBMonitorCallback: the same for USB printers.
-void PostUsbEvent(void* context, const char* device, int32_t event);
+// The same for USB printers.
+void PostUsbEvent(const std::string& device, bool removed);
 
 }  // namespace vexoctl
 

@@ -20,9 +20,9 @@ Result DescribePorts() {
   for (const std::string& port : ParallelPorts()) {
     AddPort(port, "parallel", "parallel port", &result);
   }
-  for (const UsbPrinter& printer : ListUsbPrinters()) {
+  for (const vexo::UsbPrinter& printer : ListUsbPrinters()) {
     const std::string name = printer.name.empty() ? printer.ids : printer.name;
-    AddPort(printer.Descriptor().empty() ? "USB" : printer.Descriptor(), "usb", "USB printer " + name, &result);
+    AddPort(printer.descriptor().empty() ? "USB" : printer.descriptor(), "usb", "USB printer " + name, &result);
   }
   if (result.text.empty()) {
     result.text = "no ports\n";

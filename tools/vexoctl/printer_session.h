@@ -5,19 +5,16 @@
 #include <optional>
 #include <string>
 
-#include "vexo/printer.h"
+#include "vexo/printer.hpp"
 
 namespace vexoctl {
 
-// A printer handle and the port in it, given back on destruction.
+// A printer, whose failures are told with its descriptor.
 class PrinterSession {
  public:
   // Makes the port that a descriptor names. Printers are not contacted yet, but the device of a serial or USB port may
   // be opened already; that it cannot be opened is reported by Open only. Throws a Failure when there is no such port.
   explicit PrinterSession(const std::string& descriptor);
-  ~PrinterSession();
-  PrinterSession(const PrinterSession&) = delete;
-  PrinterSession& operator=(const PrinterSession&) = delete;
 
   // Opens the port, once. Throws a Failure.
   // @param time_limit for one connect, one write, an answer and a gap in it, in milliseconds; the port's own limits
@@ -25,20 +22,17 @@ class PrinterSession {
   void Open(std::optional<uint32_t> time_limit);
 
   // The canonical device URI, in the user's ANSI code page; empty for a buffer port.
-  std::string GetUri() const;
+  std::string GetUri() const { return printer_.uri(); }
 
   // Of the port, a VexoPortKind.
-  uint32_t kind() const { return handle_.port->kind; }
+  int32_t kind() const { return printer_.kind(); }
 
   // For the library's functions; valid as long as the session.
-  VexoPrinterHandle* handle() { return &handle_; }
+  VexoPrinterHandle* handle() { return printer_.handle(); }
 
  private:
-  void SetTimeLimit(uint32_t milliseconds);
-
-  std::string open_action_;  // "cannot open ...", for a failure.
-  VexoPrinterHandle handle_ = {};
-  int32_t first_open_ = 0;  // How the library fared with the device of a serial or USB port.
+  const std::string open_action_;  // "cannot open ...", for a failure.
+  vexo::Printer printer_;
 };
 
 }  // namespace vexoctl

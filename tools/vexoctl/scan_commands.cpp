@@ -56,14 +56,14 @@ std::string TableOf(const std::vector<Row>& rows) {
   return table;
 }
 
-Result DescribePrinters(const std::vector<NetworkPrinter>& printers) {
+Result DescribePrinters(const std::vector<vexo::NetworkPrinter>& printers) {
   Result result;
   result.json = {{"printers", nlohmann::ordered_json::array()}};
   std::vector<Row> rows;
-  for (const NetworkPrinter& printer : printers) {
-    rows.push_back({printer.Descriptor()});
+  for (const vexo::NetworkPrinter& printer : printers) {
+    rows.push_back({printer.descriptor()});
     rows.back().insert(rows.back().end(), printer.fields.begin() + 1, printer.fields.end());
-    result.json["printers"].push_back({{"descriptor", printer.Descriptor()}, {"fields", printer.fields}});
+    result.json["printers"].push_back({{"descriptor", printer.descriptor()}, {"fields", printer.fields}});
   }
   result.text = printers.empty() ? "no printers answered\n" : TableOf(rows);
   return result;
@@ -73,14 +73,14 @@ std::string TargetError(const std::string& text) {
   return IsIpv4Address(text) ? "" : "'" + Utf8FromAnsi(text) + "' is not an IPv4 address";
 }
 
-void Scan(ScanFunction scan, const ScanOptions& options, const Settings& settings) {
+void Scan(vexo::NetworkScan scan, const ScanOptions& options, const Settings& settings) {
   const std::vector<std::string> targets =
       options.target->count() > 0 ? std::vector<std::string>{options.target->as<std::string>()} : BroadcastAddresses();
   const std::chrono::milliseconds time(options.time->count() > 0 ? options.time->as<uint32_t>() : kDefaultTime);
   PrintResult(DescribePrinters(ScanNetworks(scan, targets, time)), settings);
 }
 
-void AddScan(CLI::App* family, const std::string& name, const std::string& description, ScanFunction scan,
+void AddScan(CLI::App* family, const std::string& name, const std::string& description, vexo::NetworkScan scan,
              const Settings& settings) {
   CLI::App* const command = family->add_subcommand(name, description);
   ScanOptions options{};

@@ -11,15 +11,15 @@ nlohmann::ordered_json OrNull(const std::string& text) {
   return text.empty() ? nlohmann::ordered_json(nullptr) : nlohmann::ordered_json(text);
 }
 
-Result DescribePrinters(const std::vector<UsbPrinter>& printers) {
+Result DescribePrinters(const std::vector<vexo::UsbPrinter>& printers) {
   Result result;
   result.json = {{"printers", nlohmann::ordered_json::array()}};
-  for (const UsbPrinter& printer : printers) {
-    result.text += (result.text.empty() ? "" : "\n") + OrUnknown(printer.Descriptor()) +
+  for (const vexo::UsbPrinter& printer : printers) {
+    result.text += (result.text.empty() ? "" : "\n") + OrUnknown(printer.descriptor()) +
                    "\n  name: " + OrUnknown(printer.name) + "\n  serial: " + OrUnknown(printer.serial) +
                    "\n  ids: " + OrUnknown(printer.ids) + "\n  port: " + OrUnknown(printer.port) +
                    "\n  location: " + OrUnknown(printer.location) + "\n";
-    result.json["printers"].push_back({{"descriptor", OrNull(printer.Descriptor())},
+    result.json["printers"].push_back({{"descriptor", OrNull(printer.descriptor())},
                                        {"name", OrNull(printer.name)},
                                        {"serial", OrNull(printer.serial)},
                                        {"ids", OrNull(printer.ids)},

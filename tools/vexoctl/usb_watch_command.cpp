@@ -2,8 +2,9 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <system_error>
 
-#include "vexo/extend.h"
+#include "vexo/printer.hpp"
 #include "vexoctl/console_text.h"
 #include "vexoctl/failure.h"
 #include "vexoctl/interrupt.h"
@@ -15,22 +16,6 @@
 
 namespace vexoctl {
 namespace {
-
-// As long as one exists, USB printers that come and go are news.
-class UsbWatch {
- public:
-  UsbWatch() {
-    const int64_t added = AddUSBMonitor(PostUsbEvent, nullptr);
-    Require(added < 0 ? static_cast<int32_t>(added) : VEXO_OK, kAction);
-    Require(StartUSBMonitorThread(), kAction);
-  }
-  ~UsbWatch() { StopUSBMonitorThread(); }
-  UsbWatch(const UsbWatch&) = delete;
-  UsbWatch& operator=(const UsbWatch&) = delete;
-
- private:
-  static constexpr char kAction[] = "cannot watch for USB printers";
-};
 
 Result DescribeEvent(const UsbEvent& event) {
   const std::string time = TimeOfDay(event.time);
@@ -44,7 +29,9 @@ Result DescribeEvent(const UsbEvent& event) {
 
 void Watch(ListeningLimits limits, const Settings& settings) {
   const InterruptWatch interrupts;
-  const UsbWatch watch;
+  std::error_code error;
+  const vexo::UsbWatch watch(PostUsbEvent, &error);
+  Require(error.value(), "cannot watch for USB printers");
   std::optional<Deadline> end;
   if (limits.time) {
     end = std::chrono::steady_clock::now() + *limits.time;
