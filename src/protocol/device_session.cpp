@@ -142,7 +142,7 @@ int32_t DeviceSession::Disconnect() {
     return RecordWithMessage(VEXO_ERROR_HANDLE);
   }
   UnlockUnlessUsb(&lock, descriptor_);
-  const int32_t result = RecordWithMessage(PrinterConnection(own_handle_.get()).Close());
+  const int32_t result = RecordWithMessage(PrinterConnection(own_handle_.get()).ClosePort());
   GiveBackPrinter();
   return result;
 }

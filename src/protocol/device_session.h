@@ -29,7 +29,8 @@ class DeviceSession {
   // result.
   int32_t Connect(const std::string& model_name, const std::string& descriptor);
 
-  // 0; -6: there is no handle, or it is damaged; -309: its port was closed by others. The handle is gone in any case.
+  // 0; -6: there is no handle, or it is damaged; -309: its port was closed by others; else the code of closing the
+  // port. The handle is gone in any case.
   int32_t Disconnect();
 
   // Writes the bytes, again and again while the printer takes none in time (-322): a printer without paper may need

@@ -69,6 +69,8 @@ int32_t PrinterConnection::GetUri(char* buffer, size_t size) const {
   return Call(&VexoPort::GetUri, buffer, static_cast<uint32_t>(size), &length);
 }
 
+int32_t PrinterConnection::ClosePort() const { return Call(&VexoPort::Close); }
+
 int32_t PrinterConnection::Close() const {
   int32_t error = VEXO_OK;
   VexoPort* const port = FindOpenPort(handle_, &error);

@@ -35,6 +35,9 @@ class PrinterConnection {
   // Marks the handle closed, then closes the port. What the port's Close returns does not matter: 0, -6 or -309.
   int32_t Close() const;
 
+  // The port's Close alone, with what it returns: for a handle that is given up right after it.
+  int32_t ClosePort() const;
+
  private:
   template <typename Entry, typename... Arguments>
   int32_t Call(Entry VexoPort::*entry, Arguments... arguments) const;

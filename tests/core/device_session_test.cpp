@@ -29,6 +29,7 @@ using Sleeps = std::vector<uint32_t>;
 
 const std::string kModel = "KM451";
 const std::string kNet = "NET,192.168.100.200,9100";
+constexpr int32_t kClosed = 5;  // What fake devices say to it.
 
 std::string UsbPrinter(const std::string& parameters) { return "vexo:/dev/bus/USB/DEVICE?" + parameters; }
 
@@ -105,11 +106,12 @@ TEST_F(Session, AsksAPrinterAndLeavesIt) {
   EXPECT_EQ(0, session.Connect("another", "LPT1")) << "the last result, and nothing else";
   EXPECT_EQ(kNet, session.descriptor());
   test::SetDriverScript({});
-  EXPECT_EQ(0, session.Disconnect());
+  EXPECT_EQ(kClosed, session.Disconnect());
+  EXPECT_EQ(kClosed, session.last_result());
   EXPECT_EQ("NET Close", test::DriverCalls().front());
   EXPECT_FALSE(session.IsConnected());
   EXPECT_EQ(nullptr, session.handle());
-  EXPECT_EQ("The operation completed successfully.", session.message());
+  EXPECT_EQ("5", session.message());
 }
 
 TEST_F(Session, WithoutAPrinterNothingWorks) {
@@ -297,7 +299,7 @@ TEST_F(Session, UsbPrinterTellsWhoItIs) {
     ASSERT_EQ(0, session.Connect(kModel, UsbPrinter(row.parameters)));
     EXPECT_EQ(row.serial_number, session.serial_number());
     EXPECT_EQ(row.device_identifier, session.device_identifier());
-    EXPECT_EQ(0, session.Disconnect());
+    EXPECT_EQ(kClosed, session.Disconnect());
   }
   ASSERT_EQ(0, session.Connect(kModel, UsbPrinter("sn=1+deviceid=#2")));
   session.Disconnect();
@@ -343,14 +345,14 @@ TEST_F(Session, SessionsDoNotNeedEachOthersTables) {
   DeviceSession third;
   ASSERT_EQ(0, first.Connect(kModel, kNet));
   ASSERT_EQ(0, second.Connect("KM452", kNet));
-  EXPECT_EQ(0, first.Disconnect());
+  EXPECT_EQ(kClosed, first.Disconnect());
   EXPECT_EQ(nullptr, LoadedSdkConfig());
   EXPECT_EQ("KM452", ViewText(static_cast<ModelHandle*>(second.handle())->info.model_name));
   EXPECT_EQ(0, second.Send(BytesOf("a")));
   EXPECT_EQ(-8, third.Connect("KM4", kNet));
   EXPECT_EQ(0, third.Connect(kModel, kNet));
-  EXPECT_EQ(0, second.Disconnect());
-  EXPECT_EQ(0, third.Disconnect());
+  EXPECT_EQ(kClosed, second.Disconnect());
+  EXPECT_EQ(kClosed, third.Disconnect());
 }
 
 TEST_F(Session, ManyAtOnce) {
