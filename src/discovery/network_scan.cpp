@@ -102,11 +102,20 @@ bool AwaitAnswer(const platform::ScopedSocket& socket, int64_t limit_ms) {
   return select(0, &readable, nullptr, nullptr, &limit) > 0;
 }
 
+constexpr int kNoneYet = -2;
+
+// The length of the next answer of at most kLongestAnswer bytes, kNoneYet, or SOCKET_ERROR.
+int ReceiveNow(const platform::ScopedSocket& socket, char* buffer) {
+  const int received = recvfrom(socket.get(), buffer, kLongestAnswer, 0, nullptr, nullptr);
+  return received == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK ? kNoneYet : received;
+}
+
 // Calls `take` with each answer. The buffer is not cleared in between: printers that leave the zero off the end of
 // their answers have always been read so, and hosts know their records that way.
 //
 // The socket's buffer is small, and every printer of a network answers at once. So answers are taken one after the
-// other for as long as there are any; only then is the next one waited for.
+// other for as long as there are any; only then is the next one waited for. One that ended the waiting is taken even if
+// this thread gets to run only after the limit: it came in time.
 template <typename Take>
 void Receive(const platform::ScopedSocket& socket, int64_t time_limit_ms, Take take) {
   u_long without_waiting = TRUE;
@@ -114,11 +123,16 @@ void Receive(const platform::ScopedSocket& socket, int64_t time_limit_ms, Take t
   char buffer[kLongestAnswer + 1] = {};
   const Countdown countdown(time_limit_ms);
   for (int64_t left = countdown.LeftMs(); left >= 1; left = countdown.LeftMs()) {
-    const int received = recvfrom(socket.get(), buffer, kLongestAnswer, 0, nullptr, nullptr);
-    const bool none_yet = received == SOCKET_ERROR && WSAGetLastError() == WSAEWOULDBLOCK;
+    int received = ReceiveNow(socket, buffer);
+    if (received == kNoneYet) {
+      if (!AwaitAnswer(socket, left)) {
+        return;
+      }
+      received = ReceiveNow(socket, buffer);
+    }
     if (received > 0) {
       take(std::string_view(buffer));
-    } else if (!none_yet || !AwaitAnswer(socket, left)) {
+    } else if (received != kNoneYet) {
       return;
     }
   }
