@@ -9,7 +9,7 @@
 #include "support/allocation_faults.h"
 #include "support/scripted_port.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 class BufferPortTest : public ::testing::Test {
@@ -22,7 +22,7 @@ class BufferPortTest : public ::testing::Test {
 
   int32_t Write(const std::string& text, uint32_t failing_allocation = 0) {
     uint32_t written = 99;
-    test::AllocationFault fault(failing_allocation);
+    AllocationFault fault(failing_allocation);
     const auto* const bytes = reinterpret_cast<const uint8_t*>(text.data());
     const int32_t result = port_->Write(port_, bytes, 0, static_cast<uint32_t>(text.size()), &written);
     EXPECT_EQ(result == 0 ? text.size() : 0, written);
@@ -43,7 +43,7 @@ TEST_F(BufferPortTest, ReadingTakesNothingAwayButCheckOpenAndOpenStartANewJob) {
   Write("first ");
   Write("second");
   EXPECT_EQ("first second", Content());
-  EXPECT_EQ(0, port_->Write(port_, test::BytesOf("0123456789").data(), 3, 4, nullptr));
+  EXPECT_EQ(0, port_->Write(port_, BytesOf("0123456789").data(), 3, 4, nullptr));
   EXPECT_EQ("first second3456", Content());
   EXPECT_EQ(0, port_->CheckOpen(port_));
   EXPECT_EQ("", Content());
@@ -70,7 +70,7 @@ TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
     EXPECT_EQ(content, Content());
   }
   EXPECT_EQ(0, port_->Close(port_));
-  test::AllocationFault fault(1);
+  AllocationFault fault(1);
   EXPECT_EQ(-9, port_->Open(port_));
 }
 
@@ -110,4 +110,4 @@ TEST_F(BufferPortTest, HasNoTimeLimitsNoSettings) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -21,10 +21,9 @@
 #include "support/scripted_port.h"
 #include "support/virtual_clock.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
-using test::BytesOf;
 using Sleeps = std::vector<uint32_t>;
 
 const std::string kModel = "KM451";
@@ -34,8 +33,8 @@ constexpr int32_t kClosed = 5;  // What fake devices say to it.
 std::string UsbPrinter(const std::string& parameters) { return "vexo:/dev/bus/USB/DEVICE?" + parameters; }
 
 // A printer that sends these pieces, one at each read.
-test::DriverScript Sending(std::deque<std::string> pieces) {
-  test::DriverScript script;
+DriverScript Sending(std::deque<std::string> pieces) {
+  DriverScript script;
   script.on_read = [pieces = std::make_shared<std::deque<std::string>>(std::move(pieces))](uint8_t* buffer, uint32_t) {
     if (pieces->empty()) {
       return 0U;
@@ -51,24 +50,24 @@ test::DriverScript Sending(std::deque<std::string> pieces) {
 class Session : public ::testing::Test {
  protected:
   void SetUp() override {
-    test::SetDriverScript({});
-    test::SetClock(0);
+    SetDriverScript({});
+    SetClock(0);
   }
 
   void TearDown() override {
     ExpectNothingHeld();
-    test::SetDriverScript({});
-    test::RemoveOwnFile();
+    SetDriverScript({});
+    RemoveOwnFile();
   }
 
   void ExpectNothingHeld() {
     EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(0, test::OpenDevices());
-    EXPECT_EQ(drivers_before_, test::LivingDrivers());
+    EXPECT_EQ(0, OpenDevices());
+    EXPECT_EQ(drivers_before_, LivingDrivers());
     EXPECT_EQ(nullptr, LoadedSdkConfig());
   }
 
-  const int32_t drivers_before_ = test::LivingDrivers();
+  const int32_t drivers_before_ = LivingDrivers();
 };
 
 TEST_F(Session, AsksAPrinterAndLeavesIt) {
@@ -83,12 +82,12 @@ TEST_F(Session, AsksAPrinterAndLeavesIt) {
   EXPECT_STREQ("", session.serial_number());
 
   std::string written;
-  test::DriverScript script = Sending({"abc", "", "def"});
+  DriverScript script = Sending({"abc", "", "def"});
   script.on_write = [&written](const uint8_t* bytes, uint32_t length) {
     written.append(bytes, bytes + length);
     return 0;
   };
-  test::SetDriverScript(script);
+  SetDriverScript(script);
   EXPECT_EQ(0, session.Send(BytesOf("\x12"
                                     "CER")));
   EXPECT_EQ(
@@ -101,14 +100,14 @@ TEST_F(Session, AsksAPrinterAndLeavesIt) {
   EXPECT_EQ(BytesOf("abc"), session.received());
   EXPECT_EQ(0, session.Receive());
   EXPECT_EQ(BytesOf("abcdef"), session.received());
-  EXPECT_EQ(Sleeps{}, test::RecordedSleeps());
+  EXPECT_EQ(Sleeps{}, RecordedSleeps());
 
   EXPECT_EQ(0, session.Connect("another", "LPT1")) << "the last result, and nothing else";
   EXPECT_EQ(kNet, session.descriptor());
-  test::SetDriverScript({});
+  SetDriverScript({});
   EXPECT_EQ(kClosed, session.Disconnect());
   EXPECT_EQ(kClosed, session.last_result());
-  EXPECT_EQ("NET Close", test::DriverCalls().front());
+  EXPECT_EQ("NET Close", DriverCalls().front());
   EXPECT_FALSE(session.IsConnected());
   EXPECT_EQ(nullptr, session.handle());
   EXPECT_EQ("5", session.message());
@@ -123,14 +122,14 @@ TEST_F(Session, WithoutAPrinterNothingWorks) {
     EXPECT_EQ(-6, operation());
     EXPECT_EQ(-6, session.last_result());
   }
-  EXPECT_EQ(Sleeps{}, test::RecordedSleeps());
+  EXPECT_EQ(Sleeps{}, RecordedSleeps());
   EXPECT_EQ(0, session.Connect(kModel, kNet)) << "an earlier failure is no obstacle";
 }
 
 TEST_F(Session, FailedConnectionLeavesNothing) {
   const struct {
     std::string model, descriptor;
-    test::DriverScript script;
+    DriverScript script;
     int32_t code;
     std::string message;
   } rows[] = {
@@ -146,12 +145,12 @@ TEST_F(Session, FailedConnectionLeavesNothing) {
     DeviceSession session;
     int64_t living_bytes[2];
     for (int64_t& bytes : living_bytes) {  // The first time what stays for good is made.
-      test::SetDriverScript(row.script);
+      SetDriverScript(row.script);
       for (int round = 0; round < 1000; ++round) {
         ASSERT_EQ(row.code, session.Connect(row.model, row.descriptor));
       }
-      test::SetDriverScript({});
-      bytes = test::LivingBytes();
+      SetDriverScript({});
+      bytes = LivingBytes();
     }
     EXPECT_EQ(living_bytes[0], living_bytes[1]) << row.code;
     EXPECT_EQ(row.code, session.last_result());
@@ -165,14 +164,14 @@ TEST_F(Session, FailedConnectionLeavesNothing) {
 }
 
 TEST_F(Session, LackOfMemoryIsACodeAndLeavesNothing) {
-  test::SetOwnFile("file");
+  SetOwnFile("file");
   const std::string model = kModel + std::string();
   const std::string descriptor = UsbPrinter("sn=12345678901234567890");
   const std::function<int32_t(DeviceSession&)> operations[] = {
       [&](DeviceSession& session) { return session.Connect(model, descriptor); },
       [&](DeviceSession& session) { return session.Receive(); },
   };
-  test::SetDriverScript(Sending(std::deque<std::string>(100, "reply")));
+  SetDriverScript(Sending(std::deque<std::string>(100, "reply")));
   int failures = 0;
   for (const auto& operation : operations) {
     for (uint32_t nth = 1;; ++nth) {
@@ -180,7 +179,7 @@ TEST_F(Session, LackOfMemoryIsACodeAndLeavesNothing) {
       if (&operation != operations) {
         ASSERT_EQ(0, session.Connect(model, descriptor));
       }
-      test::AllocationFault fault(nth);
+      AllocationFault fault(nth);
       const int32_t result = operation(session);
       const bool struck = fault.Lift();
       if (!struck) {
@@ -205,7 +204,7 @@ TEST_F(Session, WordsForAFailureAreGivenUpBeforeItsCode) {
   bool struck = true;
   for (uint32_t nth = 1; struck; ++nth) {
     DeviceSession session;
-    test::AllocationFault fault(nth);
+    AllocationFault fault(nth);
     const int32_t result = session.Connect(model, kNet);
     struck = fault.Lift();
     EXPECT_TRUE(result == -8 || (struck && result == -9)) << result;
@@ -223,18 +222,18 @@ TEST_F(Session, SendsUntilThePrinterTakesTheBytes) {
     DeviceSession session;
     ASSERT_EQ(0, session.Connect(kModel, kNet));
     int writes = 0;
-    test::DriverScript script;
+    DriverScript script;
     script.on_write = [&](const uint8_t* bytes, uint32_t length) {
       EXPECT_EQ("CER", std::string(bytes, bytes + length));
       return ++writes <= row.timeouts ? -322 : row.end;
     };
-    test::SetDriverScript(script);
-    test::SetClock(0);
+    SetDriverScript(script);
+    SetClock(0);
     EXPECT_EQ(row.end, session.Send(BytesOf("CER")));
     EXPECT_EQ(row.end, session.last_result());
     EXPECT_EQ(row.end == 0, session.message().empty());
     EXPECT_EQ(row.timeouts + 1, writes);
-    EXPECT_EQ(Sleeps(static_cast<size_t>(row.timeouts), 100), test::RecordedSleeps());
+    EXPECT_EQ(Sleeps(static_cast<size_t>(row.timeouts), 100), RecordedSleeps());
   }
 }
 
@@ -257,11 +256,11 @@ TEST_F(Session, WaitsForAReply) {
     if (row.pause != 20) {
       session.set_pause(row.pause);
     }
-    test::SetDriverScript(Sending(row.pieces));
-    test::SetClock(0);
+    SetDriverScript(Sending(row.pieces));
+    SetClock(0);
     EXPECT_EQ(0, session.Receive());
     EXPECT_EQ(BytesOf(row.received), session.received());
-    EXPECT_EQ(row.sleeps, test::RecordedSleeps());
+    EXPECT_EQ(row.sleeps, RecordedSleeps());
   }
 }
 
@@ -329,13 +328,13 @@ TEST_F(Session, ExternalHandleIsOnlyMarked) {
     session.set_external_handle(false);
     EXPECT_EQ(0, session.Connect(kModel, descriptor));
   }
-  test::SetDriverScript({});
+  SetDriverScript({});
   {
     DeviceSession session;
     session.set_external_handle(true);
     session.Connect(kModel, kNet);
   }
-  EXPECT_TRUE(test::DriverCalls().empty());
+  EXPECT_TRUE(DriverCalls().empty());
 }
 
 // The first session that loads the tables counts as their only user: the others must not mind losing them.
@@ -358,7 +357,7 @@ TEST_F(Session, SessionsDoNotNeedEachOthersTables) {
 TEST_F(Session, ManyAtOnce) {
   std::string models = "[\n[\n600,,KM600\n";
   EncodeConfigText(&models);
-  test::SetOwnFile(models);
+  SetOwnFile(models);
   std::atomic<int> failures{0};
   std::vector<std::thread> threads(4);
   for (size_t i = 0; i < threads.size(); ++i) {
@@ -381,7 +380,7 @@ TEST_F(Session, ManyAtOnce) {
 TEST_F(Session, UsbSessionIsSharedByThreads) {
   std::atomic<int> at_work{0};
   std::atomic<int> overlaps{0};
-  test::DriverScript script;
+  DriverScript script;
   script.during = [&](const std::string& call) {
     if (call == "USB Transfer") {
       overlaps += at_work++;
@@ -393,7 +392,7 @@ TEST_F(Session, UsbSessionIsSharedByThreads) {
     *buffer = 'r';
     return 1U;
   };
-  test::SetDriverScript(script);
+  SetDriverScript(script);
   DeviceSession session;
   std::vector<std::thread> threads(4);
   for (size_t i = 0; i < threads.size(); ++i) {
@@ -417,4 +416,4 @@ TEST_F(Session, UsbSessionIsSharedByThreads) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

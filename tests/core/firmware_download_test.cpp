@@ -11,15 +11,15 @@
 #include "support/scripted_port.h"
 #include "support/virtual_clock.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 constexpr size_t kHeaderSize = 76;
 
 Bytes Segment(uint32_t length, size_t body_size) {
-  Bytes segment = test::FileContent(kHeaderSize);
+  Bytes segment = FileContent(kHeaderSize);
   StoreLittleEndian32(segment.data() + 4, length);
-  Append(&segment, test::FileContent(body_size));
+  Append(&segment, FileContent(body_size));
   return segment;
 }
 
@@ -38,7 +38,7 @@ off_t TraceSize() {
   return status.st_size;
 }
 
-class FirmwareDownloadTest : public test::DownloadTest {
+class FirmwareDownloadTest : public DownloadTest {
  protected:
   Result Download(const Bytes& image, const char* descriptor = "NET,dfu") {
     const std::string name = MakeFile(image);
@@ -66,8 +66,8 @@ TEST_F(FirmwareDownloadTest, ConnectsAnewForEachSegment) {
                 "Download firmware complete...\nSuccessfully restarted the device...\n",
             result.trace);
   Bytes expected = image;
-  Append(&expected, test::kRestartCommand);
-  EXPECT_EQ(test::BytesOf("\x1b\x1c& V1 do \"dfu\"\r\n"), written_[0]);
+  Append(&expected, kRestartCommand);
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 do \"dfu\"\r\n"), written_[0]);
   EXPECT_EQ(expected, WrittenFrom(1));
   std::vector<size_t> sizes;
   for (const Bytes& bytes : written_) {
@@ -75,10 +75,10 @@ TEST_F(FirmwareDownloadTest, ConnectsAnewForEachSegment) {
   }
   EXPECT_EQ((std::vector<size_t>{17, 76, 1024, 1024, 452, 76, 76, 10, 27}), sizes);
   EXPECT_EQ((std::vector<int32_t>{37, 74, 91, 100, 100, 91, 100}), progress_);
-  EXPECT_EQ((std::vector<uint32_t>{200, 200, 200}), test::RecordedSleeps());
+  EXPECT_EQ((std::vector<uint32_t>{200, 200, 200}), RecordedSleeps());
   EXPECT_EQ(3, connects_);
   EXPECT_EQ(1, handle_.portOpen);
-  EXPECT_EQ(1, test::OpenDevices());
+  EXPECT_EQ(1, OpenDevices());
   EXPECT_EQ(VEXO_PORT_NET, handle_.port->kind);
 }
 
@@ -105,15 +105,15 @@ TEST_F(FirmwareDownloadTest, FailureAtEachStep) {
   }
   failing_write_ = -1;
   for (int failing = 0; failing < 4; ++failing) {
-    for (const test::Pieces& instead : {test::Pieces{}, test::Pieces{{1}}}) {
+    for (const Pieces& instead : {Pieces{}, Pieces{{1}}}) {
       SCOPED_TRACE(testing::Message() << failing << ", " << instead.size());
-      alter_answer_ = [&](int answer, const Bytes& sound) { return answer == failing ? instead : test::Pieces{sound}; };
+      alter_answer_ = [&](int answer, const Bytes& sound) { return answer == failing ? instead : Pieces{sound}; };
       const Result result = Download(image);
       EXPECT_EQ(0, result.code);
       EXPECT_EQ(instead.empty() ? "failed: ReadData failed..." : "failed: ReadData error...", result.LastLine());
       // A body is waited for a hundred times longer than a header.
       const size_t reads = !instead.empty() ? 0 : failing % 2 == 0 ? 1 : 100;
-      EXPECT_EQ(failing / 2 + 1 + 5 * reads, test::RecordedSleeps().size());
+      EXPECT_EQ(failing / 2 + 1 + 5 * reads, RecordedSleeps().size());
     }
   }
   alter_answer_ = nullptr;
@@ -194,4 +194,4 @@ TEST_F(FirmwareDownloadTest, FileThatShrinksIsNotCompletedWithOtherBytes) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

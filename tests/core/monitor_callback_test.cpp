@@ -4,13 +4,10 @@
 
 #include "monitor_fixture.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using namespace std::string_literals;
-using test::Ended;
-using test::MonitorTest;
-using test::Started;
 using Texts = std::vector<std::string>;
 
 // Callbacks carry no context, so what they are to do and what they saw stands here.
@@ -57,7 +54,7 @@ TEST_F(MonitorCallbacks, GetJobEventsInsteadOfTheQueue) {
   EXPECT_EQ(id, Add(kA));
   EXPECT_EQ((Texts{"A 1 7 0", "A 2 7 4294967295"}), Events(Started("0007") + Ended("0007", 0xFFFFFFFF)));
   EXPECT_EQ("none", TakeReport());
-  EXPECT_EQ(Texts{}, Events(test::Frame(0x102, "?0007") + test::ValueReply(1)));
+  EXPECT_EQ(Texts{}, Events(Frame(0x102, "?0007") + ValueReply(1)));
   EXPECT_EQ(2U, monitor_->queue().size());
   EXPECT_EQ(0, RemoveReprintMonitorFun(monitor_, id));
   EXPECT_EQ(Texts{}, Events(Started("0008")));
@@ -115,7 +112,7 @@ TEST_F(MonitorCallbacks, MayCallExportsThatReceive) {
   };
   WillHear(Started("0001") + Started("0002") + Started("0003").substr(0, 15));
   WillHear(Started("0003").substr(15) + Ended("0001", 1));
-  WillHear(test::ValueReply(5) + Ended("0002", 2));
+  WillHear(ValueReply(5) + Ended("0002", 2));
   EXPECT_EQ((Texts{"A 1 1 0", "A 1 2 0", "A 1 3 0", "A 2 1 1", "A 2 2 2"}), Events(""));
   EXPECT_EQ(0, result);
   EXPECT_EQ(~5U, status);
@@ -130,4 +127,4 @@ TEST_F(MonitorCallbacks, MayCloseTheWork) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

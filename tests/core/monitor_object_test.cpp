@@ -6,11 +6,10 @@
 #include "monitor_fixture.h"
 #include "support/allocation_faults.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
-using test::MonitorTest;
-using Step = test::ScriptedPort::Step;
+using Step = ScriptedPort::Step;
 
 void Ignore(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {}
 
@@ -75,7 +74,7 @@ TEST_F(MonitorObject, ValuesOutOfRangeAreRefusedBeforeTheWorkIsLookedAt) {
     Open();
   }
   EXPECT_RESULT(0, kUntouched, SetPrintTaskId(monitor_, 1));
-  EXPECT_EQ(test::kV1Prefix + "setval \"process_id\" \"0001\"\r\n", Sent().at(0)) << "another family was chosen";
+  EXPECT_EQ(kV1Prefix + "setval \"process_id\" \"0001\"\r\n", Sent().at(0)) << "another family was chosen";
 }
 
 TEST_F(MonitorObject, SuccessLeavesTheLastError) {
@@ -89,7 +88,7 @@ TEST_F(MonitorObject, SuccessLeavesTheLastError) {
   EXPECT_RESULT(0, kUntouched, AddReprintMonitorFun(monitor_, Ignore, &id_));
   EXPECT_RESULT(0, kUntouched, RemoveReprintMonitorFun(monitor_, id_));
   EXPECT_RESULT(0, kUntouched, RemoveReprintMonitorFun(monitor_, 12345));
-  Hear(test::Started("0007"));
+  Hear(Started("0007"));
   EXPECT_RESULT(7, kUntouched, GetStatusReport(monitor_, &status_, &number_));
   EXPECT_RESULT(0, kUntouched, CloseReprintMonitorWork(monitor_));
   EXPECT_RESULT(999, 999, GetStatusReport(monitor_, &status_, &number_));
@@ -121,7 +120,7 @@ TEST_F(MonitorObject, FailureIsStoredButForTheTagging) {
   }
   port_.OnWrite({-321});
   EXPECT_RESULT(-7003, -7003, ResetPrinterInteriorId(monitor_, 0));
-  EXPECT_TRUE(test::RecordedSleeps().empty()) << "waited for the answer to a command that was not sent";
+  EXPECT_TRUE(RecordedSleeps().empty()) << "waited for the answer to a command that was not sent";
 }
 
 TEST_F(MonitorObject, BindsOnlyAnOpenPrinter) {
@@ -132,7 +131,7 @@ TEST_F(MonitorObject, BindsOnlyAnOpenPrinter) {
   } rows[] = {{{559, nullptr, &port_, 1}, -6, -6},
               {{560, nullptr, &port_, 0}, -309, -6},
               {{560, nullptr, nullptr, 1}, -309, -6},
-              {test::OpenHandle(&port_), 0, 0}};
+              {OpenHandle(&port_), 0, 0}};
   for (const auto& row : rows) {
     EXPECT_EQ(0, RegisterPrinter(monitor_, &handle_));
     VexoPrinterHandle handle = row.handle;
@@ -155,7 +154,7 @@ TEST_F(MonitorObject, WriteThatTimedOutIsTriedOnceMore) {
   } rows[] = {
       {{0}, 0, 1}, {{-322, 0}, 0, 2}, {{-322, -322, 0}, -322, 2}, {{-322, -321}, -321, 2}, {{-321, 0}, -321, 1}};
   for (const auto& row : rows) {
-    test::ScriptedPort port;
+    ScriptedPort port;
     for (const int32_t result : row.results) {
       port.OnWrite({result});
     }
@@ -185,19 +184,19 @@ TEST_F(MonitorObject, MemoryThatRunsOutIsAnErrorAndLosesNoReport) {
       [&] { return SetPaperFeed(monitor_); },
       [&] { return AddReprintMonitorFun(monitor_, Ignore, &id_); },
   };
-  const std::string answer = test::Frame(0x104, std::string("?\x01\0\0\0", 5));
+  const std::string answer = Frame(0x104, std::string("?\x01\0\0\0", 5));
   Open();
   for (const auto& call : calls) {
     SCOPED_TRACE(&call - calls);
     bool struck = true;
     for (uint32_t nth = 1; struck; ++nth) {
-      test::ScriptedPort port;
+      ScriptedPort port;
       handle_.port = &port;
-      port.OnRead({0, test::BytesOf(test::Started("0007"))});
+      port.OnRead({0, BytesOf(Started("0007"))});
       for (int receive = 0; receive < 3; ++receive) {
-        port.OnRead({0, test::BytesOf(answer)});
+        port.OnRead({0, BytesOf(answer)});
       }
-      test::AllocationFault fault(nth);
+      AllocationFault fault(nth);
       const int32_t result = call();
       struck = fault.Lift();
       EXPECT_EQ(struck ? -9 : 0, result) << nth;
@@ -216,7 +215,7 @@ TEST(MonitorObjectWithoutMemory, IsNullAndStored) {
   bool struck = true;
   for (uint32_t nth = 1; struck; ++nth) {
     StoreLastErrorCode(0);
-    test::AllocationFault fault(nth);
+    AllocationFault fault(nth);
     CVEXOPrinterReadHelper* const monitor = GetReprintMonitorObj();
     struck = fault.Lift();
     EXPECT_EQ(struck, monitor == nullptr) << nth;
@@ -228,4 +227,4 @@ TEST(MonitorObjectWithoutMemory, IsNullAndStored) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

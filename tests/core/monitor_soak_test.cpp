@@ -13,7 +13,7 @@
 #include "support/stream_port.h"
 #include "vexo/extend.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 constexpr uint32_t kEvents = 1'000'000;
@@ -22,7 +22,7 @@ constexpr size_t kEarlySize = 17;  // From here on a frame with a short payload 
 // Every second event is a start, the others are ends with the event's number as value.
 std::string EventFrame(uint32_t number) {
   std::string task = std::to_string(10000 + number % 10000).substr(1);
-  return number % 2 == 0 ? test::Started(task) : test::Ended(task, number);
+  return number % 2 == 0 ? Started(task) : Ended(task, number);
 }
 
 class BusyPrinter {
@@ -94,7 +94,7 @@ void Check(int32_t event, int32_t task, uint32_t value) {
                         value == (number % 2 == 0 ? 0 : number);
   g_out_of_order += expected ? 0 : 1;
   if (number % 100 == 0) {
-    g_most_bytes = std::max(g_most_bytes.load(), test::LivingBytes());
+    g_most_bytes = std::max(g_most_bytes.load(), LivingBytes());
   }
   ++g_events;
 }
@@ -102,15 +102,15 @@ void Check(int32_t event, int32_t task, uint32_t value) {
 TEST(MonitorSoak, MillionEventsArriveInOrderInFlatMemory) {
   constexpr int64_t kEnoughBytes = 64 * 1024;
   BusyPrinter printer;
-  test::StreamPort port([&](size_t room) { return printer.Next(room); });
-  VexoPrinterHandle handle = test::OpenHandle(&port);
-  const int64_t bytes_before = test::LivingBytes();
+  StreamPort port([&](size_t room) { return printer.Next(room); });
+  VexoPrinterHandle handle = OpenHandle(&port);
+  const int64_t bytes_before = LivingBytes();
   CVEXOPrinterReadHelper* const monitor = GetReprintMonitorObj();
   int64_t id = 0;
   ASSERT_EQ(0, RegisterPrinter(monitor, &handle));
   ASSERT_EQ(0, AddReprintMonitorFun(monitor, Check, &id));
   ASSERT_EQ(0, OpenReprintMonitorWork(monitor));
-  EXPECT_TRUE(test::Eventually([] { return g_events >= kEvents; })) << g_events << " events";
+  EXPECT_TRUE(Eventually([] { return g_events >= kEvents; })) << g_events << " events";
   {
     const std::lock_guard<std::recursive_mutex> guard(monitor->io_lock());
     EXPECT_EQ(0U, monitor->queue().size());
@@ -122,4 +122,4 @@ TEST(MonitorSoak, MillionEventsArriveInOrderInFlatMemory) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -14,11 +14,8 @@
 #include "support/stream_port.h"
 #include "vexo/extend.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::Eventually;
-using test::StreamPort;
 
 std::atomic<int> g_called[2];
 std::atomic<bool> g_may_be_called[2];
@@ -31,7 +28,7 @@ void Count(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
   g_strange += g_may_be_called[kIndex] ? 0 : 1;
 }
 
-std::string OneEvent(size_t /*room*/) { return test::Ended("0001", 2) + test::ValueReply(3); }
+std::string OneEvent(size_t /*room*/) { return Ended("0001", 2) + ValueReply(3); }
 
 // A monitor whose printer is at work.
 class Monitored {
@@ -54,7 +51,7 @@ class Monitored {
 
  private:
   StreamPort port_;
-  VexoPrinterHandle handle_ = test::OpenHandle(&port_);
+  VexoPrinterHandle handle_ = OpenHandle(&port_);
   CVEXOPrinterReadHelper* const monitor_ = GetReprintMonitorObj();
 };
 
@@ -174,7 +171,7 @@ TEST(MonitorThreads, MonitorsDoNotMixTheirPrinters) {
     hosts.emplace_back([task] {
       int left = kEvents;
       Monitored monitored([&left, task](size_t /*room*/) {
-        return left-- > 0 ? test::Started("000" + std::to_string(task)) : std::string();
+        return left-- > 0 ? Started("000" + std::to_string(task)) : std::string();
       });
       monitored.Add(CountTask);
       monitored.Open();
@@ -214,4 +211,4 @@ TEST(MonitorThreads, ReaderThatDestroysItsMonitorIsTold) {
 #endif
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -3,15 +3,10 @@
 
 #include "monitor_fixture.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using namespace std::string_literals;
-using test::Ended;
-using test::kV1Prefix;
-using test::MonitorTest;
-using test::Started;
-using test::ValueReply;
 using Sleeps = std::vector<uint32_t>;
 using Texts = std::vector<std::string>;
 
@@ -39,14 +34,14 @@ TEST_F(MonitorWork, SwitchesThePrinter) {
       {1, kV1Prefix + "setval \"job_monitor\" \"on\"\r\n", kV1Prefix + "setval \"job_monitor\" \"off\"\r\n", {}},
       {0, "\x1d(H\x03\0"s + "102", "\x1d(H\x03\0"s + "100", {300}}};
   for (const auto& row : rows) {
-    test::SetClock(0);
+    SetClock(0);
     SelectSDKRepintType(monitor_, row.family);
     EXPECT_EQ(0, OpenReprintMonitorWork(monitor_));
     EXPECT_EQ(Texts{row.on}, Sent());
-    EXPECT_EQ(Sleeps{}, test::RecordedSleeps());
+    EXPECT_EQ(Sleeps{}, RecordedSleeps());
     EXPECT_EQ(0, CloseReprintMonitorWork(monitor_));
     EXPECT_EQ(Texts{row.off}, Sent());
-    EXPECT_EQ(row.before_off, test::RecordedSleeps());
+    EXPECT_EQ(row.before_off, RecordedSleeps());
   }
 }
 
@@ -85,8 +80,8 @@ TEST_F(MonitorWork, QueryAsksThePrinterOfFamilyOne) {
                "123456",
                7, "-7007"}};
   for (const auto& row : rows) {
-    WillHear(test::Frame(0x103, "?"));  // From before, and no answer.
-    WillHear(test::Frame(0x103, row.payload));
+    WillHear(Frame(0x103, "?"));  // From before, and no answer.
+    WillHear(Frame(0x103, row.payload));
     EXPECT_EQ(row.answer, Query(row.length)) << testing::PrintToString(row.payload);
     EXPECT_EQ(Texts{kV1Prefix + "getval \"job_monitor\"\r\n"}, Sent());
   }
@@ -95,11 +90,11 @@ TEST_F(MonitorWork, QueryAsksThePrinterOfFamilyOne) {
 
 TEST_F(MonitorWork, QueryLooksTwiceForTheAnswer) {
   EXPECT_EQ("-7003", Query(8));
-  EXPECT_EQ(Sleeps(18, 20), test::RecordedSleeps()) << "two polls of 200 ms, which pause after each receive but one";
+  EXPECT_EQ(Sleeps(18, 20), RecordedSleeps()) << "two polls of 200 ms, which pause after each receive but one";
   EXPECT_EQ(-7003, GetLastErrorCode());
 
   // The receives are one before the question and ten in each poll.
-  const std::string answer = test::Frame(0x103, "?\x01");
+  const std::string answer = Frame(0x103, "?\x01");
   for (const auto& [silent_receives, result] : {std::pair(1, "on"), std::pair(10, "on"), std::pair(11, "-7003")}) {
     for (int receive = 0; receive < silent_receives; ++receive) {
       WillHear("");
@@ -121,8 +116,7 @@ TEST_F(MonitorWork, QueryOfFamilyZeroAsksTheMonitor) {
 }
 
 TEST_F(MonitorWork, ReportsComeInOrderWithTheValueInverted) {
-  Hear(test::Frame(0x102, "?0003") + Started("0007") + ValueReply(1) + Ended("0007", 0) + Started("0999") +
-       Ended("-001", 5));
+  Hear(Frame(0x102, "?0003") + Started("0007") + ValueReply(1) + Ended("0007", 0) + Started("0999") + Ended("-001", 5));
   EXPECT_EQ("task 7 status 1", TakeReport());
   EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind) << "taking an event drops pending answers";
   EXPECT_EQ("task 7 status 2 value 4294967295", TakeReport());
@@ -160,7 +154,7 @@ TEST_F(MonitorWork, FamilyZeroAsksForTheValueOfAJobsEnd) {
   Hear("7\"0012\0"s);
   EXPECT_EQ("task 12 status 1", TakeReport());
   for (const auto& row : rows) {
-    test::SetClock(0);
+    SetClock(0);
     port_.OnWrite({row.send_result});
     WillHear("7#7");
     if (row.send_result == 0) {
@@ -169,7 +163,7 @@ TEST_F(MonitorWork, FamilyZeroAsksForTheValueOfAJobsEnd) {
     monitor_->Poll(0);
     EXPECT_EQ(Texts{kV1Prefix + "getval \"reprint_status\"\r\n"}, Sent());
     EXPECT_EQ("task 12 status 2 value " + std::to_string(~row.value), TakeReport());
-    EXPECT_EQ(row.answer.empty() ? Sleeps({20, 20}) : Sleeps{}, test::RecordedSleeps());
+    EXPECT_EQ(row.answer.empty() ? Sleeps({20, 20}) : Sleeps{}, RecordedSleeps());
     monitor_->Poll(0);
     EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind) << "the answer was decoded as a report, too";
   }
@@ -188,4 +182,4 @@ TEST_F(MonitorWork, JobsEndIsReportedThoughItsValueCannotBeRead) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

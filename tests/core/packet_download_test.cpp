@@ -8,12 +8,12 @@
 #include "support/scripted_port.h"
 #include "support/virtual_clock.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 constexpr char kFontMode[] = "\x1b\x1c& V1 do \"font_download_quick\"\r\n";
 
-class PacketDownloadTest : public test::DownloadTest {
+class PacketDownloadTest : public DownloadTest {
  protected:
   Result DownloadFile(const Bytes& content) {
     const std::string name = MakeFile(content);
@@ -51,27 +51,27 @@ Bytes Part(const Bytes& content, size_t from, size_t to) {
 }
 
 TEST_F(PacketDownloadTest, FileTravelsInPackagesFilledWithZeros) {
-  const Bytes content = test::FileContent(2 * 2048 + 1);
+  const Bytes content = FileContent(2 * 2048 + 1);
   const Result result = DownloadFile(content);
   EXPECT_EQ(0, result.code);
   EXPECT_EQ("filename =" + MakeFile(content) +
                 "\ntotalFileSize =4097\nEnter Upgrade mode...\nReady to send file...\npackage 0\npackage 1\npackage 2\n"
                 "restart printer...\nCompleted...\n",
             result.trace);
-  EXPECT_EQ((test::Pieces{{0x12, 0x46},
-                          PackageOf(0, Part(content, 0, 2048), {}),
-                          PackageOf(1, Part(content, 2048, 4096), {}),
-                          PackageOf(2, Part(content, 4096, 4097), Bytes(2047)),
-                          test::BytesOf(test::kRestartCommand)}),
+  EXPECT_EQ((Pieces{{0x12, 0x46},
+                    PackageOf(0, Part(content, 0, 2048), {}),
+                    PackageOf(1, Part(content, 2048, 4096), {}),
+                    PackageOf(2, Part(content, 4096, 4097), Bytes(2047)),
+                    BytesOf(kRestartCommand)}),
             written_);
   EXPECT_EQ((std::vector<int32_t>{0, 0, 33, 66, 100}), progress_);
-  EXPECT_EQ((std::vector<uint32_t>{20, 20, 20}), test::RecordedSleeps());
+  EXPECT_EQ((std::vector<uint32_t>{20, 20, 20}), RecordedSleeps());
   EXPECT_EQ(0, handle_.portOpen);
 }
 
 // Printers take the end of the package before as filler, but for two bytes.
 TEST_F(PacketDownloadTest, FontTravelsInPackagesFilledWithTheOneBefore) {
-  const Bytes content = test::FileContent(21);
+  const Bytes content = FileContent(21);
   const Result result = DownloadFont(content, 10);
   EXPECT_EQ(0, result.code);
   EXPECT_EQ("filename =" + MakeFile(content) +
@@ -80,9 +80,8 @@ TEST_F(PacketDownloadTest, FontTravelsInPackagesFilledWithTheOneBefore) {
             result.trace);
   Bytes filler = Part(content, 11, 20);
   filler[0] = 0;
-  EXPECT_EQ((test::Pieces{test::BytesOf(kFontMode), PackageOf(0, Part(content, 0, 10), {}),
-                          PackageOf(1, Part(content, 10, 20), {}), PackageOf(2, Part(content, 20, 21), filler),
-                          test::BytesOf("^END"), test::BytesOf(test::kRestartCommand)}),
+  EXPECT_EQ((Pieces{BytesOf(kFontMode), PackageOf(0, Part(content, 0, 10), {}), PackageOf(1, Part(content, 10, 20), {}),
+                    PackageOf(2, Part(content, 20, 21), filler), BytesOf("^END"), BytesOf(kRestartCommand)}),
             written_);
   EXPECT_EQ((std::vector<int32_t>{0, 0, 33, 66, 100}), progress_);
   EXPECT_EQ(0, handle_.portOpen);
@@ -95,14 +94,14 @@ TEST_F(PacketDownloadTest, PackagesHaveTheSizeOfTheirLimits) {
     size_t packages;
   } rows[] = {{3, 1, 3}, {2048, 2048, 1}, {2049, 2048, 2}, {65536, 65535, 2}};
   for (const auto& row : rows) {
-    EXPECT_EQ(0, DownloadFont(test::FileContent(row.size), row.packet_size).code);
+    EXPECT_EQ(0, DownloadFont(FileContent(row.size), row.packet_size).code);
     EXPECT_EQ(row.packages + 3, written_.size());
   }
 }
 
 // Every write and every answer fails once; what follows depends on the step.
 TEST_F(PacketDownloadTest, FailureAtEachStep) {
-  const Bytes content = test::FileContent(3000);
+  const Bytes content = FileContent(3000);
   const struct {
     int write;
     int32_t file_code;
@@ -129,7 +128,7 @@ TEST_F(PacketDownloadTest, FailureAtEachStep) {
   failing_write_ = -1;
   const struct {
     int answer;
-    test::Pieces instead;
+    Pieces instead;
     int32_t code;
   } answer_rows[] = {{0, {}, -6006},
                      {0, {{'O'}}, -6006},
@@ -142,7 +141,7 @@ TEST_F(PacketDownloadTest, FailureAtEachStep) {
     SCOPED_TRACE(&row - answer_rows);
     alter_answer_ = [&](int answer, const Bytes& sound) {
       const bool hit = answer == row.answer || (row.code == -6009 && answer > row.answer);
-      return hit ? row.instead : test::Pieces{sound};
+      return hit ? row.instead : Pieces{sound};
     };
     const Result result = DownloadFile(content);
     EXPECT_EQ(row.code, result.code);
@@ -162,18 +161,18 @@ TEST_F(PacketDownloadTest, ReadThatFailsEndsTheAnswerAtOnce) {
   read_failure_ = -331;
   EXPECT_EQ(-6006, DownloadFile({1}).code);
   EXPECT_EQ(2, reads_);
-  EXPECT_TRUE(test::RecordedSleeps().empty());
+  EXPECT_TRUE(RecordedSleeps().empty());
 }
 
 TEST_F(PacketDownloadTest, PackageIsSentFourTimesAtMost) {
   const auto replace = [](size_t at, uint8_t by) {
     return [=](Bytes answer) {
       answer[at] = static_cast<uint8_t>(answer[at] + by);
-      return test::Pieces{answer};
+      return Pieces{answer};
     };
   };
   const struct {
-    std::function<test::Pieces(const Bytes&)> fault;
+    std::function<Pieces(const Bytes&)> fault;
     bool traced;
   } faults[] = {{replace(4, 1), false},  // Another package's index.
                 {replace(9, 1), false},  // A fault is reported.
@@ -182,20 +181,20 @@ TEST_F(PacketDownloadTest, PackageIsSentFourTimesAtMost) {
                 {[](const Bytes& answer) {  // No checksum at all.
                    Bytes cut = answer;
                    cut[10] = cut[11] = 0;
-                   return test::Pieces{cut};
+                   return Pieces{cut};
                  },
                  false},
                 {[](const Bytes& answer) {
-                   return test::Pieces{{answer.begin(), answer.end() - 1}};
+                   return Pieces{{answer.begin(), answer.end() - 1}};
                  },
                  false}};
   for (const auto& fault : faults) {
     for (int times = 1; times <= 4; ++times) {
       SCOPED_TRACE(testing::Message() << (&fault - faults) << ", " << times << " times");
       alter_answer_ = [&](int answer, const Bytes& sound) {
-        return answer >= 1 && answer <= times ? fault.fault(sound) : test::Pieces{sound};
+        return answer >= 1 && answer <= times ? fault.fault(sound) : Pieces{sound};
       };
-      const Result result = DownloadFile(test::FileContent(2048));
+      const Result result = DownloadFile(FileContent(2048));
       EXPECT_EQ(times < 4 ? 0 : -6009, result.code);
       std::string expected;
       for (int i = 0; fault.traced && i < times; ++i) {
@@ -211,14 +210,14 @@ TEST_F(PacketDownloadTest, PackageIsSentFourTimesAtMost) {
 
 TEST_F(PacketDownloadTest, ConfirmationMayComeInPieces) {
   alter_answer_ = [](int answer, const Bytes& sound) {
-    return answer == 0 ? test::Pieces{sound} : test::Pieces{Part(sound, 0, 1), Part(sound, 1, 11), Part(sound, 11, 12)};
+    return answer == 0 ? Pieces{sound} : Pieces{Part(sound, 0, 1), Part(sound, 1, 11), Part(sound, 11, 12)};
   };
-  EXPECT_EQ(0, DownloadFile(test::FileContent(5000)).code);
+  EXPECT_EQ(0, DownloadFile(FileContent(5000)).code);
   EXPECT_EQ(5U, written_.size());
 }
 
 TEST_F(PacketDownloadTest, CancelledAtEachPoint) {
-  const Bytes content = test::FileContent(5000);
+  const Bytes content = FileContent(5000);
   on_progress_ = [this](int32_t) {
     if (progress_.size() == 2) {  // When package 0 is confirmed.
       setCancel();
@@ -298,7 +297,7 @@ TEST_F(PacketDownloadTest, NoProgressWanted) {
 
 // The port goes away under the download: every later use of the handle finds that.
 TEST_F(PacketDownloadTest, HandleThatLosesItsPort) {
-  const Bytes content = test::FileContent(3000);
+  const Bytes content = FileContent(3000);
   const struct {
     int write;
     int32_t file_code;
@@ -314,12 +313,12 @@ TEST_F(PacketDownloadTest, HandleThatLosesItsPort) {
 
 // What is left behind, the leak check of the test build finds.
 TEST_F(PacketDownloadTest, MemoryThatRunsOut) {
-  const Bytes content = test::FileContent(3000);
+  const Bytes content = FileContent(3000);
   for (uint32_t nth = 1;; ++nth) {
     const std::string name = MakeFile(content);
     bool struck = false;
     const Result result = Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
-      test::AllocationFault fault(nth);
+      AllocationFault fault(nth);
       const int32_t code = DownloadFontFile(handle, 2048, name.c_str(), nullptr, progress);
       struck = fault.Lift();
       return code;
@@ -333,4 +332,4 @@ TEST_F(PacketDownloadTest, MemoryThatRunsOut) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

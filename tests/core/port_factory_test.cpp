@@ -10,16 +10,16 @@
 #include "support/allocation_faults.h"
 #include "support/scripted_drivers.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 class PortFactory : public ::testing::Test {
  protected:
-  void SetUp() override { test::SetDriverScript({}); }
+  void SetUp() override { SetDriverScript({}); }
 
   void ExpectNothingHeld() const {
     EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(drivers_before_, test::LivingDrivers());
+    EXPECT_EQ(drivers_before_, LivingDrivers());
   }
 
   // Opening fails with `code`, leaves the result alone and keeps nothing.
@@ -32,7 +32,7 @@ class PortFactory : public ::testing::Test {
   }
 
  private:
-  const int32_t drivers_before_ = test::LivingDrivers();
+  const int32_t drivers_before_ = LivingDrivers();
 };
 
 TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
@@ -60,7 +60,7 @@ TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
     EXPECT_EQ(0, port->GetUri(port, uri, sizeof(uri), &length));
     EXPECT_EQ(row.uri, uri);
     EXPECT_EQ(row.uri.size(), length);
-    EXPECT_EQ(0, test::OpenDevices());
+    EXPECT_EQ(0, OpenDevices());
     EXPECT_EQ(1U, PortLockReferenceCount());
     EXPECT_EQ(0, ClosePort(port));
     ExpectNothingHeld();
@@ -76,7 +76,7 @@ TEST_F(PortFactory, RefusesOtherTexts) {
     ExpectRefused(-4, text);
   }
   for (const int32_t code : {-1, -9, 87}) {  // What Configure says.
-    test::SetDriverScript({code});
+    SetDriverScript({code});
     ExpectRefused(code, "NET,10.0.0.5");
   }
 }
@@ -89,7 +89,7 @@ TEST_F(PortFactory, SurvivesEveryAllocationThatFails) {
     for (; struck; ++nth) {
       SCOPED_TRACE(std::string(text) + ", allocation " + std::to_string(nth));
       VexoPort* port = nullptr;
-      test::AllocationFault fault(nth);
+      AllocationFault fault(nth);
       const int32_t result = OpenPort(&port, text);
       struck = fault.Lift();
       if (!struck) {
@@ -107,4 +107,4 @@ TEST_F(PortFactory, SurvivesEveryAllocationThatFails) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

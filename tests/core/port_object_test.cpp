@@ -11,22 +11,22 @@
 #include "support/scripted_drivers.h"
 #include "support/scripted_port.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 class PortObject : public ::testing::Test {
  protected:
   void SetUp() override {
-    test::SetDriverScript({});
+    SetDriverScript({});
     ASSERT_EQ(0, OpenPort(&port_, "NET,10.0.0.5"));
     entries_ = *port_;
   }
 
   void TearDown() override {
-    test::SetDriverScript({});
+    SetDriverScript({});
     ClosePort(port_);
     EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(0, test::OpenDevices());
+    EXPECT_EQ(0, OpenDevices());
   }
 
   // All twelve operations on `port` fail with `code`; transfers and Control report a count of 0 all the same.
@@ -137,21 +137,21 @@ TEST_F(PortObject, TimeoutsAreAllSix) {
 // As if another thread closed the port in the middle of a write: the write is told to end, and only then is the device
 // closed.
 TEST_F(PortObject, ClosingWaitsForTheOperationUnderWay) {
-  const int32_t drivers = test::LivingDrivers();
+  const int32_t drivers = LivingDrivers();
   EXPECT_EQ(0, port_->Open(port_));
-  test::SetDriverScript({0, 0, [&](const std::string& call) {
-                           if (call == "NET Transfer") {
-                             EXPECT_EQ(0, ClosePort(port_));
-                             EXPECT_EQ(1, test::OpenDevices());
-                             EXPECT_EQ(1U, PortLockReferenceCount());
-                           }
-                         }});
+  SetDriverScript({0, 0, [&](const std::string& call) {
+                     if (call == "NET Transfer") {
+                       EXPECT_EQ(0, ClosePort(port_));
+                       EXPECT_EQ(1, OpenDevices());
+                       EXPECT_EQ(1U, PortLockReferenceCount());
+                     }
+                   }});
   const uint8_t byte = 0;
   uint32_t written = 77;
   EXPECT_EQ(0, port_->Write(port_, &byte, 0, 1, &written));
   EXPECT_EQ(0U, written);
-  EXPECT_EQ(0, test::OpenDevices());
-  EXPECT_EQ(drivers - 1, test::LivingDrivers());
+  EXPECT_EQ(0, OpenDevices());
+  EXPECT_EQ(drivers - 1, LivingDrivers());
   EXPECT_EQ(0U, PortLockReferenceCount());
 }
 
@@ -159,16 +159,16 @@ TEST_F(PortObject, BluetoothDriverIsClosedButKept) {
   VexoPort* port = nullptr;
   ASSERT_EQ(0, OpenPort(&port, "BT,001122AABBCC"));
   EXPECT_EQ(0, port->Open(port));
-  const int32_t drivers = test::LivingDrivers();
+  const int32_t drivers = LivingDrivers();
   EXPECT_EQ(-4, ClosePort(port));
-  EXPECT_EQ(drivers, test::LivingDrivers());
-  EXPECT_EQ(0, test::OpenDevices());
+  EXPECT_EQ(drivers, LivingDrivers());
+  EXPECT_EQ(0, OpenDevices());
   EXPECT_EQ(1U, PortLockReferenceCount());  // That of port_.
   ExpectEveryOperationGives(-308, port);
 }
 
 TEST_F(PortObject, HostsOwnObjectIsClosedAndNotFreed) {
-  test::ScriptedPort hosts;
+  ScriptedPort hosts;
   EXPECT_EQ(0, ClosePort(&hosts));
   EXPECT_EQ((std::vector<std::string>{"Close()"}), hosts.Operations());
   EXPECT_EQ(VEXO_PORT_MAGIC, hosts.magic);
@@ -179,4 +179,4 @@ TEST_F(PortObject, HostsOwnObjectIsClosedAndNotFreed) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

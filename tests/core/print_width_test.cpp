@@ -11,12 +11,11 @@
 #include "support/scripted_port.h"
 #include "vexo/extend.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using namespace std::string_literals;
-using test::BytesOf;
-using Step = test::ScriptedPort::Step;
+using Step = ScriptedPort::Step;
 using Operations = std::vector<std::string>;
 
 const Operations kSetOperations = {"Write(0, 21)", "Read(0, 3)", "Write(0, 29)", "Read(0, 1)"};
@@ -28,8 +27,8 @@ struct Printer {
   int32_t Get() { return GetPrintWidth(&handle, &width); }
   size_t Steps() const { return port.Operations().size(); }
 
-  test::ScriptedPort port;
-  VexoPrinterHandle handle = test::OpenHandle(&port);
+  ScriptedPort port;
+  VexoPrinterHandle handle = OpenHandle(&port);
   uint32_t width = kUntouched;
 };
 
@@ -188,7 +187,7 @@ TEST(PrintWidth, EveryAllocationThatFailsIsThrown) {
     for (uint32_t nth = 1; struck; ++nth) {
       Printer printer;
       bool thrown = false;
-      test::AllocationFault fault(nth);
+      AllocationFault fault(nth);
       try {
         static_cast<void>(set ? printer.Set() : printer.Get());
       } catch (const std::bad_alloc&) {
@@ -207,4 +206,4 @@ TEST(PrintWidth, EveryAllocationThatFailsIsThrown) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -7,7 +7,7 @@
 
 #include "support/report_frames.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using namespace std::string_literals;
@@ -16,7 +16,7 @@ const std::string kHeader = "\x1b\x1c& V2";
 
 // A reply that announces `length` bytes of payload, by default as many as it has.
 std::string Reply(const std::string& payload, size_t length, const std::string& header = kHeader) {
-  return header + "abc" + test::LittleEndian(static_cast<uint32_t>(length), 2) + "fghijkl" + payload;
+  return header + "abc" + LittleEndian(static_cast<uint32_t>(length), 2) + "fghijkl" + payload;
 }
 std::string Reply(const std::string& payload) { return Reply(payload, payload.size()); }
 
@@ -126,4 +126,4 @@ TEST(UrlDecode, TruncatedEscapeIsThrown) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -10,12 +10,11 @@
 #include "support/scripted_port.h"
 #include "support/virtual_clock.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
-using test::BytesOf;
 using Sleeps = std::vector<uint32_t>;
-using Step = test::ScriptedPort::Step;
+using Step = ScriptedPort::Step;
 
 struct Reply {
   std::string bytes;
@@ -27,12 +26,12 @@ class ReplyReader : public ::testing::Test {
  protected:
   // Reads into the places 2 to 9 of a buffer of 12, from a printer that sends `steps` and then nothing more.
   Reply Read(const std::vector<Step>& steps, int32_t tries, int64_t pause_ms) {
-    test::ScriptedPort port;
+    ScriptedPort port;
     for (const Step& step : steps) {
       port.OnRead(step);
     }
-    handle_ = test::OpenHandle(&port);
-    test::SetClock(0);
+    handle_ = OpenHandle(&port);
+    SetClock(0);
     std::string buffer(12, '#');
     uint32_t stored = 99;
     auto* const bytes = reinterpret_cast<uint8_t*>(buffer.data());
@@ -41,7 +40,7 @@ class ReplyReader : public ::testing::Test {
     EXPECT_EQ("##", buffer.substr(10)) << "written behind the last place";
     EXPECT_EQ(std::vector<std::string>(port.Operations().size(), "ReadAvailable(0, 8)"), port.Operations());
     EXPECT_LE(stored, 8U);
-    return {buffer.substr(2, stored), test::RecordedSleeps(), port.Operations().size()};
+    return {buffer.substr(2, stored), RecordedSleeps(), port.Operations().size()};
   }
 
   VexoPrinterHandle handle_ = {};
@@ -95,8 +94,8 @@ TEST_F(ReplyReader, HandleThatIsClosedInBetweenEndsTheReply) {
 }
 
 TEST_F(ReplyReader, RefusesBeforeAnythingIsReceived) {
-  test::ScriptedPort port;
-  const VexoPrinterHandle good = test::OpenHandle(&port);
+  ScriptedPort port;
+  const VexoPrinterHandle good = OpenHandle(&port);
   const struct {
     VexoPrinterHandle handle;
     uint32_t end;
@@ -114,11 +113,11 @@ TEST_F(ReplyReader, RefusesBeforeAnythingIsReceived) {
   }
   handle_ = good;
   uint8_t large[1024];  // Small replies take no memory.
-  test::AllocationFault fault(1);
+  AllocationFault fault(1);
   EXPECT_THROW(ReadReply(&handle_, large, 0, sizeof(large), &stored, 1, 0), std::bad_alloc);
   fault.Lift();
   EXPECT_EQ(0U, port.Operations().size());
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

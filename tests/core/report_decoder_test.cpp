@@ -9,15 +9,10 @@
 
 #include "support/report_frames.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using namespace std::string_literals;
-using test::Ended;
-using test::Frame;
-using test::LittleEndian;
-using test::Started;
-using test::ValueReply;
 using Reports = std::vector<std::string>;
 
 constexpr ProtocolFamily kGsParenH = ProtocolFamily::kGsParenH;
@@ -210,4 +205,4 @@ TEST(ReportDecoder, TaskNumberIsReadAsTheStandardLibraryReadsNumbers) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

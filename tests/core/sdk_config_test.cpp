@@ -14,7 +14,7 @@
 #include "support/allocation_faults.h"
 #include "support/own_folder.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 std::string Stored(std::string text) {
@@ -27,14 +27,14 @@ class SdkConfigFile : public ::testing::Test {
   void TearDown() override {
     ReleaseSdkConfig();
     EXPECT_EQ(nullptr, LoadedSdkConfig());
-    test::RemoveOwnFile();
+    RemoveOwnFile();
   }
 };
 
 TEST_F(SdkConfigFile, AddsToTheBuiltInModels) {
-  test::SetOwnFile(Stored("[s]\nk=v\n[m]\n500,a,KM500,,,3\n451,b,KM451B\n502,c,KM452\n"));
+  SetOwnFile(Stored("[s]\nk=v\n[m]\n500,a,KM500,,,3\n451,b,KM451B\n502,c,KM452\n"));
   EXPECT_EQ(0, LoadSdkConfig());
-  EXPECT_EQ("sdkconfig", test::LastOwnFileName());
+  EXPECT_EQ("sdkconfig", LastOwnFileName());
   const SdkConfigReference config = LoadedSdkConfig();
   ASSERT_EQ(1U, config->settings.size());
   EXPECT_EQ("v", ViewText(config->settings[0].value));
@@ -48,10 +48,10 @@ TEST_F(SdkConfigFile, AddsToTheBuiltInModels) {
 }
 
 TEST_F(SdkConfigFile, MissingOrUnreadableLeavesTheBuiltInModels) {
-  for (const auto prepare : {test::RemoveOwnFile, test::SetUnreadableOwnFile}) {
+  for (const auto prepare : {RemoveOwnFile, SetUnreadableOwnFile}) {
     prepare();
     EXPECT_EQ(0, LoadSdkConfig());
-    EXPECT_EQ(1, test::OwnFileRequests());
+    EXPECT_EQ(1, OwnFileRequests());
     EXPECT_EQ(2U, LoadedSdkConfig()->models.size());
     EXPECT_TRUE(FindModelByName("KM451") && FindModelByName("KM452"));
     ReleaseSdkConfig();
@@ -59,43 +59,43 @@ TEST_F(SdkConfigFile, MissingOrUnreadableLeavesTheBuiltInModels) {
 }
 
 TEST_F(SdkConfigFile, IsReadOnceAndAgainOnceItWasReleased) {
-  test::SetOwnFile(Stored("[\n[\n500,,OLD"));
+  SetOwnFile(Stored("[\n[\n500,,OLD"));
   EXPECT_FALSE(FindModel(451)) << "before anything is loaded";
   ReleaseSdkConfig();
   EXPECT_EQ(0, LoadSdkConfig());
   EXPECT_EQ(0, LoadSdkConfig());  // No further use.
-  EXPECT_EQ(1, test::OwnFileRequests());
+  EXPECT_EQ(1, OwnFileRequests());
   const SdkConfigReference held = LoadedSdkConfig();
   const ModelRecord* const record = held->FindModel(500);
 
   ReleaseSdkConfig();
   EXPECT_FALSE(FindModel(500) || FindModelByName("KM451"));
   ReleaseSdkConfig();  // Nothing is left to release.
-  test::SetOwnFile(Stored("[\n[\n500,,NEW"));
+  SetOwnFile(Stored("[\n[\n500,,NEW"));
   EXPECT_EQ(0, LoadSdkConfig());
   EXPECT_EQ("NEW", FindModel(500)->name());
   EXPECT_EQ("OLD", record->name());
 }
 
 TEST_F(SdkConfigFile, WithoutMemoryNothingIsLoaded) {
-  test::SetOwnFile(Stored("[\nkey=value\n[\n" + std::string(9000, '7')));
-  const int64_t before = test::LivingBytes();
+  SetOwnFile(Stored("[\nkey=value\n[\n" + std::string(9000, '7')));
+  const int64_t before = LivingBytes();
   uint32_t nth = 0;
   int32_t result = 0;
   do {
-    test::AllocationFault fault(++nth);
+    AllocationFault fault(++nth);
     result = LoadSdkConfig();
     const bool struck = fault.Lift();
     EXPECT_EQ(struck ? -9 : 0, result) << nth;
     EXPECT_EQ(struck, LoadedSdkConfig() == nullptr);
-    EXPECT_TRUE(!struck || test::LivingBytes() == before) << nth;
+    EXPECT_TRUE(!struck || LivingBytes() == before) << nth;
   } while (result != 0);
   EXPECT_GT(nth, 4U);
 }
 
 // Whoever loads and releases, a record that was found and tables that are held stay whole.
 TEST_F(SdkConfigFile, ThreadsLoadAndReleaseAsTheyLike) {
-  test::SetOwnFile(Stored("[\n[\n500,abc,KM500,def,ghi,1,2,3,4,5\n"));
+  SetOwnFile(Stored("[\n[\n500,abc,KM500,def,ghi,1,2,3,4,5\n"));
   std::vector<std::thread> threads(4);
   for (std::thread& thread : threads) {
     thread = std::thread([] {
@@ -115,7 +115,7 @@ TEST_F(SdkConfigFile, ThreadsLoadAndReleaseAsTheyLike) {
 }
 
 TEST_F(SdkConfigFile, TellsAboutAModel) {
-  test::SetOwnFile(Stored("[\n[\n500,,KM500,,,66051\n-1,," + std::string(64, 'n') + ",,,-2147483648\n70000,,BIG"));
+  SetOwnFile(Stored("[\n[\n500,,KM500,,,66051\n-1,," + std::string(64, 'n') + ",,,-2147483648\n70000,,BIG"));
   ASSERT_EQ(0, LoadSdkConfig());
   const struct {
     int32_t number;
@@ -149,11 +149,11 @@ TEST_F(SdkConfigFile, TellsAboutAModel) {
 TEST_F(SdkConfigFile, HandleThatIsNotMadeSaysWhy) {
   ASSERT_EQ(0, LoadSdkConfig());
   EXPECT_EQ("KM452", ViewText(MakeModelHandle(452, *LoadedSdkConfig())->info.model_name));
-  test::AllocationFault fault(1);
+  AllocationFault fault(1);
   EXPECT_EQ(nullptr, MakeModelHandle(452, *LoadedSdkConfig()));
   EXPECT_TRUE(fault.Lift());
   EXPECT_EQ(-9, ModelHandleError());
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -9,7 +9,7 @@
 #include "support/scripted_port.h"
 #include "vexo/extend.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using Calls = std::vector<std::string>;
@@ -18,13 +18,13 @@ constexpr Export kExports[] = {DiskPortOpen, ScannerPortOpen, ScannerGunPortOpen
 
 class SpecialPorts : public ::testing::Test {
  protected:
-  void SetUp() override { test::SetDriverScript({}); }
+  void SetUp() override { SetDriverScript({}); }
 
   void TearDown() override {
-    test::SetDriverScript({});
+    SetDriverScript({});
     EXPECT_EQ(-301, DiskPortOpen(&handle_, ""));  // Gives the port back.
     EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(0, test::OpenDevices());
+    EXPECT_EQ(0, OpenDevices());
   }
 
   VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
@@ -56,12 +56,12 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(&row - kRows);
-    test::SetDriverScript({0, row.open_result});
+    SetDriverScript({0, row.open_result});
     const bool opens = row.open_result == 0 || row.open_result == 5;
     EXPECT_EQ(opens ? 0 : row.open_result, row.open(&handle_, row.text));
     EXPECT_EQ(opens ? 1 : 0, handle_.portOpen);
     EXPECT_EQ(row.kind, handle_.port->kind);
-    EXPECT_EQ(row.last_call, test::DriverCalls().back());
+    EXPECT_EQ(row.last_call, DriverCalls().back());
     EXPECT_EQ(1U, PortLockReferenceCount());
   }
 }
@@ -69,11 +69,11 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
 TEST_F(SpecialPorts, ReopeningClosesTheOldPortFirst) {
   ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
   int open_while_changing = 0;
-  test::SetDriverScript(
+  SetDriverScript(
       {0, 0, [&](const std::string& call) { open_while_changing += call != "COM Close" ? handle_.portOpen : 0; }});
   ASSERT_EQ(0, DiskPortOpen(&handle_, "USB"));
   EXPECT_EQ((Calls{"COM Close", "USB Configure vexo:/dev/bus/USB/DEVICE", "USB OpenDeviceOfClass 0, 1"}),
-            test::DriverCalls());
+            DriverCalls());
   EXPECT_EQ(0, open_while_changing);
 }
 
@@ -89,13 +89,13 @@ TEST_F(SpecialPorts, FailureToMakeTheNewPortLeavesNone) {
     EXPECT_EQ(-6, open(&wrong, "USB"));
     for (const auto& row : kRows) {
       ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
-      test::SetDriverScript({row.configure_result});
+      SetDriverScript({row.configure_result});
       EXPECT_EQ(row.code, open(&handle_, row.text));
-      EXPECT_EQ("COM Close", test::DriverCalls().front());
+      EXPECT_EQ("COM Close", DriverCalls().front());
       EXPECT_EQ(nullptr, handle_.port);
       EXPECT_EQ(0, handle_.portOpen);
       EXPECT_EQ(0U, PortLockReferenceCount());
-      test::SetDriverScript({});
+      SetDriverScript({});
     }
   }
   EXPECT_EQ(nullptr, wrong.port);
@@ -106,9 +106,9 @@ TEST_F(SpecialPorts, HostsOwnPortIsClosedAndStaysTheHosts) {
   ASSERT_EQ(0, DiskPortOpen(&other, "USB"));  // A share in the lock that must not be given back for the host's port.
   for (const uint32_t magic : {VEXO_PORT_MAGIC, VEXO_PORT_MAGIC + 1}) {
     DiskPortOpen(&handle_, "");
-    test::ScriptedPort hosts;
+    ScriptedPort hosts;
     hosts.magic = magic;
-    handle_ = test::OpenHandle(&hosts);
+    handle_ = OpenHandle(&hosts);
     EXPECT_EQ(0, ScannerPortOpen(&handle_, "USB"));
     EXPECT_NE(&hosts, handle_.port);
     EXPECT_EQ(2U, PortLockReferenceCount());
@@ -120,4 +120,4 @@ TEST_F(SpecialPorts, HostsOwnPortIsClosedAndStaysTheHosts) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

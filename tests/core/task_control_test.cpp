@@ -4,17 +4,14 @@
 
 #include "monitor_fixture.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using namespace std::string_literals;
-using test::kV1Prefix;
-using test::MonitorTest;
-using test::ValueReply;
 using Texts = std::vector<std::string>;
 
 uint32_t SleptMs() {
-  const std::vector<uint32_t> sleeps = test::RecordedSleeps();
+  const std::vector<uint32_t> sleeps = RecordedSleeps();
   return std::accumulate(sleeps.begin(), sleeps.end(), 0U);
 }
 
@@ -66,7 +63,7 @@ TEST_F(TaskControl, AnswerIsWaitedForInStepsOfTheReadTimeout) {
                                          uint32_t status = 0;
                                          return GetDeviceStatus(monitor, &status);
                                        }}}) {
-      test::SetClock(0);
+      SetClock(0);
       const size_t before = Receives();
       EXPECT_EQ(-7003, call(monitor_));
       EXPECT_EQ(1 + polls * row.receives_per_poll, Receives() - before) << row.read_timeout;
@@ -85,7 +82,7 @@ TEST_F(TaskControl, AnswerEndsTheWaiting) {
       for (int receive = 0; receive < silent_receives; ++receive) {
         WillHear("");
       }
-      WillHear(test::Frame(0x103, "?"));
+      WillHear(Frame(0x103, "?"));
       EXPECT_EQ(result, clear ? SetClearPrintTask(monitor_) : ResetPrinterInteriorId(monitor_, 1)) << silent_receives;
     }
   }
@@ -95,7 +92,7 @@ TEST_F(TaskControl, OldAnswersAndEventsAreNoAnswer) {
   Open();
   SetReadTimeOut(monitor_, 0);
   Hear(ValueReply(1));
-  WillHear(ValueReply(2) + test::Started("0007"));
+  WillHear(ValueReply(2) + Started("0007"));
   EXPECT_EQ(-7003, SetClearPrintTask(monitor_));
   EXPECT_EQ("task 7 status 1", TakeReport());
 }
@@ -115,7 +112,7 @@ TEST_F(TaskControl, DeviceStatusIsInverted) {
     uint32_t status;
   } rows[] = {{ValueReply(5), 0xFFFFFFFA},
               {ValueReply(0xFFFFFFFF), 0},
-              {test::Frame(0x104, "?\x05"), 0xFFFFFFFF},
+              {Frame(0x104, "?\x05"), 0xFFFFFFFF},
               {ValueReply(5) + ValueReply(6), 0xFFFFFFFA}};
   for (const auto& row : rows) {
     uint32_t status = 1;
@@ -130,4 +127,4 @@ TEST_F(TaskControl, DeviceStatusIsInverted) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

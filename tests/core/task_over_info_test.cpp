@@ -11,22 +11,21 @@
 #include "support/virtual_clock.h"
 #include "vexo/extend.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using namespace std::string_literals;
-using test::BytesOf;
-using Step = test::ScriptedPort::Step;
+using Step = ScriptedPort::Step;
 
 std::string Reply(const std::string& value) {
   const std::string payload = "getval \"task\"\r\n" + "\0\1\0\0"s + value;
-  return "\x1b\x1c& V2abc" + test::LittleEndian(static_cast<uint32_t>(payload.size()), 2) + "fghijkl" + payload;
+  return "\x1b\x1c& V2abc" + LittleEndian(static_cast<uint32_t>(payload.size()), 2) + "fghijkl" + payload;
 }
 
 class TaskOverInfo : public ::testing::Test {
  protected:
   TaskOverInfo() {
-    test::SetClock(0);
+    SetClock(0);
     StoreLastErrorCode(4711);
   }
   ~TaskOverInfo() override { EXPECT_EQ(4711, GetLastErrorCode()); }
@@ -55,17 +54,17 @@ class TaskOverInfo : public ::testing::Test {
   }
   std::string ListenTo(const std::string& bytes, uint32_t size = 16) { return Listen({{0, BytesOf(bytes)}}, 0, size); }
 
-  test::ScriptedPort port_;
-  VexoPrinterHandle handle_ = test::OpenHandle(&port_);
+  ScriptedPort port_;
+  VexoPrinterHandle handle_ = OpenHandle(&port_);
 };
 
 TEST_F(TaskOverInfo, ListensInPassesUntilTheTimeIsOver) {
   for (const auto& [time_ms, passes] :
        {std::pair(-5, 1), std::pair(0, 1), std::pair(19, 1), std::pair(20, 2), std::pair(100, 6)}) {
-    test::SetClock(0);
+    SetClock(0);
     const size_t before = port_.Operations().size();
     EXPECT_EQ("-332", Listen({}, time_ms));
-    EXPECT_EQ(std::vector<uint32_t>(static_cast<size_t>(passes), 20), test::RecordedSleeps()) << time_ms;
+    EXPECT_EQ(std::vector<uint32_t>(static_cast<size_t>(passes), 20), RecordedSleeps()) << time_ms;
     EXPECT_EQ(before + static_cast<size_t>(passes), port_.Operations().size());
     EXPECT_EQ("Read(0, 256)", port_.Operations().back());
   }
@@ -110,12 +109,12 @@ TEST_F(TaskOverInfo, SilenceGivesTheResultOfTheLastPass) {
   EXPECT_EQ("5", Listen({{-332}, {-309}, {5}}, 59));
   EXPECT_EQ("untouched", Listen({{5}, {0}}, 39));
   EXPECT_EQ("x...............########", Listen({{5}, {-332, BytesOf(Reply("x"))}, {-331}}, 59));
-  test::SetClock(0);
+  SetClock(0);
   handle_.portOpen = 0;
   EXPECT_EQ("-309", Listen({}));
   handle_.magic = 1;
   EXPECT_EQ("-6", Listen({}));
-  EXPECT_EQ(6U + 6U, test::RecordedSleeps().size()) << "a bad handle does not end the listening";
+  EXPECT_EQ(6U + 6U, RecordedSleeps().size()) << "a bad handle does not end the listening";
 }
 
 TEST_F(TaskOverInfo, PacketLongerThanTheBufferCountsAsFarAsThereIsRoom) {
@@ -133,4 +132,4 @@ TEST_F(TaskOverInfo, NullArgumentsAreRefused) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -13,7 +13,7 @@
 #include "support/scripted_drivers.h"
 #include "vexo/extend.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 bool IsOpenOrClosed(int32_t result) { return result == 0 || result == -6 || result == -308 || result == -309; }
@@ -42,17 +42,17 @@ std::future<int32_t> StartWriting(VexoPort* port) {
 
 class Threads : public ::testing::Test {
  protected:
-  void SetUp() override { test::SetDriverScript({}); }
+  void SetUp() override { SetDriverScript({}); }
 
   void TearDown() override {
     DiskPortOpen(&handle_, "");
     EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(0, test::OpenDevices());
-    EXPECT_EQ(drivers_before_, test::LivingDrivers());
+    EXPECT_EQ(0, OpenDevices());
+    EXPECT_EQ(drivers_before_, LivingDrivers());
   }
 
   VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
-  const int32_t drivers_before_ = test::LivingDrivers();
+  const int32_t drivers_before_ = LivingDrivers();
 };
 
 TEST_F(Threads, PortsAreOpenedAndClosedOnAnyThread) {
@@ -117,4 +117,4 @@ TEST_F(Threads, AbortEndsTheTransfersOfAnotherThreadForGood) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -7,7 +7,7 @@
 
 #include "support/virtual_clock.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using Sleeps = std::vector<uint32_t>;
@@ -19,7 +19,7 @@ VexoPortTimeouts ReadLimits(uint32_t budget) { return {20, 0, budget, 0, 0, 0}; 
 // Close before the tick count wraps around: whatever is measured here is measured across that moment.
 class Pacing : public ::testing::Test {
  protected:
-  void SetUp() override { test::SetClock(0xFFFFFFFF); }
+  void SetUp() override { SetClock(0xFFFFFFFF); }
 };
 
 TEST_F(Pacing, BudgetGrowsWithTheLengthAndNeverMeansForever) {
@@ -65,7 +65,7 @@ TEST_F(Pacing, ReadGoesOnWhileThereIsTime) {
     bool goes_on = true;
     for (const auto& [milliseconds, bytes] : row.attempts) {
       EXPECT_TRUE(goes_on && pacing.StartAttempt());
-      test::AdvanceClock(milliseconds);
+      AdvanceClock(milliseconds);
       goes_on = pacing.EndAttempt(bytes);
       if (goes_on) {
         pacing.Pause();
@@ -73,20 +73,20 @@ TEST_F(Pacing, ReadGoesOnWhileThereIsTime) {
     }
     EXPECT_EQ(row.goes_on, goes_on && pacing.StartAttempt());
     EXPECT_TRUE(!row.goes_on || row.wait == pacing.wait()) << pacing.wait();
-    EXPECT_EQ(row.sleeps, test::RecordedSleeps());
+    EXPECT_EQ(row.sleeps, RecordedSleeps());
   }
 }
 
 TEST_F(Pacing, WritesShareTheBudget) {
   WritePacing pacing({0, 0, 0, 10, 2000, 0}, 5);
   EXPECT_EQ(2050U, pacing.StartTransfer());
-  test::AdvanceClock(500);
+  AdvanceClock(500);
   pacing.EndTransfer();
   EXPECT_EQ(1550U, pacing.StartTransfer());
-  test::AdvanceClock(500);
+  AdvanceClock(500);
   EXPECT_TRUE(pacing.EndPartialTransfer(5));
   EXPECT_EQ(1050U, pacing.StartTransfer());
-  test::AdvanceClock(1051);
+  AdvanceClock(1051);
   pacing.EndTransfer();
   EXPECT_EQ(0U, pacing.StartTransfer());
 }
@@ -97,16 +97,16 @@ TEST_F(Pacing, PartsAreHeldAgainstTheChunksBudget) {
   for (const uint32_t last : {50U, 51U}) {
     WritePacing pacing({0, 0, 0, 1, 100, 0}, 1000);
     pacing.StartTransfer();
-    test::AdvanceClock(300);
+    AdvanceClock(300);
     pacing.EndTransfer();
     pacing.StartTransfer();
-    test::AdvanceClock(150);
+    AdvanceClock(150);
     EXPECT_TRUE(pacing.EndPartialTransfer(100));
     pacing.StartTransfer();
-    test::AdvanceClock(last);
+    AdvanceClock(last);
     EXPECT_EQ(last == 50, pacing.EndPartialTransfer(100));
   }
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -11,7 +11,7 @@
 
 #include "support/allocation_faults.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using Texts = std::vector<std::string>;
@@ -106,11 +106,11 @@ TEST_F(UsbCallbackRegistryTest, CallbackMayAddAndRemoveAndThrow) {
 
 TEST_F(UsbCallbackRegistryTest, AddWithoutMemoryChangesNothing) {
   Add(0);
-  test::AllocationFault fault(1);
+  AllocationFault fault(1);
   EXPECT_THROW(Add(1), std::bad_alloc);
   ASSERT_TRUE(fault.Lift());
   EXPECT_EQ("0", Deliver());
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

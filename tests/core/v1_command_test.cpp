@@ -10,10 +10,9 @@
 #include "protocol/reply_patterns.h"
 #include "support/scripted_port.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
-using test::BytesOf;
 using namespace std::string_literals;
 
 TEST(HexText, SeparatorsGoFirstThenPairsAreRead) {
@@ -86,4 +85,4 @@ TEST(ReplyPatterns, GetvalAnswerHasKeyAndValueWithoutQuotes) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -10,12 +10,12 @@
 #include "support/scripted_port.h"
 #include "support/virtual_clock.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 constexpr char kLoader[] = "NET,loader";
 
-class YModemDownloadTest : public test::DownloadTest {
+class YModemDownloadTest : public DownloadTest {
  protected:
   Result Download(const Bytes& content, const char* descriptor = nullptr) {
     const std::string name = MakeFile(content);
@@ -43,15 +43,15 @@ Bytes Sealed(Bytes head, const Bytes& data) {
 }
 
 Bytes HeaderBlock(const std::string& name, size_t size) {
-  Bytes data = test::BytesOf(name + '\0' + std::to_string(size));
+  Bytes data = BytesOf(name + '\0' + std::to_string(size));
   data.resize(128);
   return Sealed({1, 0, 0xFF}, data);
 }
 
 TEST(YModemBlock, ChecksumIsThatOfXModem) {
-  EXPECT_EQ(0x31C3, SlowChecksum(test::BytesOf("123456789")));
+  EXPECT_EQ(0x31C3, SlowChecksum(BytesOf("123456789")));
   for (const size_t size : {0, 1, 9, 128, 1024}) {
-    const Bytes data = test::FileContent(size);
+    const Bytes data = FileContent(size);
     EXPECT_EQ(SlowChecksum(data), YModemChecksum(data.data(), data.size()));
   }
 }
@@ -71,7 +71,7 @@ TEST(YModemBlock, LongNameLeavesRoomForTheSize) {
 }
 
 TEST_F(YModemDownloadTest, GoesThroughTheLoader) {
-  const Bytes content = test::FileContent(1500);
+  const Bytes content = FileContent(1500);
   refused_connects_ = 2;
   const Result result = Download(content, kLoader);
   EXPECT_EQ(0, result.code);
@@ -86,27 +86,27 @@ TEST_F(YModemDownloadTest, GoesThroughTheLoader) {
   Bytes first(content.begin(), content.begin() + 1024);
   Bytes second = first;  // Filled up with what the block before it left.
   std::copy(content.begin() + 1024, content.end(), second.begin());
-  EXPECT_EQ((test::Pieces{{0x1D, 0x75, 0x55, 0xAA},
-                          {'1'},
-                          HeaderBlock(name, 1500),
-                          Sealed({2, 1, 0xFE}, first),
-                          Sealed({2, 2, 0xFD}, second),
-                          {4},
-                          Sealed({1, 0, 0xFF}, Bytes(128)),
-                          {'3'},
-                          test::BytesOf(test::kRestartCommand)}),
+  EXPECT_EQ((Pieces{{0x1D, 0x75, 0x55, 0xAA},
+                    {'1'},
+                    HeaderBlock(name, 1500),
+                    Sealed({2, 1, 0xFE}, first),
+                    Sealed({2, 2, 0xFD}, second),
+                    {4},
+                    Sealed({1, 0, 0xFF}, Bytes(128)),
+                    {'3'},
+                    BytesOf(kRestartCommand)}),
             written_);
   EXPECT_EQ((std::vector<int32_t>{0, 0, 50, 100}), progress_);
-  EXPECT_EQ((std::vector<uint32_t>{1000, 500, 500, 500, 50, 50, 200, 200}), test::RecordedSleeps());
+  EXPECT_EQ((std::vector<uint32_t>{1000, 500, 500, 500, 50, 50, 200, 200}), RecordedSleeps());
   EXPECT_EQ(0, handle_.portOpen);
-  const std::vector<std::string> calls = test::DriverCalls();
+  const std::vector<std::string> calls = DriverCalls();
   ASSERT_GE(calls.size(), 3U);
   EXPECT_EQ("USB Close", calls[0]);
   EXPECT_EQ("NET Configure vexo:/dev/bus/NET/DEVICE?ip=loader+port=9100", calls[2]);
 }
 
 TEST_F(YModemDownloadTest, InTheLoaderAlreadyWithAnExactMultiple) {
-  const Bytes content = test::FileContent(2048);
+  const Bytes content = FileContent(2048);
   EXPECT_EQ(0, Download(content).code);
   ASSERT_EQ(9U, written_.size());
   EXPECT_EQ(Sealed({2, 2, 0xFD}, {content.begin() + 1024, content.end()}), written_[3]);
@@ -115,14 +115,14 @@ TEST_F(YModemDownloadTest, InTheLoaderAlreadyWithAnExactMultiple) {
 }
 
 TEST_F(YModemDownloadTest, BlockNumbersWrap) {
-  EXPECT_EQ(0, Download(test::FileContent(256 * 1024 - 1)).code);
+  EXPECT_EQ(0, Download(FileContent(256 * 1024 - 1)).code);
   EXPECT_EQ((Bytes{2, 255, 0}), Bytes(written_[2 + 254].begin(), written_[2 + 254].begin() + 3));
   EXPECT_EQ((Bytes{2, 0, 255}), Bytes(written_[2 + 255].begin(), written_[2 + 255].begin() + 3));
 }
 
 TEST_F(YModemDownloadTest, FindsTheSameUsbPrinterAgain) {
   EXPECT_EQ(0, Download({1}, "USB").code);
-  EXPECT_EQ("USB Configure vexo:/dev/bus/USB/A1", test::DriverCalls().at(2));
+  EXPECT_EQ("USB Configure vexo:/dev/bus/USB/A1", DriverCalls().at(2));
 }
 
 TEST_F(YModemDownloadTest, LoaderThatNeverComes) {
@@ -162,7 +162,7 @@ TEST_F(YModemDownloadTest, FailureAtEachStep) {
   failing_write_ = -1;
   const struct {
     int answer;
-    test::Pieces instead;
+    Pieces instead;
     int32_t code;
     uint32_t slept;  // In all, after the answer's own pause.
   } rows[] = {{0, {}, -6008, 1000},
@@ -181,9 +181,7 @@ TEST_F(YModemDownloadTest, FailureAtEachStep) {
   const uint32_t own_pauses[] = {500, 0, 50, 200, 200};
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
-    alter_answer_ = [&](int answer, const Bytes& sound) {
-      return answer == row.answer ? row.instead : test::Pieces{sound};
-    };
+    alter_answer_ = [&](int answer, const Bytes& sound) { return answer == row.answer ? row.instead : Pieces{sound}; };
     const Result result = Download({1});
     EXPECT_EQ(row.code, result.code);
     EXPECT_EQ(row.code == 0       ? "Completed..."
@@ -191,7 +189,7 @@ TEST_F(YModemDownloadTest, FailureAtEachStep) {
                                   : "failed:Slave Response Failed...",
               result.LastLine());
     uint32_t slept = 0;
-    for (const uint32_t sleep : test::RecordedSleeps()) {
+    for (const uint32_t sleep : RecordedSleeps()) {
       slept += sleep;
     }
     uint32_t expected = row.slept;
@@ -229,7 +227,7 @@ TEST_F(YModemDownloadTest, CancelledAtEachPoint) {
         setCancel();
       }
     };
-    const Result result = Download(test::FileContent(2000), kLoader);
+    const Result result = Download(FileContent(2000), kLoader);
     // Looked at before the handshake and before each block, and never later.
     const size_t writes[] = {1, 3, 3, 4, 9, 9};
     EXPECT_EQ(write < 4 ? -6004 : 0, result.code);
@@ -239,4 +237,4 @@ TEST_F(YModemDownloadTest, CancelledAtEachPoint) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test
