@@ -108,12 +108,16 @@ Steps Ymodem(const std::string& data, Steps blocks) {
          Steps{kEndOfFile, kClosing, kEndOfSession, kReset};
 }
 
+constexpr PrinterMode kPrinter = PrinterMode::kOrdinary;
+constexpr PrinterMode kYmodem = PrinterMode::kYmodemLoader;
+constexpr PrinterMode kFirmware = PrinterMode::kFirmwareLoader;
+
 struct Scenario {
   std::string name;
-  std::vector<std::string> faults;
-  PrinterMode mode;
   Steps steps;
-  std::vector<std::string> downloads;  // What the printer has in the end.
+  std::vector<std::string> downloads = {};  // What the printer has in the end.
+  PrinterMode mode = kPrinter;
+  std::vector<std::string> faults = {};
 };
 
 // A printer and a host that does what a scenario says, its bytes cut into pieces.
@@ -128,6 +132,18 @@ class Site {
     for (const Step& step : steps_) {
       EXPECT_EQ(Send(step.sent), step.answer) << "step " << &step - steps_.data();
     }
+  }
+
+  std::vector<std::string> downloads;
+
+ private:
+  static PrinterSetup SetupOf(const Scenario& scenario) {
+    PrinterSetup setup;
+    setup.downloads.mode = scenario.mode;
+    for (const std::string& fault : scenario.faults) {
+      setup.downloads.faults.push_back(*ParseDownloadFault(fault));
+    }
+    return setup;
   }
 
   std::string Send(const std::string& bytes) {
@@ -148,19 +164,6 @@ class Site {
     return answer;
   }
 
-  std::vector<std::string> downloads;
-  std::vector<Outage> outages;
-
- private:
-  static PrinterSetup SetupOf(const Scenario& scenario) {
-    PrinterSetup setup;
-    setup.downloads.mode = scenario.mode;
-    for (const std::string& fault : scenario.faults) {
-      setup.downloads.faults.push_back(*ParseDownloadFault(fault));
-    }
-    return setup;
-  }
-
   void Note(const PrinterModel::Events& events, std::string& answer) {
     for (const WireEvent& event : events) {
       if (event.direction == WireEvent::Direction::kSent) {
@@ -170,9 +173,6 @@ class Site {
     PrinterOrders orders = model_.TakeOrders();
     for (const auto& [connection, download] : orders.completed) {
       downloads.emplace_back(download.data.begin(), download.data.end());
-    }
-    if (orders.outage) {
-      outages.push_back(*orders.outage);
     }
     if (orders.outage || !orders.dropped.empty()) {
       Reconnect();
@@ -192,65 +192,44 @@ class Site {
   bool dropped_ = false;
 };
 
-constexpr PrinterMode kPrinter = PrinterMode::kOrdinary;
-constexpr PrinterMode kYmodem = PrinterMode::kYmodemLoader;
-constexpr PrinterMode kFirmware = PrinterMode::kFirmwareLoader;
-
 const std::string kLong = Content(5000);
 const std::string kEven = Content(4096);
 const std::string kShort = Content(30);
-const std::string kSegments = SegmentHeader(3000) + Content(3000) + SegmentHeader(0) + SegmentHeader(5) + "abcde";
 const Steps kShortFile = {kFileMode, Acknowledged(0, kShort, 2048), kReset};
 const Steps kShortFont = {kFontMode, Acknowledged(0, kShort, 1000), kEndOfFont, kReset};
+const Steps kShortYmodem = Ymodem(kShort, {{Data(0, kShort), "06"}});
+const Steps kTwoBlocks =
+    Ymodem(Content(2000), {{Data(0, Content(1024)), "06"}, {Data(1, Content(2000).substr(1024), 'x'), "06"}});
 const Steps kTwoSegments = {
     kDfu, {SegmentHeader(3), "00"}, {"abc", "00"}, {kReconnect, ""}, {SegmentHeader(1), "00"}, {"d", "00"}, kReset};
 const std::string kTwoSegmentImage = SegmentHeader(3) + "abc" + SegmentHeader(1) + "d";
 
 const Scenario kGoodDownloads[] = {
-    {"file",
-     {},
-     kPrinter,
-     {kFileMode, Acknowledged(0, kLong.substr(0, 2048), 2048), Acknowledged(1, kLong.substr(2048, 2048), 2048),
-      Acknowledged(2, kLong.substr(4096), 2048), kReset},
-     {kLong}},
-    {"file of whole packages behind print data",
-     {},
-     kPrinter,
+    {"file behind print data",
      {{"Total 9.99\n\x12\x46", "4F4B"},
-      Acknowledged(0, kEven.substr(0, 2048), 2048),
-      Acknowledged(1, kEven.substr(2048), 2048),
+      Acknowledged(0, kLong.substr(0, 2048), 2048),
+      Acknowledged(1, kLong.substr(2048, 2048), 2048),
+      Acknowledged(2, kLong.substr(4096), 2048),
       kReset},
+     {kLong}},
+    {"file of whole packages",
+     {kFileMode, Acknowledged(0, kEven.substr(0, 2048), 2048), Acknowledged(1, kEven.substr(2048), 2048), kReset},
      {kEven}},
     {"font with the last package's filler",
-     {},
-     kPrinter,
      {kFontMode, Acknowledged(0, kShort.substr(0, 16), 16), Acknowledged(1, kShort.substr(16), 16, 'x'), kEndOfFont,
       kReset},
      {kShort}},
-    {"font of one short package", {}, kPrinter, kShortFont, {kShort}},
-    {"font of one full package", {}, kPrinter, {kFontMode, Acknowledged(0, kShort, 30), kEndOfFont, kReset}, {kShort}},
+    {"font of one short package", kShortFont, {kShort}},
+    {"font of one full package", {kFontMode, Acknowledged(0, kShort, 30), kEndOfFont, kReset}, {kShort}},
     {"font in the largest packages",
-     {},
-     kPrinter,
      {kFontMode, Acknowledged(0, Content(65535), 65535), kEndOfFont, kReset},
      {Content(65535)}},
-    {"ymodem",
-     {},
-     kPrinter,
-     Steps{kLoaderMode} + Ymodem(kLong, {{Data(0, kLong.substr(0, 1024)), "06"},
-                                         {Data(1, kLong.substr(1024, 1024)), "06"},
-                                         {Data(2, kLong.substr(2048, 1024)), "06"},
-                                         {Data(3, kLong.substr(3072, 1024)), "06"},
-                                         {Data(4, kLong.substr(4096), 'x'), "06"}}),
-     {kLong}},
+    {"ymodem", Steps{kLoaderMode} + kTwoBlocks, {Content(2000)}},
     {"ymodem with a block beyond the size",
-     {},
-     kYmodem,
      Ymodem(Content(1024), {{Data(0, Content(1024)), "06"}, {Data(1, "more"), "06"}}),
-     {Content(1024)}},
+     {Content(1024)},
+     kYmodem},
     {"firmware, with an empty body in it",
-     {},
-     kPrinter,
      {kDfu,
       {SegmentHeader(3000), "00"},
       {Content(3000), "00"},
@@ -260,7 +239,7 @@ const Scenario kGoodDownloads[] = {
       {SegmentHeader(5), "00"},
       {"abcde", "00"},
       kReset},
-     {kSegments}},
+     {SegmentHeader(3000) + Content(3000) + SegmentHeader(0) + SegmentHeader(5) + "abcde"}},
 };
 
 // The steps with others before one of them: what goes wrong first.
@@ -281,130 +260,94 @@ std::string Overfull() {
   return package + Number(Sum(package), 2);
 }
 
-const std::string kPackage = Package(0, kShort, 2048);
-const std::string kFontPackage = Package(0, kShort, 1000);
+const Step& kPackage = kShortFile[1];
+const Step& kFontPackage = kShortFont[1];
+const Step& kHeader = kShortYmodem[1];
+const Step& kBlock = kShortYmodem[2];
 const std::string kRefusedPackage = Acknowledgement(0, 1);
-const Steps kShortYmodem = Ymodem(kShort, {{Data(0, kShort), "06"}});
-const std::string kBlock = Data(0, kShort);
 
 Step Answered(const Step& step, const std::string& answer) { return {step.sent, answer}; }
 
+// Sent before the only package of a file, or before a step of a YModem session, which refuses it.
+Scenario WrongPackage(const std::string& name, const std::string& sent, const std::string& answer = kRefusedPackage) {
+  return {name, Before(kShortFile, 1, {{sent, answer}}), {kShort}};
+}
+Scenario WrongBlock(const std::string& name, std::size_t step, const std::string& sent) {
+  return {name, Before(kShortYmodem, step, {{sent, "15"}}), {kShort}, kYmodem};
+}
+
 const Scenario kHostErrors[] = {
-    {"wrong checksum", {}, kPrinter, Before(kShortFile, 1, {{Corrupted(kPackage, 500), kRefusedPackage}}), {kShort}},
-    {"wrong magic",
-     {},
-     kPrinter,
-     Before(kShortFile, 1,
-            {{Corrupted(kPackage, 3),
-              "DDCCBBAB00000000"
-              "0100"
-              "0F03"}}),
-     {kShort}},
-    {"half a package", {}, kPrinter, Before(kShortFile, 1, {{kPackage.substr(0, 900), kRefusedPackage}}), {kShort}},
-    {"more bytes than fit", {}, kPrinter, Before(kShortFile, 1, {{Overfull(), kRefusedPackage}}), {kShort}},
-    {"packages out of order",
-     {},
-     kPrinter,
-     Before(kShortFile, 1, {{Package(1, kShort, 2048), Acknowledgement(1, 1)}}),
-     {kShort}},
-    {"package repeated", {}, kPrinter, Before(kShortFile, 1, {kShortFile[1]}), {kShort}},
+    WrongPackage("wrong checksum", Corrupted(kPackage.sent, 500)),
+    WrongPackage("wrong magic", Corrupted(kPackage.sent, 3), "DDCCBBAB0000000001000F03"),
+    WrongPackage("half a package", kPackage.sent.substr(0, 900)),
+    WrongPackage("more bytes than fit", Overfull()),
+    WrongPackage("packages out of order", Package(1, kShort, 2048), Acknowledgement(1, 1)),
+    WrongPackage("package repeated", kPackage.sent, kPackage.answer),
     {"first font package corrupted",
-     {},
-     kPrinter,
-     Before(kShortFont, 1, {{Corrupted(kFontPackage, 20), kRefusedPackage}}),
+     Before(kShortFont, 1, {{Corrupted(kFontPackage.sent, 20), kRefusedPackage}}),
      {kShort}},
-    {"font without an end", {}, kPrinter, {kFontMode, kShortFont[1], kReset}, {}},
-    {"another command gives a file up", {}, kPrinter, Before(kShortFile, 2, {{kOff, ""}}), {}},
-    {"file begun again", {}, kPrinter, Before(kShortFile, 2, {kFileMode, kShortFile[1]}), {kShort}},
-    {"connection lost in a file", {}, kPrinter, Before(kShortFile, 2, {{kReconnect, ""}}), {}},
-    {"wrong CRC", {}, kYmodem, Before(kShortYmodem, 2, {{Corrupted(kBlock, 500), "15"}}), {kShort}},
-    {"CRC high byte first",
-     {},
-     kYmodem,
-     Before(kShortYmodem, 2, {{kBlock.substr(0, 1027) + kBlock[1028] + kBlock[1027], "15"}}),
-     {kShort}},
-    {"wrong block number", {}, kYmodem, Before(kShortYmodem, 2, {{Data(1, kShort), "15"}}), {kShort}},
-    {"half a block", {}, kYmodem, Before(kShortYmodem, 2, {{kBlock.substr(0, 1000), "15"}}), {kShort}},
-    {"block repeated",
-     {},
-     kYmodem,
-     Ymodem(
-         Content(2000),
-         {{Data(0, Content(1024)), "06"}, {Data(0, Content(1024)), "06"}, {Data(1, Content(2000).substr(1024)), "06"}}),
-     {Content(2000)}},
-    {"end before the data", {}, kYmodem, Before(kShortYmodem, 2, {{"\x04", "15"}}), {kShort}},
-    {"header without a size", {}, kYmodem, Before(kShortYmodem, 1, {{Header("a", "").sent, "15"}}), {kShort}},
-    {"absurd size", {}, kYmodem, Before(kShortYmodem, 1, {{Header("a", "99999999999").sent, "15"}}), {kShort}},
-    {"noise in the loader", {}, kYmodem, Before(kShortYmodem, 0, {{"\x1D\x75\x55\xAA\x12\x46", ""}}), {kShort}},
+    {"font without an end", {kFontMode, kFontPackage, kReset}},
+    {"another command gives a file up", Before(kShortFile, 2, {{kOff, ""}})},
+    {"file begun again", Before(kShortFile, 2, {kFileMode, kPackage}), {kShort}},
+    {"connection lost in a file", Before(kShortFile, 2, {{kReconnect, ""}})},
+    WrongBlock("wrong CRC", 2, Corrupted(kBlock.sent, 500)),
+    WrongBlock("CRC high byte first", 2, kBlock.sent.substr(0, 1027) + kBlock.sent[1028] + kBlock.sent[1027]),
+    WrongBlock("wrong block number", 2, Data(1, kShort)),
+    WrongBlock("half a block", 2, kBlock.sent.substr(0, 1000)),
+    WrongBlock("end before the data", 2, "\x04"),
+    WrongBlock("header without a size", 1, Header("a", "").sent),
+    WrongBlock("absurd size", 1, Header("a", "99999999999").sent),
+    {"block repeated", Before(kTwoBlocks, 3, {kTwoBlocks[2]}), {Content(2000)}, kYmodem},
+    {"noise in the loader", Before(kShortYmodem, 0, {{"\x1D\x75\x55\xAA\x12\x46", ""}}), {kShort}, kYmodem},
     {"connection lost in a ymodem file",
-     {},
-     kYmodem,
-     Steps{kStart, Header("a", "30"), {kBlock, "06"}, {kReconnect, ""}} + kShortYmodem,
-     {kShort}},
-    {"connection lost in a firmware body",
-     {},
-     kPrinter,
-     {kDfu, {SegmentHeader(3), "00"}, {"ab", ""}, {kReconnect, ""}, kReset},
-     {}},
+     Steps{kStart, kHeader, kBlock, {kReconnect, ""}} + kShortYmodem,
+     {kShort},
+     kYmodem},
+    {"connection lost in a firmware body", {kDfu, {SegmentHeader(3), "00"}, {"ab", ""}, {kReconnect, ""}, kReset}},
     {"firmware begun again in the loader",
-     {},
-     kFirmware,
      Steps{{SegmentHeader(1), "00"}, {"x", "00"}, {kReconnect, ""}} + kTwoSegments,
-     {kTwoSegmentImage}},
-    {"absurd body", {}, kFirmware, Before(kTwoSegments, 1, {{SegmentHeader(0xFFFFFFFF), "01"}}), {kTwoSegmentImage}},
+     {kTwoSegmentImage},
+     kFirmware},
+    {"absurd body", Before(kTwoSegments, 1, {{SegmentHeader(0xFFFFFFFF), "01"}}), {kTwoSegmentImage}, kFirmware},
 };
 
-const Step& kOne = kShortFile[1];
-const Step& kOneBlock = kShortYmodem[2];
+// A scenario of an ordinary printer with these faults.
+Scenario Faulty(const std::string& name, const std::vector<std::string>& faults, const Steps& steps,
+                const std::vector<std::string>& downloads = {}) {
+  return {name, steps, downloads, kPrinter, faults};
+}
+
 const Scenario kFaults[] = {
-    {"refused twice",
-     {"refuse@0x2"},
-     kPrinter,
-     Before(kShortFile, 1, {Answered(kOne, kRefusedPackage), Answered(kOne, kRefusedPackage)}),
-     {kShort}},
-    {"wrong echo", {"wrong-echo@0"}, kPrinter, Before(kShortFile, 1, {Answered(kOne, Acknowledgement(1))}), {kShort}},
-    {"bad checksum",
-     {"bad-checksum@0"},
-     kPrinter,
-     Before(kShortFile, 1, {Answered(kOne, "DDCCBBAA0000000000000F03")}),
-     {kShort}},
-    {"silence, then a split answer",
-     {"silence@0", "split@0"},
-     kPrinter,
-     Before(kShortFont, 1, {Answered(kShortFont[1], ""), Answered(kShortFont[1], "DDCCBBAA0000|000000000E03")}),
-     {kShort}},
-    {"dropped", {"drop@0"}, kPrinter, {kFileMode, Answered(kOne, ""), kReset}, {}},
-    {"file mode refused", {"refuse@mode"}, kPrinter, Before(kShortFile, 0, {Answered(kFileMode, "4E4F")}), {kShort}},
-    {"mode answer in pieces", {"split@mode"}, kPrinter, {Answered(kFontMode, "4F|4B")}, {}},
-    {"loader refused", {"refuse@mode"}, kPrinter, Steps{kLoaderMode} + kShortFile, {kShort}},
-    {"dropped without a loader", {"drop@mode"}, kPrinter, Steps{kDfu} + kShortFile, {kShort}},
+    Faulty("refused twice", {"refuse@0x2"},
+           Before(kShortFile, 1, {Answered(kPackage, kRefusedPackage), Answered(kPackage, kRefusedPackage)}), {kShort}),
+    Faulty("wrong echo", {"wrong-echo@0"}, Before(kShortFile, 1, {Answered(kPackage, Acknowledgement(1))}), {kShort}),
+    Faulty("bad checksum", {"bad-checksum@0"}, Before(kShortFile, 1, {Answered(kPackage, "DDCCBBAA0000000000000F03")}),
+           {kShort}),
+    Faulty("silence, then a split answer", {"silence@0", "split@0"},
+           Before(kShortFont, 1, {Answered(kFontPackage, ""), Answered(kFontPackage, "DDCCBBAA0000|000000000E03")}),
+           {kShort}),
+    Faulty("dropped", {"drop@0"}, {kFileMode, Answered(kPackage, ""), kReset}),
+    Faulty("file mode refused", {"refuse@mode"}, Before(kShortFile, 0, {Answered(kFileMode, "4E4F")}), {kShort}),
+    Faulty("mode answer in pieces", {"split@mode"}, {Answered(kFontMode, "4F|4B")}),
+    Faulty("loader refused", {"refuse@mode"}, Steps{kLoaderMode} + kShortFile, {kShort}),
+    Faulty("dropped without a loader", {"drop@mode"}, Steps{kDfu} + kShortFile, {kShort}),
     {"each step of a ymodem session refused",
-     {"refuse@handshake", "nak@header", "nak@0", "nak@end", "nak@closing"},
+     {Answered(kStart, "15"), kStart, Answered(kHeader, "15"), kHeader, Answered(kBlock, "15"), kBlock,
+      Answered(kEndOfFile, "15"), kEndOfFile, Answered(kClosing, "15"), kClosing, kEndOfSession, kReset},
+     {kShort},
      kYmodem,
-     {Answered(kStart, "15"), kStart, Answered(kShortYmodem[1], "15"), kShortYmodem[1], Answered(kOneBlock, "15"),
-      kOneBlock, Answered(kEndOfFile, "15"), kEndOfFile, Answered(kClosing, "15"), kClosing, kEndOfSession, kReset},
-     {kShort}},
+     {"refuse@handshake", "nak@header", "nak@0", "nak@end", "nak@closing"}},
     {"each step of a ymodem session unanswered or in pieces",
-     {"silence@handshake", "split@header", "silence@0", "silence@end", "silence@closing"},
+     {Answered(kStart, ""), kStart, Answered(kHeader, "06|43"), Answered(kBlock, ""), kBlock, Answered(kEndOfFile, ""),
+      kEndOfFile, Answered(kClosing, ""), kClosing, kEndOfSession, kReset},
+     {kShort},
      kYmodem,
-     {Answered(kStart, ""), kStart, Answered(kShortYmodem[1], "06|43"), Answered(kOneBlock, ""), kOneBlock,
-      Answered(kEndOfFile, ""), kEndOfFile, Answered(kClosing, ""), kClosing, kEndOfSession, kReset},
-     {kShort}},
-    {"firmware header refused",
-     {"refuse@2"},
-     kPrinter,
-     Before(kTwoSegments, 4, {Answered(kTwoSegments[4], "01")}),
-     {kTwoSegmentImage}},
-    {"firmware body refused",
-     {"refuse@1"},
-     kPrinter,
-     {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], "01"), kReset},
-     {}},
-    {"firmware body unanswered",
-     {"silence@1"},
-     kPrinter,
-     {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], ""), kReset},
-     {SegmentHeader(3) + "abc"}},
+     {"silence@handshake", "split@header", "silence@0", "silence@end", "silence@closing"}},
+    Faulty("firmware header refused", {"refuse@2"}, Before(kTwoSegments, 4, {Answered(kTwoSegments[4], "01")}),
+           {kTwoSegmentImage}),
+    Faulty("firmware body refused", {"refuse@1"}, {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], "01"), kReset}),
+    Faulty("firmware body unanswered", {"silence@1"}, {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], ""), kReset},
+           {SegmentHeader(3) + "abc"}),
 };
 
 template <std::size_t kCount>
@@ -429,7 +372,7 @@ TEST(Downloads, YmodemBlockNumbersWrap) {
   for (std::size_t i = 0; i < 258; ++i) {
     blocks.push_back({Data(i, data.substr(i * 1024, 1024)), "06"});
   }
-  Site site({"", {}, kYmodem, Ymodem(data, blocks), {}});
+  Site site({"", Ymodem(data, blocks), {}, kYmodem});
   site.Run();
   EXPECT_TRUE(site.downloads == std::vector<std::string>{data});
 }
