@@ -5,7 +5,6 @@
 #include <atomic>
 #include <stdexcept>
 #include <string>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -185,30 +184,6 @@ TEST(MonitorThreads, MonitorsDoNotMixTheirPrinters) {
     EXPECT_EQ(kEvents, events);
   }
 }
-
-std::atomic<int> g_deadlocks_avoided{0};
-
-[[maybe_unused]] void DestroyMonitor(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
-  try {
-    DestroyReprintMonitorObj(g_monitor);
-  } catch (const std::system_error& error) {
-    g_deadlocks_avoided += error.code() == std::errc::resource_deadlock_would_occur ? 1 : 0;
-    throw;
-  }
-}
-
-// ThreadSanitizer takes a thread that could not wait for itself as waited for, and the later wait as a fault of its
-// own.
-#ifndef __SANITIZE_THREAD__
-TEST(MonitorThreads, ReaderThatDestroysItsMonitorIsTold) {
-  g_deadlocks_avoided = 0;
-  Monitored monitored;  // Destroyed once more, by this thread, which waits for the reader's end.
-  g_monitor = monitored.monitor();
-  monitored.Add(DestroyMonitor);
-  monitored.Open();
-  EXPECT_TRUE(Eventually([] { return g_deadlocks_avoided == 1; }));
-}
-#endif
 
 }  // namespace
 }  // namespace vexo::test

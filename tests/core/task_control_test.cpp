@@ -1,5 +1,6 @@
 // Task numbers, pending tasks and the printer's own state: what is sent, and how long an answer is waited for.
 #include <algorithm>
+#include <functional>
 #include <numeric>
 
 #include "monitor_fixture.h"
@@ -53,19 +54,18 @@ TEST_F(TaskControl, AnswerIsWaitedForInStepsOfTheReadTimeout) {
     int64_t read_timeout;
     size_t receives_per_poll;
   } rows[] = {{-1000, 1}, {0, 1}, {30, 1}, {40, 2}, {1000, 50}};
+  uint32_t status = 0;
+  const std::pair<size_t, std::function<int32_t()>> calls[] = {{3, [&] { return SetClearPrintTask(monitor_); }},
+                                                               {3, [&] { return ResetPrinterInteriorId(monitor_, 1); }},
+                                                               {0, [&] { return ResetPrinterInteriorId(monitor_, 0); }},
+                                                               {1, [&] { return GetDeviceStatus(monitor_, &status); }}};
   Open();
   for (const auto& row : rows) {
     SetReadTimeOut(monitor_, row.read_timeout);
-    for (const auto& [polls, call] : {std::pair<size_t, int32_t (*)(CVEXOPrinterReadHelper*)>{3, SetClearPrintTask},
-                                      {3, [](auto* monitor) { return ResetPrinterInteriorId(monitor, 1); }},
-                                      {0, [](auto* monitor) { return ResetPrinterInteriorId(monitor, 0); }},
-                                      {1, [](auto* monitor) {
-                                         uint32_t status = 0;
-                                         return GetDeviceStatus(monitor, &status);
-                                       }}}) {
+    for (const auto& [polls, call] : calls) {
       SetClock(0);
       const size_t before = Receives();
-      EXPECT_EQ(-7003, call(monitor_));
+      EXPECT_EQ(-7003, call());
       EXPECT_EQ(1 + polls * row.receives_per_poll, Receives() - before) << row.read_timeout;
       EXPECT_EQ(polls * (row.receives_per_poll - 1) * 20, SleptMs()) << row.read_timeout;
     }
@@ -91,19 +91,14 @@ TEST_F(TaskControl, AnswerEndsTheWaiting) {
 TEST_F(TaskControl, OldAnswersAndEventsAreNoAnswer) {
   Open();
   SetReadTimeOut(monitor_, 0);
-  Hear(ValueReply(1));
-  WillHear(ValueReply(2) + Started("0007"));
-  EXPECT_EQ(-7003, SetClearPrintTask(monitor_));
-  EXPECT_EQ("task 7 status 1", TakeReport());
-}
-
-TEST_F(TaskControl, ModeZeroDropsOldAnswersAndWaitsForNone) {
-  Open();
-  Hear(ValueReply(1));
-  WillHear(ValueReply(2));
-  EXPECT_EQ(-7003, ResetPrinterInteriorId(monitor_, 0));
-  EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind);
-  EXPECT_EQ(-7003, GetLastErrorCode());
+  for (const bool clear : {true, false}) {
+    Hear(ValueReply(1));
+    WillHear(ValueReply(2) + Started("0007"));
+    EXPECT_EQ(-7003, clear ? SetClearPrintTask(monitor_) : ResetPrinterInteriorId(monitor_, 0));
+    EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind);
+    EXPECT_EQ("task 7 status 1", TakeReport());
+    EXPECT_EQ(-7003, GetLastErrorCode());
+  }
 }
 
 TEST_F(TaskControl, DeviceStatusIsInverted) {

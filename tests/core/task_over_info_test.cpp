@@ -73,13 +73,11 @@ TEST_F(TaskOverInfo, ListensInPassesUntilTheTimeIsOver) {
 TEST_F(TaskOverInfo, JoinsTheTextsOfAllReplies) {
   const std::string two = Reply("a%7Cb") + Reply("c+d");
   EXPECT_EQ("a|b|c d.........########", ListenTo(two));
-  EXPECT_EQ("a|b|c d.........########",
-            Listen({{-332, BytesOf(two.substr(0, 9))}, {}, {-332, BytesOf(two.substr(9))}}));
+  const std::vector<Step> pieces = {{-332, BytesOf(two.substr(0, 9))}, {}, {-332, BytesOf(two.substr(9))}};
+  EXPECT_EQ("a|b|c d.........########", Listen(pieces));
   EXPECT_EQ("x...............########", ListenTo(Reply("") + Reply("x") + Reply("")));
   // Replies are cut wherever a frame may start, also inside one; what comes before the first start counts as one.
-  EXPECT_EQ("x...............########", ListenTo(Reply("a\x1b\x1c"
-                                                       "b") +
-                                                 Reply("x")));
+  EXPECT_EQ("x...............########", ListenTo(Reply("a\x1b\x1c_") + Reply("x")));
   EXPECT_EQ("x|y.............########", ListenTo(Reply("x").substr(2) + Reply("y")));
 }
 
@@ -93,16 +91,15 @@ TEST_F(TaskOverInfo, NoiseCostsNoReply) {
   EXPECT_EQ("x...............########", ListenTo(other_header));
 }
 
-TEST_F(TaskOverInfo, EscapeThatIsCutOffLeavesTheOutputs) {
-  EXPECT_EQ("-1", ListenTo(Reply("a%2")));
-  // Escapes are decoded after the texts are joined.
-  EXPECT_EQ("a\x04x.............########", ListenTo(Reply("a%4") + Reply("x")));
-}
-
-TEST_F(TaskOverInfo, TextNeedsRoom) {
+TEST_F(TaskOverInfo, TextNeedsRoomAndWholeEscapes) {
   EXPECT_EQ("abcd####################", ListenTo(Reply("abcd"), 4));
   EXPECT_EQ("-2", ListenTo(Reply("abcd"), 3));
   EXPECT_EQ(std::string(24, '#'), ListenTo("noise", 0));
+  EXPECT_EQ("-1", ListenTo(Reply("a%2")));
+  // Escapes are decoded after the texts are joined.
+  EXPECT_EQ("a\x04x.............########", ListenTo(Reply("a%4") + Reply("x")));
+  const std::string packet = std::string(256 - Reply("x").size(), '#') + Reply("x");
+  EXPECT_EQ("x...............########", Listen({{0, BytesOf(packet), 300}}, 0)) << "a packet longer than the buffer";
 }
 
 TEST_F(TaskOverInfo, SilenceGivesTheResultOfTheLastPass) {
@@ -115,11 +112,6 @@ TEST_F(TaskOverInfo, SilenceGivesTheResultOfTheLastPass) {
   handle_.magic = 1;
   EXPECT_EQ("-6", Listen({}));
   EXPECT_EQ(6U + 6U, RecordedSleeps().size()) << "a bad handle does not end the listening";
-}
-
-TEST_F(TaskOverInfo, PacketLongerThanTheBufferCountsAsFarAsThereIsRoom) {
-  const std::string packet = std::string(256 - Reply("x").size(), '#') + Reply("x");
-  EXPECT_EQ("x...............########", Listen({{0, BytesOf(packet), 300}}, 0));
 }
 
 TEST_F(TaskOverInfo, NullArgumentsAreRefused) {
