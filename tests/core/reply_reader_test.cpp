@@ -73,11 +73,15 @@ TEST_F(ReplyReader, ReceivesAtLeastOnceAndPausesAfterAllReceivesButTheFirst) {
 }
 
 TEST_F(ReplyReader, AnyOtherFailureEndsTheReplyAndIsNotReported) {
-  for (const int32_t code : {-309, -331, -7, 5, 1117}) {
+  for (const int32_t code : {-309, 5}) {
     const Reply reply = Read({{0, BytesOf("ab")}, {code, BytesOf("c")}, {0, BytesOf("d")}}, 10, 20);
     EXPECT_EQ("abc", reply.bytes) << code;
     EXPECT_EQ(2U, reply.receives) << code;
   }
+  const Step closed_meanwhile = {0, BytesOf("ab"), {}, [this] { handle_.portOpen = 0; }};
+  const Reply reply = Read({closed_meanwhile, {0, BytesOf("never")}}, 10, 20);
+  EXPECT_EQ("ab", reply.bytes);
+  EXPECT_EQ(1U, reply.receives);
 }
 
 TEST_F(ReplyReader, BytesWithoutRoomAreDropped) {
@@ -86,36 +90,18 @@ TEST_F(ReplyReader, BytesWithoutRoomAreDropped) {
   EXPECT_EQ("abcdefgh", Read({{0, BytesOf("abcdefgh"), 64}}, 10, 0).bytes);
 }
 
-TEST_F(ReplyReader, HandleThatIsClosedInBetweenEndsTheReply) {
-  const Step closed_meanwhile = {0, BytesOf("ab"), {}, [this] { handle_.portOpen = 0; }};
-  const Reply reply = Read({closed_meanwhile, {0, BytesOf("never")}}, 10, 20);
-  EXPECT_EQ("ab", reply.bytes);
-  EXPECT_EQ(1U, reply.receives);
-}
-
 TEST_F(ReplyReader, RefusesBeforeAnythingIsReceived) {
   ScriptedPort port;
-  const VexoPrinterHandle good = OpenHandle(&port);
-  const struct {
-    VexoPrinterHandle handle;
-    uint32_t end;
-    int32_t code;
-  } rows[] = {{{559, nullptr, &port, 1}, 10, -6},
-              {{560, nullptr, &port, 0}, 10, -309},
-              {{560, nullptr, nullptr, 1}, 10, -309},
-              {good, 1, -1}};
-  uint8_t buffer[12];
+  handle_ = OpenHandle(&port);
+  uint8_t buffer[1024];
   uint32_t stored = 0;
   EXPECT_EQ(-6, ReadReply(nullptr, buffer, 2, 10, &stored, 1, 0));
-  for (const auto& row : rows) {
-    handle_ = row.handle;
-    EXPECT_EQ(row.code, ReadReply(&handle_, buffer, 2, row.end, &stored, 1, 0));
-  }
-  handle_ = good;
-  uint8_t large[1024];  // Small replies take no memory.
-  AllocationFault fault(1);
-  EXPECT_THROW(ReadReply(&handle_, large, 0, sizeof(large), &stored, 1, 0), std::bad_alloc);
+  EXPECT_EQ(-1, ReadReply(&handle_, buffer, 2, 1, &stored, 1, 0));
+  AllocationFault fault(1);  // Small replies take no memory.
+  EXPECT_THROW(ReadReply(&handle_, buffer, 0, sizeof(buffer), &stored, 1, 0), std::bad_alloc);
   fault.Lift();
+  handle_.portOpen = 0;
+  EXPECT_EQ(-309, ReadReply(&handle_, buffer, 2, 10, &stored, 1, 0));
   EXPECT_EQ(0U, port.Operations().size());
 }
 

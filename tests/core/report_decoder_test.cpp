@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iterator>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -55,65 +54,50 @@ class Stream {
   std::string rest_;
 };
 
-Reports ReceivePieces(const std::vector<std::string>& pieces, ProtocolFamily family) {
-  Stream stream(family);
-  Reports reports;
-  for (const std::string& piece : pieces) {
-    const Reports more = stream.Receive(piece);
-    reports.insert(reports.end(), more.begin(), more.end());
-  }
-  return reports;
-}
-
-struct Row {
-  std::string bytes;
-  Reports reports;
-  size_t waiting = 0;  // Bytes at the end that are kept.
-};
-
-void ExpectReports(const std::vector<Row>& rows, ProtocolFamily family) {
-  for (const Row& row : rows) {
-    SCOPED_TRACE(&row - rows.data());
-    Stream stream(family);
+TEST(ReportDecoder, FindsReportsAmongJunk) {
+  const std::string header = "\x1b\x1c& V1 report";
+  const std::string junk = "It has printed \x1b and \x1b\x1c& V1 repo \x37\x23\x00 "s;
+  const std::string long_tail(20, 'x');
+  const struct {
+    ProtocolFamily family;
+    std::string bytes;
+    Reports reports;
+    size_t waiting = 0;  // Bytes at the end that are kept.
+  } rows[] = {
+      {kV1, "", {}},
+      {kV1, long_tail, {}, 13},
+      {kV1, Started("0042"), {"event 100 task 42"}},
+      {kV1, Ended("0042", 0xFFFFFFFF), {"event 101 task 42 value 4294967295"}},
+      {kV1, Frame(0x101, "?0042\x07\x01\x01"), {"event 101 task 42"}},  // Fields that a payload lacks are 0.
+      {kV1, Frame(0x100, "?004"), {"event 100"}},
+      {kV1, Frame(0x102, "?0009"), {"reply 102 task 9"}},
+      {kV1, Frame(0x103, "?0009abcd"), {"reply 103"}},
+      {kV1, ValueReply(0x04030201), {"reply 104 value 67305985"}},
+      {kV1, Frame(0xABCD, "?0009abcd"), {"reply abcd task 9"}},
+      {kV1, junk + Started("0001"), {"event 100 task 1"}},
+      {kV1, Started("0001") + junk + Ended("0001", 2), {"event 100 task 1", "event 101 task 1 value 2"}},
+      {kV1, Started("0001") + Started("0002") + long_tail, {"event 100 task 1", "event 100 task 2"}, 13},
+      {kV1, "\x1b" + Started("0001"), {"event 100 task 1"}},
+      {kV1, header.substr(0, 12) + Started("0001"), {"event 100 task 1"}},
+      {kV1, Frame(0x103, "?" + Started("0001")), {"reply 103"}},
+      {kGsParenH, "7\"0012\0"s, {"event 22 task 12"}},
+      {kGsParenH, "7AB", {"reply 41"}},
+      {kGsParenH, "77#", {"reply 37"}},
+      {kGsParenH, "777#\0\0"s, {"reply 37"}, 2},
+      {kGsParenH, "ab7#7c7\"-001\0d7$e"s, {"event 23", "event 22 task -1", "reply 24 reset"}},
+      {kGsParenH, "7\"0012", {}, 6},
+      {kGsParenH, "noise", {}, 2},
+      {kGsParenH, "7#7" + Started("0042") + "7$7", {"event 23", "event 100 task 42", "reply 24 reset"}},
+      {kGsParenH, header.substr(0, 12) + "7#7", {"event 23"}},
+      {kGsParenH, "7\x1b\x1c" + Started("0042"), {"reply 1b", "event 100 task 42"}},
+      {kGsParenH, "x" + header.substr(0, 5), {}, 5},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    Stream stream(row.family);
     EXPECT_EQ(row.reports, stream.Receive(row.bytes));
     EXPECT_EQ(row.bytes.substr(row.bytes.size() - row.waiting), stream.rest());
   }
-}
-
-const std::string kHeader = "\x1b\x1c& V1 report";
-
-TEST(ReportDecoder, FindsFramesAmongJunk) {
-  const std::string junk = "It has printed \x1b and \x1b\x1c& V1 repo \x37\x23\x00 "s;
-  const std::string long_tail(20, 'x');
-  ExpectReports(
-      {
-          {"", {}},
-          {long_tail, {}, 13},
-          {Started("0042"), {"event 100 task 42"}},
-          {Ended("0042", 0xFFFFFFFF), {"event 101 task 42 value 4294967295"}},
-          {Frame(0x102, "?0009"), {"reply 102 task 9"}},
-          {Frame(0x103, "?0009abcd"), {"reply 103"}},
-          {ValueReply(0x04030201), {"reply 104 value 67305985"}},
-          {Frame(0xABCD, "?0009abcd"), {"reply abcd task 9"}},
-          {junk + Started("0001"), {"event 100 task 1"}},
-          {Started("0001") + junk + Ended("0001", 2), {"event 100 task 1", "event 101 task 1 value 2"}},
-          {Started("0001") + Started("0002") + long_tail, {"event 100 task 1", "event 100 task 2"}, 13},
-          {"\x1b" + Started("0001"), {"event 100 task 1"}},
-          {kHeader.substr(0, 12) + Started("0001"), {"event 100 task 1"}},
-          {Frame(0x103, "?" + Started("0001")), {"reply 103"}},
-      },
-      kV1);
-}
-
-TEST(ReportDecoder, FieldsThatAPayloadLacksAreZero) {
-  const std::string task_and_value = "?0042\x07\x01\x01\x01";
-  for (size_t length = 0; length < task_and_value.size(); ++length) {
-    const std::string ended = length < 5 ? "event 101" : "event 101 task 42";
-    EXPECT_EQ(Reports{ended}, Stream(kV1).Receive(Frame(0x101, task_and_value.substr(0, length)))) << length;
-  }
-  EXPECT_EQ(Reports{"event 100"}, Stream(kV1).Receive(Frame(0x100, "")));
-  EXPECT_EQ(Reports{"reply 104"}, Stream(kV1).Receive(Frame(0x104, "?")));
-  EXPECT_EQ(Reports{"reply 104"}, Stream(kV1).Receive(Frame(0x104, "?\x01\x02\x03")));
 }
 
 // As many bytes from the frame's start as its payload is long: the report is due, whatever is missing.
@@ -129,60 +113,6 @@ TEST(ReportDecoder, FrameIsTakenEarly) {
       // The missing bytes come as junk; what follows is not lost.
       EXPECT_EQ("event 100 task 7", stream.Receive(frame.substr(size) + Started("0007")).back()) << size;
     }
-  }
-}
-
-TEST(ReportDecoder, LongestFrameWaitsForItsLength) {
-  const std::string frame = Frame(0x100, "?0042" + std::string(65530, '#'));
-  for (const ProtocolFamily family : {kGsParenH, kV1}) {
-    Stream stream(family);
-    EXPECT_EQ(Reports{}, stream.Receive(frame.substr(0, 65534)));
-    const DecodeStep step = DecodeNextReport(reinterpret_cast<const uint8_t*>(frame.data()), 65535, family);
-    EXPECT_EQ(65535U, step.consumed);
-    EXPECT_EQ(65535U, step.record.length);
-    EXPECT_EQ(65535U - 17, step.record.payload.size());
-    EXPECT_EQ(42, step.record.task_id);
-  }
-}
-
-TEST(ReportDecoder, FrameMayArriveInAnyTwoPieces) {
-  const std::string stream = "junk\x1b" + Started("0001") + "\x1b\x1c& junk" + Ended("0001", 2);
-  const size_t first_end = 5 + 22;
-  for (const ProtocolFamily family : {kGsParenH, kV1}) {
-    for (size_t cut = 0; cut <= stream.size(); ++cut) {
-      const Reports reports = ReceivePieces({stream.substr(0, cut), stream.substr(cut)}, family);
-      ASSERT_EQ(2U, reports.size()) << cut;
-      const bool early = (cut >= 5 + 17 && cut < first_end) || (cut > stream.size() - 10 && cut < stream.size());
-      if (!early) {
-        EXPECT_EQ((Reports{"event 100 task 1", "event 101 task 1 value 2"}), reports) << cut;
-      }
-    }
-  }
-}
-
-TEST(ReportDecoder, RepliesOfTheGsParenHFamily) {
-  ExpectReports(
-      {
-          {"7\"0012\0"s, {"event 22 task 12"}},
-          {"7AB", {"reply 41"}},
-          {"77#", {"reply 37"}},
-          {"777#\0\0"s, {"reply 37"}, 2},
-          {"ab7#7c7\"-001\0d7$e"s, {"event 23", "event 22 task -1", "reply 24 reset"}},
-          {"7\"0012", {}, 6},
-          {"noise", {}, 2},
-          {"7#7" + Started("0042") + "7$7", {"event 23", "event 100 task 42", "reply 24 reset"}},
-          {kHeader.substr(0, 12) + "7#7", {"event 23"}},
-          {"7\x1b\x1c" + Started("0042"), {"reply 1b", "event 100 task 42"}},
-          {"x" + kHeader.substr(0, 5), {}, 5},
-      },
-      kGsParenH);
-}
-
-TEST(ReportDecoder, GsParenHRepliesMayArriveInAnyTwoPieces) {
-  const std::string stream = "ab7\"0012\0c7#7\x1b\x1c& V17$77AB"s;
-  const Reports whole = {"event 22 task 12", "event 23", "reply 24 reset", "reply 41"};
-  for (size_t cut = 0; cut <= stream.size(); ++cut) {
-    EXPECT_EQ(whole, ReceivePieces({stream.substr(0, cut), stream.substr(cut)}, kGsParenH)) << cut;
   }
 }
 

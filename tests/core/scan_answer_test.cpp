@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <numeric>
 #include <string>
 
 #include "vexo/error.h"
@@ -58,31 +57,6 @@ TEST(ScanAnswerTest, ListKeepsTheOrderOfTheAnswersAndTheirCopies) {
   answer.clear();
   const std::string first = "10.0.0.1;ready;first;;;;;;;;;;;;;|";
   EXPECT_EQ(list.Text(), first + "10.0.0.1;ready;second;;;;;;;;;;;;;|" + first);
-}
-
-TEST(ScanAnswerTest, ReplyBringsTheAddressesItIsLongEnoughFor) {
-  Bytes reply(20);
-  std::iota(reply.begin(), reply.end(), uint8_t{0});
-  reply[11] = 255;
-  const struct {
-    size_t length;
-    const char* fields;
-  } cases[] = {
-      {0, "a;b"},
-      {11, "a;b"},
-      {12, "255.10.9.8;b"},
-      {15, "255.10.9.8;b"},
-      {16, "255.10.9.8;15.14.13.12"},
-      {20, "255.10.9.8;15.14.13.12"},
-  };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.length);
-    ScanRecord record("x\r\nready\r\n\r\n\r\n\r\n\r\n\r\n\r\n\r\n\r\na\r\nb\r\nc");
-    record.TakeReply(Bytes(reply.begin(), reply.begin() + static_cast<std::ptrdiff_t>(test.length)));
-    std::string text;
-    record.AppendTo(&text);
-    EXPECT_EQ(text, std::string("x;ready;;;;;;;;;") + test.fields + ";c;;;");
-  }
 }
 
 TEST(ScanAnswerTest, DescriptorNamesThePrinterInAtMost63Characters) {

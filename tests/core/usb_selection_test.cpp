@@ -122,22 +122,16 @@ TEST(UsbSelection, AnyOfTheCriteriaSuffices) {
       {printer, {false, "", "", "", "", ""}, false},
       {printer, {false, "", "", "", "1a2b", "00aF"}, true},
       {printer, {false, "", "", "", "1A2B", "00B0"}, false},
-      {printer, {false, "", "", "", "1A2B", ""}, false},
       {printer, {false, "", "", "", "1A2B", "00AF&REV_0100&"}, false},
       {printer, {false, "", "port_#0001.hub_#0002", "", "", ""}, true},
-      {printer, {false, "", "PORT_#0001", "", "", ""}, false},
-      {printer, {false, "", "PORT_#0001.HUB_#0002", "", "1A2B", "00B0"}, true},
       {printer, {false, "usbprint\\model\\7&1a2b3c&0&usb001", "", "", "", ""}, true},
       {printer, {false, "Abc123", "", "", "", ""}, true},
-      {printer, {false, "ABC12", "", "", "", ""}, false},
       {printer, {false, "Model", "", "", "", ""}, true},
       {printer, {false, "MODEL", "", "", "", ""}, false},
       {printer, {false, "OTHER", "ELSEWHERE", "USB001", "1", "2"}, true},
       {printer, {false, "", "", "USB002", "", ""}, false},
-      {printer, {false, "OTHER", "", "", "1A2B", "00AF"}, true},
       {disk, {false, "", "", "", "1A2B", "00AF"}, true},
       {disk, {false, "D1", "", "", "", ""}, true},
-      {disk, {false, "", "", "USB", "", ""}, false},
       {Device(""), {false, "A", "A", "A", "A", "A"}, false},
   };
   for (const auto& row : rows) {
@@ -170,7 +164,6 @@ TEST(UsbDescription, TellsWhatTheSystemTells) {
       {{"USB\\VID_1A2B&PID_0001", "", "USBPRINT\\MODEL", "NOTHING"}, "USB, ; ; ;VID_1A2B&PID_ ;;"},
       {{"VID_1&PID_", "", "A\\b\\c&usb001", "A\\b\\"}, "USB,;;b;VID_1&PI&PID_ ;;"},
       {{"", "", "\\\\&LPT1&0xUSBx", "\\a"}, "USB,a;a;;VID_ &PID_ ;0XUSBX;"},
-      {{"", "", "USB001", "\\a"}, "USB,a;a; ;VID_ &PID_ ;;"},
       {{"", "", "USB001&", "\\a"}, "USB,a;a; ;VID_ &PID_ ;;"},
   };
   for (const auto& row : rows) {
@@ -189,25 +182,13 @@ TEST(UsbDescription, RecordsThatDoNotFitAreLeftOut) {
       {1, ""},
       {small_size, ""},
       {small_size + 1, a},
-      {2 * small_size, a},
-      {2 * small_size + 1, a + '|' + a},
       {small_size + large_size, a + '|' + a},
       {small_size + large_size + 1, a + '|' + b},
-      {2 * small_size + large_size + 1, a + '|' + b + '|' + a},
   };
   for (const auto& [size, list] : rows) {
     EXPECT_EQ(list, List({small, large, small}, size)) << size;
   }
-}
-
-TEST(UsbDescription, LongRecordIsCutButEnds) {
-  const std::string location(300, 'L');
-  const UsbDevice printer = {"", location, "", "\\a"};
-  const std::string start = "USB,a;a; ;VID_ &PID_ ;;";
-  const std::string record = start + std::string(254 - start.size(), 'L');
-  EXPECT_EQ(record + '|' + record, List({printer, printer}, 2 * 255 + 1));
-  const std::string serial = "\\" + std::string(5000, 'S');
-  EXPECT_EQ("USB," + std::string(250, 'S'), List({{"", "", "", serial}}, 256));
+  EXPECT_EQ("USB," + std::string(250, 'S'), List({{"", "", "", "\\" + std::string(5000, 'S')}}, 256));
 }
 
 FoundUsbDevice Found(const char* location, const char* path, const char* serial) {
@@ -253,20 +234,7 @@ TEST(UsbUri, TellsWhereTheDeviceWasFound) {
     EXPECT_EQ(usb + opened, Opened(usb + configured, found)) << configured;
   }
   EXPECT_EQ(usb + '?' + where, Opened(usb, Found("PORT_#1", "\\\\?\\usb#1", nullptr)));
-  EXPECT_EQ(usb + '?' + where, Opened(usb, Found("PORT_#1", "\\\\?\\usb#1", "")));
   EXPECT_EQ(usb + "?location=+deviceid=p+sn=A1", Opened(usb, Found("", "p", "A1")));
-}
-
-TEST(UsbUri, StaysWithinItsBuffer) {
-  const FoundUsbDevice found = Found("PORT_#1", "\\\\?\\usb#1", "A1");
-  const std::string added = "?location=PORT_#1+deviceid=\\\\?\\usb#1+sn=A1";
-  for (size_t room = 0; room <= added.size(); ++room) {
-    const std::string start = "vexo:/dev/bus/USB/";
-    const std::string configured = start + std::string(kMaxUriLength - room - start.size(), 'D');
-    const std::string opened = Opened(configured, found);
-    EXPECT_EQ(0U, (configured + added).rfind(opened, 0)) << opened;
-    EXPECT_GE(opened.size() + std::strlen("+deviceid="), kMaxUriLength) << opened;
-  }
 }
 
 }  // namespace

@@ -35,23 +35,11 @@ TEST(HexText, SeparatorsGoFirstThenPairsAreRead) {
   }
 }
 
-TEST(V1Command, Setkey) {
-  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setkey\r\n\x01\xCC\x00\x02\x80\x02"s), BuildSetKeyCommand(0xCC, 0x00, {0x80, 0x02}));
-  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setkey\r\n\x01\x34\x12\x00"s), BuildSetKeyCommand(0x34, 0x12, {}));
-
-  const Bytes value(258, 0xEE);  // Sent whole; the length byte holds what fits.
-  const Bytes command = BuildSetKeyCommand(1, 2, value);
-  ASSERT_EQ(19U + 258U, command.size());
-  EXPECT_EQ(2, command[18]);
-}
-
-TEST(V1Command, TextsGoOutByteForByte) {
-  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setval \"job_monitor\" \"on\"\r\n"), BuildSetValCommand("job_monitor", "on"));
+TEST(V1Command, FramesGoOutByteForByte) {
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 setkey\r\n\x01\x34\x12\x02\x80\x02"s), BuildSetKeyCommand(0x34, 0x12, {0x80, 0x02}));
+  EXPECT_EQ(19U + 258U, BuildSetKeyCommand(1, 2, Bytes(258)).size()) << "sent whole";
+  EXPECT_EQ(2, BuildSetKeyCommand(1, 2, Bytes(258))[18]) << "the length byte holds what fits";
   EXPECT_EQ(BytesOf("\x1b\x1c& V1 setval \"\x00\xFF\" \"a\"b\"\r\n"s), BuildSetValCommand("\x00\xFF"s, "a\"b"));
-  EXPECT_EQ(BytesOf("\x1b\x1c& V1 do \"print_feedform\"\r\n"), BuildDoCommand("print_feedform"));
-}
-
-TEST(V1Command, ConstantsAreWhatTheBuildersWouldBuild) {
   EXPECT_EQ(BuildDoCommand("save_param_zone"), BytesOf(kSaveParamZoneCommand));
   EXPECT_EQ(BytesOf("\x1b\x1c& V1 report"), ReportCommand());
 }

@@ -1,10 +1,9 @@
-// Downloads by YModem, and the blocks that they are made of.
+// Downloads by YModem.
 #include <gtest/gtest.h>
 
 #include <string>
 
 #include "core/download_fixture.h"
-#include "download/ymodem_block.h"
 #include "port/handle_port.h"
 #include "support/scripted_drivers.h"
 #include "support/scripted_port.h"
@@ -46,28 +45,6 @@ Bytes HeaderBlock(const std::string& name, size_t size) {
   Bytes data = BytesOf(name + '\0' + std::to_string(size));
   data.resize(128);
   return Sealed({1, 0, 0xFF}, data);
-}
-
-TEST(YModemBlock, ChecksumIsThatOfXModem) {
-  EXPECT_EQ(0x31C3, SlowChecksum(BytesOf("123456789")));
-  for (const size_t size : {0, 1, 9, 128, 1024}) {
-    const Bytes data = FileContent(size);
-    EXPECT_EQ(SlowChecksum(data), YModemChecksum(data.data(), data.size()));
-  }
-}
-
-// The size is what the printer needs most.
-TEST(YModemBlock, LongNameLeavesRoomForTheSize) {
-  const struct {
-    size_t length;
-    int32_t size;
-    size_t kept;
-  } rows[] = {{116, 2147483647, 116}, {117, 2147483647, 116}, {300, 1, 125}, {0, 12, 0}};
-  for (const auto& row : rows) {
-    const YModemShortBlock block = MakeYModemHeaderBlock(std::string(row.length, 'n'), row.size);
-    EXPECT_EQ(HeaderBlock(std::string(row.kept, 'n'), static_cast<size_t>(row.size)),
-              Bytes(block.begin(), block.end()));
-  }
 }
 
 TEST_F(YModemDownloadTest, GoesThroughTheLoader) {
