@@ -12,18 +12,8 @@
 #include "port/port_object.h"
 #include "windows/port_calls.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::Connection;
-using test::LoopbackPrinter;
-using test::Pattern;
-using test::PrinterState;
-using test::Read;
-using test::ReadAvailable;
-using test::Reading;
-using test::Write;
-using test::Written;
 
 // Everything but the kind of socket and the address.
 class LoopbackBluetoothPort : public BluetoothPort {
@@ -135,4 +125,4 @@ TEST(RealBluetoothPortTest, FailsAsTheSystemDoes) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -82,10 +82,10 @@ class UsbPipePort : public UsbPort {
   const std::string path_;
 };
 
-class FilePortTest : public ::testing::Test {
+class FilePortFixture : public ::testing::Test {
  protected:
-  FilePortTest() { Time() = {}; }
-  ~FilePortTest() override { Release(); }
+  FilePortFixture() { Time() = {}; }
+  ~FilePortFixture() override { Release(); }
 
   void Release() {
     if (port_ != nullptr) {

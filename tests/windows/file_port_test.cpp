@@ -3,20 +3,10 @@
 
 #include "windows/file_port_fixture.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
-using test::Milliseconds;
-using test::Pattern;
-using test::PrinterPipe;
-using test::Read;
-using test::ReadAvailable;
-using test::Reading;
-using test::Time;
-using test::Write;
-using test::Written;
-
-class FilePortTest : public test::FilePortTest {
+class FilePortTest : public FilePortFixture {
  protected:
   void ExpectNoTransfers(int32_t code) {
     EXPECT_EQ(port_->CheckOpen(port_), code);
@@ -29,7 +19,7 @@ class FilePortTest : public test::FilePortTest {
 
 // The Aborts that were refused meanwhile have no effect later.
 TEST_F(FilePortTest, OpensOnlyWhatIsConfiguredAndThereAndClosesAndOpensAgain) {
-  Make(std::make_unique<test::UsbPipePort>("\\\\.\\pipe\\vexo_no_such_printer"));
+  Make(std::make_unique<UsbPipePort>("\\\\.\\pipe\\vexo_no_such_printer"));
   EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
   ExpectNoTransfers(VEXO_ERROR_IO_SETTING);
   ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/USB/DEVICE"), VEXO_OK);
@@ -125,8 +115,7 @@ TEST_F(FilePortTest, ReadAvailableWaitsOnce) {
   EXPECT_EQ(ReadAvailable(port_, 150), Reading(VEXO_OK, 150, Pattern(150)));
   EXPECT_EQ(ReadAvailable(port_, 150), Reading(VEXO_OK, 50, Pattern(50, 150)));
   EXPECT_EQ(Time().waits, Milliseconds({100, 100}));
-  EXPECT_EQ(test::ReadWith(&VexoPort::ReadAvailable, port_, 10, test::kOffset - 1),
-            Reading(VEXO_ERROR_PARAMETER, 0, ""));
+  EXPECT_EQ(ReadWith(&VexoPort::ReadAvailable, port_, 10, kOffset - 1), Reading(VEXO_ERROR_PARAMETER, 0, ""));
 }
 
 TEST_F(FilePortTest, LongDataGoesInPieces) {
@@ -193,4 +182,4 @@ TEST_F(FilePortTest, SystemErrorsArePassedOnWithTheCountSoFar) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -9,10 +9,8 @@
 #include "vexo/extend.h"
 #include "windows/process_resources.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::CountHandles;
 
 HMODULE Library() { return GetModuleHandleA("vexoextend.dll"); }
 
@@ -91,15 +89,15 @@ TEST(ModuleTest, LeavesNothingBehindWhenItIsUnloaded) {
     ASSERT_EQ(GetModuleHandleA(copy.c_str()), nullptr) << "still loaded";
   };
   use_once();
-  const size_t handles = test::CountHandles();
+  const size_t handles = CountHandles();
   const size_t slots = CountFreeSlots();
   for (int i = 0; i < 100; ++i) {
     use_once();
   }
-  EXPECT_EQ(test::CountHandles(), handles);
+  EXPECT_EQ(CountHandles(), handles);
   EXPECT_EQ(CountFreeSlots(), slots);
   EXPECT_NE(DeleteFileA(copy.c_str()), 0);
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -15,13 +15,8 @@
 #include "support/report_frames.h"
 #include "vexo/extend.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::Connection;
-using test::Ended;
-using test::LoopbackPrinter;
-using test::Started;
 
 constexpr std::chrono::seconds kPatience(60);
 
@@ -159,7 +154,7 @@ TEST_F(MonitorExports, DeviceStatusIsAskedWhileTheReaderPolls) {
   Connection connection = AcceptMonitoring(&printer);
   std::future<std::string> served = std::async(std::launch::async, [&] {
     const std::string question = connection.Receive(kStatusQuery.size());
-    connection.Send(test::ValueReply(5));
+    connection.Send(ValueReply(5));
     return question;
   });
   uint32_t status = 0;
@@ -181,7 +176,7 @@ TEST_F(MonitorExports, PrinterGoesAndComesBack) {
   printer.reset();
   connection.Reset();
   const auto port = static_cast<uint16_t>(std::stoi(descriptor.substr(descriptor.rfind(',') + 1)));
-  LoopbackPrinter same_printer(test::PrinterState::kListening, "127.0.0.1", port);
+  LoopbackPrinter same_printer(PrinterState::kListening, "127.0.0.1", port);
   std::future<Connection> back = std::async(std::launch::async, [&] {
     Connection found = same_printer.Accept();
     // A connection that the reader thread and the command both made is given up by one of them.
@@ -253,4 +248,4 @@ TEST_F(MonitorExports, ReaderThatDestroysItsMonitorIsTold) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -14,15 +14,11 @@
 #include "vexo/extend.h"
 #include "windows/process_resources.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using test::Connection;
-using test::LoopbackPrinter;
-using test::PrinterState;
-using test::Socket;
 
 constexpr int64_t kTimeLimitMs = 500;
 constexpr char kReceiptQuestion[] = "getval \"printer_message\"";
@@ -270,14 +266,14 @@ TEST_P(NetworkScanTest, TimeLimitHoldsUnderAFlood) {
 
 TEST_P(NetworkScanTest, NothingIsLeftBehind) {
   Scan(1);
-  const size_t handles = test::CountHandles();
+  const size_t handles = CountHandles();
   for (int i = 0; i < 20; ++i) {
     Scan(1);
   }
-  EXPECT_EQ(test::CountHandles(), handles);
+  EXPECT_EQ(CountHandles(), handles);
 }
 
 TEST(ScanSnmpTest, IsNotSupported) { EXPECT_EQ(ScanSnmp(), VEXO_ERROR_NOT_SUPPORTED_PRINTER); }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

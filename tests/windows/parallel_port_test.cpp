@@ -9,14 +9,8 @@
 #include "vexo/extend.h"
 #include "windows/port_calls.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::Read;
-using test::ReadAvailable;
-using test::Reading;
-using test::Write;
-using test::Written;
 
 constexpr char kDevice[] = "LPT5";
 
@@ -59,7 +53,7 @@ class ParallelPortTest : public ::testing::Test {
 };
 
 TEST_F(ParallelPortTest, JobArrivesByteExact) {
-  const std::string job = test::Pattern(10'000);
+  const std::string job = Pattern(10'000);
   EXPECT_EQ(port()->kind, VEXO_PORT_PARALLEL);
   EXPECT_EQ(Write(port(), job), Written(VEXO_ERROR_IO_NOT_OPEN, 0));
   ASSERT_EQ(port()->Open(port()), VEXO_OK);
@@ -102,4 +96,4 @@ TEST_F(ParallelPortTest, MissingDeviceIsTheSystemsError) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -4,18 +4,10 @@
 #include "port/parallel_port.h"
 #include "windows/file_port_fixture.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
-using test::Milliseconds;
-using test::Read;
-using test::ReadAvailable;
-using test::Reading;
-using test::Time;
-using test::Write;
-using test::Written;
-
-class ParallelTimingTest : public test::FilePortTest {
+class ParallelTimingTest : public FilePortFixture {
  protected:
   void Open(const std::string& device, VexoPortTimeouts timeouts) {
     Make(std::make_unique<ParallelPort>(), VEXO_PORT_PARALLEL);
@@ -60,7 +52,7 @@ TEST_F(ParallelTimingTest, SilenceEndsAfterTheBudget) {
 }
 
 TEST_F(ParallelTimingTest, BytesAndSystemErrorsArePassedOn) {
-  test::PrinterPipe printer;
+  PrinterPipe printer;
   Open(printer.path(), {10, 0, 50, 10, 2000, 0});
   printer.Send("ab");
   EXPECT_EQ(ReadAvailable(port_, 1), Reading(VEXO_OK, 1, "a"));
@@ -75,4 +67,4 @@ TEST_F(ParallelTimingTest, BytesAndSystemErrorsArePassedOn) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

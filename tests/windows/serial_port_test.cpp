@@ -14,14 +14,8 @@
 #include "port/serial_port.h"
 #include "windows/port_calls.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::Read;
-using test::ReadAvailable;
-using test::Reading;
-using test::Write;
-using test::Written;
 
 constexpr char kUri[] = "vexo:/dev/bus/COM/COM5?baudrate=";
 
@@ -184,7 +178,7 @@ TEST_F(SerialPortTest, RefusalsLeaveThePortClosed) {
 TEST_F(SerialPortTest, CarriesJobsAndAnswers) {
   ASSERT_EQ(Open(kPlain), VEXO_OK);
   Printer printer;
-  const std::string job = test::Pattern(20'000);
+  const std::string job = Pattern(20'000);
   std::future<Written> write = std::async(std::launch::async, [&] { return Write(port_, job); });
   std::string received;
   while (received.size() < job.size()) {
@@ -221,4 +215,4 @@ TEST(SerialPortByDescriptor, IsOpenedByItsDescriptor) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -13,20 +13,11 @@
 #include "port/tcp_port.h"
 #include "windows/port_calls.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
-using test::Connection;
-using test::LoopbackPrinter;
-using test::Pattern;
-using test::PrinterState;
-using test::Read;
-using test::ReadAvailable;
-using test::Reading;
-using test::Write;
-using test::Written;
 
 // More than all buffers between the two ends hold.
 constexpr uint32_t kLarge = 16 * 1024 * 1024;
@@ -313,4 +304,4 @@ TEST_F(TcpPortTest, AbortStopsTransfersBetweenPieces) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -13,12 +13,8 @@
 #include "windows/process_resources.h"
 #include "windows/registered_device.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::DeviceEntry;
-using test::DeviceFile;
-using test::RegisteredDevice;
 
 const DeviceEntry kModel = {"USB\\VID_1A2B&PID_0001\\ABC123", "usb\\vid_1a2b&pid_0001&rev_0100", "Port_#0001.Hub_#0002",
                             L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"};
@@ -178,10 +174,10 @@ TEST_F(UsbEnumerationTest, PrinterIsOpenedAndItsPlaceIsTold) {
     ASSERT_EQ(port->Open(port), VEXO_OK);
     EXPECT_EQ(port->Open(port), VEXO_ERROR_IO_ALREADY_OPEN);
     EXPECT_EQ(Uri(), uri);
-    EXPECT_EQ(test::Write(port, "job"), test::Written(VEXO_OK, 3));
+    EXPECT_EQ(Write(port, "job"), Written(VEXO_OK, 3));
     EXPECT_EQ(file.Receive(3), "job");
-    file.Send(test::Pattern(64));
-    EXPECT_EQ(test::Read(port, 10), test::Reading(VEXO_OK, 64, test::Pattern(64).substr(54)));
+    file.Send(Pattern(64));
+    EXPECT_EQ(Read(port, 10), Reading(VEXO_OK, 64, Pattern(64).substr(54)));
     EXPECT_EQ(port->Close(port), VEXO_OK);
     file.Renew();
   }
@@ -195,8 +191,8 @@ TEST_F(UsbEnumerationTest, GatedPrinterIsTakenWhateverTheUriSays) {
   ASSERT_EQ(port->Open(port), VEXO_OK);
   const uint8_t off = 0;
   EXPECT_EQ(port->Control(port, VEXO_CONTROL_USB_SET_READ_ENABLED, nullptr, &off, 1, nullptr, 0, nullptr), VEXO_OK);
-  EXPECT_EQ(test::Read(port, 1), test::Reading(VEXO_ERROR_NOT_IMPLEMENTED, 0, ""));
-  EXPECT_EQ(test::ReadAvailable(port, 1), test::Reading(VEXO_ERROR_NOT_IMPLEMENTED, 0, ""));
+  EXPECT_EQ(Read(port, 1), Reading(VEXO_ERROR_NOT_IMPLEMENTED, 0, ""));
+  EXPECT_EQ(ReadAvailable(port, 1), Reading(VEXO_ERROR_NOT_IMPLEMENTED, 0, ""));
   port->Close(port);
   file.Renew();
 
@@ -205,7 +201,7 @@ TEST_F(UsbEnumerationTest, GatedPrinterIsTakenWhateverTheUriSays) {
   DeviceFile other_file(Plug(kModel).path());
   ASSERT_EQ(port->Open(port), VEXO_OK);
   other_file.Send("x");
-  EXPECT_EQ(test::Read(port, 1), test::Reading(VEXO_OK, 1, "x"));
+  EXPECT_EQ(Read(port, 1), Reading(VEXO_OK, 1, "x"));
 }
 
 TEST_F(UsbEnumerationTest, ExportsSearchTheirClasses) {
@@ -213,10 +209,10 @@ TEST_F(UsbEnumerationTest, ExportsSearchTheirClasses) {
     decltype(&DiskPortOpen) open;
     const GUID& device_class;
   } rows[] = {
-      {DiskPortOpen, test::kDiskClass},
-      {ScannerPortOpen, test::kImagingClass},
-      {ScannerGunPortOpen, test::kInputClass},
-      {ScannerGunPortOpen, test::kComPortClass},
+      {DiskPortOpen, kDiskClass},
+      {ScannerPortOpen, kImagingClass},
+      {ScannerGunPortOpen, kInputClass},
+      {ScannerGunPortOpen, kComPortClass},
   };
   for (const auto& row : rows) {
     DeviceEntry entry = kModel;
@@ -258,13 +254,13 @@ TEST_F(UsbEnumerationTest, LeavesNothingBehind) {
   };
   use_once();
   const std::string uri = Uri();
-  const size_t handles = test::CountHandles();
+  const size_t handles = CountHandles();
   for (int round = 0; round < 1000; ++round) {
     use_once();
   }
-  EXPECT_EQ(test::CountHandles(), handles);
+  EXPECT_EQ(CountHandles(), handles);
   EXPECT_EQ(Uri(), uri);
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -25,7 +25,7 @@
 #include "vexo/extend.h"
 #include "windows/process_resources.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
 constexpr std::chrono::seconds kPatience(60);
@@ -151,9 +151,9 @@ TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
 
 TEST_F(UsbMonitor, StartingTwiceStartsOneThread) {
   const HWND window = Start();
-  const size_t threads = test::CountThreads();
+  const size_t threads = CountThreads();
   EXPECT_EQ(Start(), window);
-  EXPECT_EQ(test::CountThreads(), threads);
+  EXPECT_EQ(CountThreads(), threads);
   EXPECT_EQ(Windows().size(), 1U);
 }
 
@@ -249,8 +249,8 @@ TEST_F(UsbMonitor, ThousandRoundsLeaveNothingBehind) {
   size_t threads = 0;
   for (int round = 0; round < 1010; ++round) {
     if (round == 10) {  // The system has set itself up for notifications.
-      handles = test::CountHandles();
-      threads = test::CountThreads();
+      handles = CountHandles();
+      threads = CountThreads();
     }
     ASSERT_EQ(StartUSBMonitorThread(), 0);
     if (round % 2 == 0) {  // Otherwise the stop comes while the thread is starting.
@@ -260,8 +260,8 @@ TEST_F(UsbMonitor, ThousandRoundsLeaveNothingBehind) {
     ASSERT_TRUE(Windows().empty());
   }
   // The system's own threads for the notifications come and go; a loss would be at least one in each round.
-  EXPECT_LT(test::CountHandles(), handles + 100);
-  EXPECT_LT(test::CountThreads(), threads + 100);
+  EXPECT_LT(CountHandles(), handles + 100);
+  EXPECT_LT(CountThreads(), threads + 100);
 }
 
 TEST_F(UsbMonitor, AnyThreadMayCallAtAnyTime) {
@@ -315,4 +315,4 @@ TEST(UsbMonitorDeathTest, ProcessMayEndWhileTheMonitorRuns) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -1,17 +1,10 @@
 // What USB printer ports have of their own: whole packets, and a switch for reading.
 #include "windows/file_port_fixture.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
 
-using test::Pattern;
-using test::Read;
-using test::ReadAvailable;
-using test::Reading;
-using test::Write;
-using test::Written;
-
-class UsbPortTest : public test::FilePortTest {
+class UsbPortTest : public FilePortFixture {
  protected:
   int32_t Set(int32_t code, uint8_t value, uint32_t length = 1) {
     return port_->Control(port_, code, nullptr, &value, length, nullptr, 0, nullptr);
@@ -20,7 +13,7 @@ class UsbPortTest : public test::FilePortTest {
   // The value, or a negative code.
   int Get(int32_t code, uint32_t length = 1) {
     uint8_t output = 0xEE;
-    uint32_t returned = test::kStaleCount;
+    uint32_t returned = kStaleCount;
     const int32_t result = port_->Control(port_, code, nullptr, nullptr, 0, &output, length, &returned);
     EXPECT_EQ(returned, result == VEXO_OK ? 1U : 0U);
     return result == VEXO_OK ? output : result;
@@ -64,7 +57,7 @@ TEST_F(UsbPortTest, ReadsTakeWholePackets) {
 TEST_F(UsbPortTest, OnlyGatedPrintersAreReadAsTheSwitchSays) {
   for (const bool gated : {false, true}) {
     SCOPED_TRACE(gated);
-    OpenOnPipe(test::PrinterPipe::kRoom, gated);
+    OpenOnPipe(PrinterPipe::kRoom, gated);
     EXPECT_EQ(Get(VEXO_CONTROL_USB_GET_READ_GATED), gated ? 1 : 0);
     EXPECT_EQ(Get(VEXO_CONTROL_USB_GET_READ_ENABLED), 1);
     EXPECT_EQ(Set(VEXO_CONTROL_USB_SET_READ_ENABLED, 0), VEXO_OK);
@@ -90,4 +83,4 @@ TEST_F(UsbPortTest, ControlNeedsRoomAndAKnownCode) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test

@@ -8,11 +8,8 @@
 #include "vexo/extend.h"
 #include "windows/c_host.h"
 
-namespace vexo {
+namespace vexo::test {
 namespace {
-
-using test::Connection;
-using test::LoopbackPrinter;
 
 const std::string kGetKey("\x1b\x1c& V1 getkey\r\n\x01\xcc\x00\x02", 19);
 const std::string kSetKey("\x1b\x1c& V1 setkey\r\n\x01\xcc\x00\x02", 19);  // The two bytes of the width follow.
@@ -131,4 +128,4 @@ TEST_F(WidthExportTest, PortsOfThisSystem) {
 }
 
 }  // namespace
-}  // namespace vexo
+}  // namespace vexo::test
