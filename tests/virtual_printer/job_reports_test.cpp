@@ -12,6 +12,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
+const std::string kStatus = V1("getval \"reprint_status\"");
+
 std::string Tag(const std::string& digits) { return V1("setval \"process_id\" \"" + digits + "\""); }
 
 PrinterSetup Times(int printing, int quiet) {
@@ -40,6 +42,10 @@ TEST(ReportFrames, HaveTheirBytes) {
 
 TEST(PrintJobs, StartWithTheirDataAndEndWhenPrinted) {
   Shop shop(Times(500, 200));
+  EXPECT_EQ(shop.Send(1, Tag("0007") + "x")[1], "1> print data, 1 byte") << "nobody watches";
+  shop.Send(1, kOn + kOff);
+  EXPECT_EQ(shop.Send(1, "x"), (Transcript{"1> print data, 1 byte"}));
+  EXPECT_EQ(shop.UntilDeadline(), -1);
   EXPECT_EQ(shop.Send(1, kOn + Tag("0007") + "Total"),
             (Transcript{"1> setval \"job_monitor\" \"on\", by V1 reports", "1> setval \"process_id\" \"0007\"",
                         "1> print data, 5 bytes, task 0007", "1< report 256: task 0007 started"}));
@@ -47,7 +53,10 @@ TEST(PrintJobs, StartWithTheirDataAndEndWhenPrinted) {
   EXPECT_EQ(shop.Send(1, " 9.99"), (Transcript{"1> print data, 5 bytes, task 0007"}));
   EXPECT_EQ(shop.Pass(499), Transcript{});
   EXPECT_EQ(shop.UntilDeadline(), 1);
-  EXPECT_EQ(shop.Pass(1), (Transcript{"1< report 257: task 0007 ended, status 0x00000000"}));
+  shop.now += milliseconds(1);
+  EXPECT_EQ(shop.Send(1, kStatus), (Transcript{"1< report 257: task 0007 ended, status 0x00000000",
+                                               "1> getval \"reprint_status\"", "1< report 260: status 0x00000000"}))
+      << "what fell due comes before the next answer";
   EXPECT_EQ(shop.UntilDeadline(), -1);
 }
 
@@ -59,15 +68,6 @@ TEST(PrintJobs, PrintOneAfterTheOtherInOrder) {
   // Time that passes at once changes nothing but the moment of the news.
   EXPECT_EQ(shop.Pass(10000), (Transcript{"1< reply 37 23: task 0002 ended", "1< reply 37 22: task 0003 started",
                                           "1< reply 37 23: task 0003 ended"}));
-}
-
-TEST(PrintJobs, ReportWhatFellDueBeforeTheNextAnswer) {
-  Shop shop(Times(500, 200));
-  shop.Send(1, kOn + Tag("0007") + "x");
-  shop.now += milliseconds(600);
-  EXPECT_EQ(shop.Send(1, V1("getval \"reprint_status\"")),
-            (Transcript{"1< report 257: task 0007 ended, status 0x00000000", "1> getval \"reprint_status\"",
-                        "1< report 260: status 0x00000000"}));
 }
 
 // How the data of a job is known to be complete. Each row begins with a job whose data has just arrived.
@@ -121,14 +121,6 @@ TEST(PrintJobs, TakeTheNumberThatTheirHostSetLast) {
   }
 }
 
-TEST(PrintJobs, AreMadeOnlyWhileSomebodyWatches) {
-  Shop shop;
-  EXPECT_EQ(shop.Send(1, Tag("0007") + "x")[1], "1> print data, 1 byte");
-  shop.Send(1, kOn + kOff);
-  EXPECT_EQ(shop.Send(1, "x"), (Transcript{"1> print data, 1 byte"}));
-  EXPECT_EQ(shop.UntilDeadline(), -1);
-}
-
 TEST(PrintJobs, AreReportedToEachHostThatWatchesInItsManner) {
   Shop shop({}, /*hosts=*/3);
   shop.Send(1, kOn);
@@ -139,8 +131,10 @@ TEST(PrintJobs, AreReportedToEachHostThatWatchesInItsManner) {
   EXPECT_EQ(shop.Pass(500), (Transcript{"2< reply 37 23: task 0000 ended"}));
 }
 
-TEST(PrintJobs, AreReportedInTheMannerForced) {
+TEST(PrintJobs, AreReportedFromTheStartInTheMannerForced) {
   PrinterSetup setup;
+  setup.monitoring = ReportFamily::kV1;
+  EXPECT_EQ(Shop(setup).Send(1, "x").back(), "1< report 256: task 0000 started");
   setup.family = ReportFamily::kGsH;
   const Transcript notes = Shop(setup).Send(1, kOn + "x" + kClear);
   EXPECT_EQ(notes.at(2), "1< reply 37 22: task 0000 started");
@@ -166,12 +160,6 @@ TEST(PrintJobs, AreReportedToTheNextConnectionOfALostHost) {
   shop.Leave(3);
   shop.model.Connect(5);
   EXPECT_EQ(shop.Send(2, "x"), (Transcript{"2> print data, 1 byte"}));
-}
-
-TEST(PrintJobs, AreReportedFromTheStartToTheFirstHost) {
-  PrinterSetup setup;
-  setup.monitoring = ReportFamily::kV1;
-  EXPECT_EQ(Shop(setup).Send(1, "x").back(), "1< report 256: task 0000 started");
 }
 
 TEST(PrintJobs, EndWithAV2AnswerForTheHostThatSentThem) {

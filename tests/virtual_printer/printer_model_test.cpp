@@ -130,65 +130,6 @@ TEST(PrinterModel, UnderstandsAndAnswersAndIsInStepAfterwards) {
   }
 }
 
-// Together they hold each command, so that each is split at each place; the second one holds beginnings of commands.
-const std::string kSplitStreams[] = {
-    kUnknownKey + SetWidth("\x40\x02") + kSave + kPrefix + "do \"cut" + kGetWidth,
-    "\x1B\x1C&c\x10\x14\x08\x01\x1D(\x1D(H\x1B\x1C" + kGetWidth,
-    kOn + kAskMonitoring + kStatus + V1("setval \"process_id\" \"0007\"") + V1("do \"print_feedform\"") + kClear +
-        kGetWidth,
-    kGsHOn + GsH("000007") + GsH("200") + "\n" + GsH("200") + kClearRealTime + GsH("") + GsH("100") + kGetWidth,
-};
-
-// Print data in several pieces becomes one note.
-Transcript SendPieces(const std::vector<std::string>& pieces) {
-  const std::string data = "print data";
-  Shop shop;
-  Transcript notes;
-  for (const std::string& piece : pieces) {
-    for (const std::string& note : Send(shop, piece)) {
-      if (note.compare(0, data.size(), data) != 0) {
-        notes.push_back(note);
-      } else if (notes.empty() || notes.back() != data) {
-        notes.push_back(data);
-      }
-    }
-  }
-  return notes;
-}
-
-TEST(PrinterModel, UnderstandsACommandHoweverItIsSplit) {
-  for (const std::string& stream : kSplitStreams) {
-    const Transcript whole = SendPieces({stream});
-    ASSERT_EQ(whole.back(), "<-4002");
-    for (std::size_t split = 1; split < stream.size(); ++split) {
-      EXPECT_EQ(SendPieces({stream.substr(0, split), stream.substr(split)}), whole) << "split at " << split;
-    }
-    std::vector<std::string> bytes;
-    for (const char byte : stream) {
-      bytes.emplace_back(1, byte);
-    }
-    EXPECT_EQ(SendPieces(bytes), whole) << "byte by byte";
-  }
-}
-
-TEST(PrinterModel, HoldsBackLittleOfEndlessInput) {
-  const std::string inputs[] = {
-      std::string(100000, '\x1B'),
-      kPrefix + std::string(100000, 'A'),
-      SetKey({"\x01\x00\x00\xFF", 4}) + std::string(100000, '\x1B'),
-      std::string("\x1D(H\xFF\x00", 5) + std::string(100000, 'A'),
-      "\x1D(H" + std::string(100000, '\xFF'),
-  };
-  for (const std::string& input : inputs) {
-    Shop shop;
-    for (std::size_t offset = 0; offset < input.size(); offset += 100) {
-      shop.Send(1, input.substr(offset, 100));
-      ASSERT_LE(shop.model.PendingBytes(1), CommandParser::kMaxPending);
-    }
-    EXPECT_EQ(Send(shop, kGetWidth).back(), "<-4002");
-  }
-}
-
 TEST(PrinterModel, ConnectionsShareTheSettingsButNotTheirStreams) {
   Shop shop({}, /*hosts=*/2);
   const PrinterState& state = shop.model.State();
@@ -240,7 +181,7 @@ TEST(Faults, DecideHowAnAnswerIsSent) {
   }
 }
 
-TEST(Faults, LimitEndsWithExactlyItsBytes) {
+TEST(Faults, StrikeAtTheirBytes) {
   Faults faults;
   faults.drop_after = 21;
   ReceiveLimit limit(faults);
@@ -248,10 +189,7 @@ TEST(Faults, LimitEndsWithExactlyItsBytes) {
   EXPECT_FALSE(limit.Reached());
   EXPECT_EQ(limit.Admit(5), 1u);
   EXPECT_TRUE(limit.Reached());
-}
-
-TEST(Faults, GarbageBeginsNoFrame) {
-  const Bytes garbage = Garbage(1000);
+  const Bytes garbage = Garbage(1000);  // Begins no frame.
   EXPECT_EQ(garbage.size(), 1000u);
   EXPECT_EQ(std::count(garbage.begin(), garbage.end(), 0x1B) + std::count(garbage.begin(), garbage.end(), 0x37), 0);
 }
