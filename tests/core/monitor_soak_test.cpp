@@ -9,6 +9,7 @@
 
 #include "monitor/printer_read_helper.h"
 #include "support/allocation_faults.h"
+#include "support/eventually.h"
 #include "support/report_frames.h"
 #include "support/stream_port.h"
 #include "vexo/extend.h"

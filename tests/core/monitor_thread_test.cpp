@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/eventually.h"
 #include "support/report_frames.h"
 #include "support/stream_port.h"
 #include "vexo/extend.h"

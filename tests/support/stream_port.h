@@ -3,12 +3,10 @@
 #define VEXO_TESTS_SUPPORT_STREAM_PORT_H_
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string>
-#include <thread>
 #include <utility>
 
 #include "support/scripted_port.h"
@@ -44,16 +42,6 @@ class StreamPort : public VexoPort {
   const Source source_;
   const WriteResult write_result_;
 };
-
-// Waits for what other threads are about to do. False: it never happens.
-template <typename Condition>
-bool Eventually(Condition condition) {
-  const auto patience_ends = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-  while (!condition() && std::chrono::steady_clock::now() < patience_ends) {
-    std::this_thread::yield();
-  }
-  return condition();
-}
 
 }  // namespace vexo::test
 

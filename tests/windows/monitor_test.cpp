@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <future>
@@ -22,7 +21,6 @@ constexpr std::chrono::seconds kPatience(60);
 
 const std::string kOn = "\x1b\x1c& V1 setval \"job_monitor\" \"on\"\r\n";
 const std::string kTag = "\x1b\x1c& V1 setval \"process_id\" \"0007\"\r\n";
-const std::string kStatusQuery = "\x1b\x1c& V1 getval \"reprint_status\"\r\n";
 
 // What the callbacks were told: they carry no context, and run on threads of the DLL.
 class Journal {
@@ -128,41 +126,6 @@ TEST_F(MonitorExports, EventsReachTheCallbackOnTheReaderThread) {
   EXPECT_NE(threads.front(), std::this_thread::get_id());
 }
 
-TEST_F(MonitorExports, EventsWaitForAHostThatAsks) {
-  LoopbackPrinter printer;
-  MonitoringHost host(printer);
-  Connection connection = AcceptMonitoring(&printer);
-  connection.Send(Started("0007") + Ended("0007", 0));
-  std::vector<int32_t> reports;
-  uint16_t status = 0;
-  uint32_t value = 0;
-  const auto patience_ends = std::chrono::steady_clock::now() + kPatience;
-  while (reports.size() < 2 && std::chrono::steady_clock::now() < patience_ends) {
-    const int32_t task = GetStatusReport(host.monitor(), &status, &value);
-    if (task != VEXO_MONITOR_NO_EVENT) {
-      reports.push_back(task * 10 + status);
-    }
-    std::this_thread::yield();
-  }
-  EXPECT_EQ(reports, (std::vector<int32_t>{71, 72}));
-  EXPECT_EQ(value, 0xFFFFFFFFU);
-}
-
-TEST_F(MonitorExports, DeviceStatusIsAskedWhileTheReaderPolls) {
-  LoopbackPrinter printer;
-  MonitoringHost host(printer);
-  Connection connection = AcceptMonitoring(&printer);
-  std::future<std::string> served = std::async(std::launch::async, [&] {
-    const std::string question = connection.Receive(kStatusQuery.size());
-    connection.Send(ValueReply(5));
-    return question;
-  });
-  uint32_t status = 0;
-  EXPECT_EQ(GetDeviceStatus(host.monitor(), &status), VEXO_OK);
-  EXPECT_EQ(status, ~5U);
-  EXPECT_EQ(served.get(), kStatusQuery);
-}
-
 // A printer that is switched off and on again: the next command finds it, and events come as before.
 TEST_F(MonitorExports, PrinterGoesAndComesBack) {
   auto printer = std::make_unique<LoopbackPrinter>();
@@ -189,26 +152,6 @@ TEST_F(MonitorExports, PrinterGoesAndComesBack) {
   EXPECT_EQ(SetPrintTaskId(host.monitor(), 7), VEXO_OK);
   EXPECT_EQ(g_journal.Await(2), (std::vector<std::string>{"1 1 0", "1 7 0"}));
   back.get();
-}
-
-TEST_F(MonitorExports, MonitorsHearTheirOwnPrinters) {
-  LoopbackPrinter printers[2];
-  MonitoringHost first(printers[0]);
-  MonitoringHost second(printers[1]);
-  first.AddCallback();
-  Connection connections[] = {AcceptMonitoring(&printers[0]), AcceptMonitoring(&printers[1])};
-  connections[1].Send(Started("0002"));
-  uint16_t status = 0;
-  const auto patience_ends = std::chrono::steady_clock::now() + kPatience;
-  int32_t task = VEXO_MONITOR_NO_EVENT;
-  while (task == VEXO_MONITOR_NO_EVENT && std::chrono::steady_clock::now() < patience_ends) {
-    task = GetStatusReport(second.monitor(), &status, nullptr);
-    std::this_thread::yield();
-  }
-  EXPECT_EQ(task, 2);
-  second.Destroy();
-  connections[0].Send(Started("0001"));
-  EXPECT_EQ(g_journal.Await(1), std::vector<std::string>{"1 1 0"});
 }
 
 TEST_F(MonitorExports, DestroyEndsTheReaderWhileEventsCome) {

@@ -22,8 +22,10 @@
 #include <utility>
 #include <vector>
 
+#include "support/eventually.h"
 #include "vexo/extend.h"
 #include "windows/process_resources.h"
+#include "windows/registered_device.h"
 
 namespace vexo::test {
 namespace {
@@ -32,21 +34,8 @@ constexpr std::chrono::seconds kPatience(60);
 constexpr UINT kStopMessage = 0x402;
 constexpr char kClass[] = "USBMonitorClass";
 constexpr char kPath[] = R"(\\?\USB#VID_1A2B&PID_0001#abc123#{28d78fad-5a12-11d1-ae5b-0000f803a8c2})";
-constexpr GUID kPrinter = {0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
-constexpr GUID kDisk = {0x53F56307, 0xB6BF, 0x11D0, {0x94, 0xF2, 0x00, 0xA0, 0xC9, 0x1E, 0xFB, 0x8B}};
 
 using Texts = std::vector<std::string>;
-
-bool Await(const std::function<bool()>& condition) {
-  const auto patience_ends = std::chrono::steady_clock::now() + kPatience;
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > patience_ends) {
-      return false;
-    }
-    std::this_thread::yield();
-  }
-  return true;
-}
 
 // Of this process: others may be watching, too.
 std::vector<HWND> Windows() {
@@ -62,12 +51,12 @@ std::vector<HWND> Windows() {
 }
 
 HWND AwaitWindow() {
-  EXPECT_TRUE(Await([] { return !Windows().empty(); }));
+  EXPECT_TRUE(Eventually([] { return !Windows().empty(); }));
   return Windows().front();
 }
 
 // Sends what the system sends; the callbacks have returned when this does.
-void Broadcast(HWND window, WPARAM change, const std::string& path = kPath, const GUID& interface_class = kPrinter,
+void Broadcast(HWND window, WPARAM change, const std::string& path = kPath, const GUID& interface_class = kPrinterClass,
                DWORD type = DBT_DEVTYP_DEVICEINTERFACE) {
   std::vector<DEV_BROADCAST_DEVICEINTERFACE_A> buffer(1 + path.size() / sizeof(DEV_BROADCAST_DEVICEINTERFACE_A) + 1);
   DEV_BROADCAST_DEVICEINTERFACE_A& broadcast = buffer.front();
@@ -127,6 +116,10 @@ TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
   const HWND window = Start();
   EXPECT_EQ(AddUSBMonitor(Listen, &listener_), reinterpret_cast<intptr_t>(&Listen)) << "the second context counts";
   EXPECT_EQ(AddUSBMonitor(nullptr, &listener_), 0);
+  const size_t threads = CountThreads();
+  EXPECT_EQ(Start(), window) << "it runs already";
+  EXPECT_EQ(CountThreads(), threads);
+  EXPECT_EQ(Windows().size(), 1U);
   Broadcast(window, DBT_DEVICEARRIVAL);
   Broadcast(window, DBT_DEVICEREMOVECOMPLETE, R"(\\?\USB#VID_1A2B&PID_0001#7&1a2b&0&1#{28d78fad})");
   EXPECT_EQ(listener_.Take(), (Texts{"ABC123 0", "7&1A2B&0&1 1"}));
@@ -136,8 +129,8 @@ TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
   for (const WPARAM change : {DBT_DEVICEQUERYREMOVE, DBT_DEVICEREMOVEPENDING, DBT_DEVNODES_CHANGED, 0}) {
     Broadcast(window, change);
   }
-  Broadcast(window, DBT_DEVICEARRIVAL, kPath, kDisk);
-  Broadcast(window, DBT_DEVICEARRIVAL, kPath, kPrinter, DBT_DEVTYP_HANDLE);
+  Broadcast(window, DBT_DEVICEARRIVAL, kPath, kDiskClass);
+  Broadcast(window, DBT_DEVICEARRIVAL, kPath, kPrinterClass, DBT_DEVTYP_HANDLE);
   Broadcast(window, DBT_DEVICEARRIVAL, "USB#VID_1A2B&PID_0001");
   Broadcast(window, DBT_DEVICEREMOVECOMPLETE, "USB#VID_1A2B&PID_0001#");
   SendMessageA(window, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, 0);
@@ -147,14 +140,6 @@ TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
   EXPECT_EQ(RemoveUSBMonitor(Listen), 1);
   Broadcast(window, DBT_DEVICEARRIVAL);
   EXPECT_EQ(listener_.Take(), Texts{});
-}
-
-TEST_F(UsbMonitor, StartingTwiceStartsOneThread) {
-  const HWND window = Start();
-  const size_t threads = CountThreads();
-  EXPECT_EQ(Start(), window);
-  EXPECT_EQ(CountThreads(), threads);
-  EXPECT_EQ(Windows().size(), 1U);
 }
 
 TEST_F(UsbMonitor, CallbackMayAddAndRemoveAndStartAndThrow) {
@@ -208,7 +193,7 @@ TEST_F(UsbMonitor, CallbackThatStopsIsToldAndTheThreadEnds) {
   AddUSBMonitor(Listen, &listener_);
   Broadcast(Start(), DBT_DEVICEARRIVAL);
   EXPECT_EQ(error, EDEADLK);
-  EXPECT_TRUE(Await([] { return Windows().empty(); }));
+  EXPECT_TRUE(Eventually([] { return Windows().empty(); }));
   EXPECT_EQ(StartUSBMonitorThread(), 0);
   EXPECT_TRUE(Windows().empty()) << "it is to be stopped first";
   EXPECT_EQ(StopUSBMonitorThread(), 0);
@@ -225,7 +210,7 @@ TEST_F(UsbMonitor, StopsAfterItsWindowHasBeenClosed) {
   };
   for (const auto& ending : endings) {
     ending(Start());
-    EXPECT_TRUE(Await([] { return Windows().empty(); }));
+    EXPECT_TRUE(Eventually([] { return Windows().empty(); }));
     EXPECT_EQ(StopUSBMonitorThread(), 0);
   }
 }
