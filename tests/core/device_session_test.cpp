@@ -6,7 +6,6 @@
 #include <atomic>
 #include <cerrno>
 #include <deque>
-#include <functional>
 #include <memory>
 #include <string>
 #include <thread>
@@ -20,6 +19,7 @@
 #include "support/own_folder.h"
 #include "support/scripted_drivers.h"
 #include "support/scripted_port.h"
+#include "support/threads.h"
 #include "support/virtual_clock.h"
 
 namespace vexo::test {
@@ -143,34 +143,30 @@ TEST_F(Session, FailedConnectionLeavesNothing) {
 
 TEST_F(Session, LackOfMemoryIsACodeAndLeavesNothing) {
   SetOwnFile("file");
-  const std::string model = kModel + std::string();
+  const std::string model = kModel;
   const std::string descriptor = UsbPrinter("sn=12345678901234567890");
-  const std::function<int32_t(DeviceSession&)> operations[] = {
-      [&](DeviceSession& session) { return session.Connect(model, descriptor); },
-      [&](DeviceSession& session) { return session.Receive(); },
-  };
   SetDriverScript(Sending(std::deque<std::string>(100, "reply")));
   int failures = 0;
-  for (const auto& operation : operations) {
-    for (uint32_t nth = 1;; ++nth) {
+  for (const bool connecting : {true, false}) {
+    bool struck = true;
+    for (uint32_t nth = 1; struck; ++nth) {
       DeviceSession session;
-      if (&operation != operations) {
-        ASSERT_EQ(0, session.Connect(model, descriptor));
-      }
+      ASSERT_EQ(0, connecting ? 0 : session.Connect(model, descriptor));
+      const auto operation = [&] { return connecting ? session.Connect(model, descriptor) : session.Receive(); };
       AllocationFault fault(nth);
-      const int32_t result = operation(session);
-      const bool struck = fault.Lift();
+      const int32_t result = operation();
+      struck = fault.Lift();
       if (!struck) {
         EXPECT_EQ(0, result);
-        break;
+        continue;
       }
       ++failures;
       EXPECT_TRUE(result == -9 || result == -2 || result == ENOMEM) << result;  // -2: no port object; ENOMEM: no lock.
       EXPECT_EQ(BytesOf(""), session.received());
-      if (&operation == operations) {
+      if (connecting) {
         ExpectNothingHeld();
       }
-      EXPECT_EQ(0, operation(session)) << nth;
+      EXPECT_EQ(0, operation()) << nth;
     }
   }
   EXPECT_GT(failures, 8);
@@ -325,23 +321,14 @@ TEST_F(Session, ManyAtOnce) {
   std::string models = "[\n[\n600,,KM600\n";
   EncodeConfigText(&models);
   SetOwnFile(models);
-  std::atomic<int> failures{0};
-  std::vector<std::thread> threads(4);
-  for (size_t i = 0; i < threads.size(); ++i) {
-    threads[i] = std::thread([&failures, i] {
-      for (int round = 0; round < 100; ++round) {
-        DeviceSession session;
-        const bool known = (i + static_cast<size_t>(round)) % 3 != 0;
-        const bool works = session.Connect(known ? "KM600" : "KM601", kNet) == (known ? 0 : -8) &&
-                           session.Send(BytesOf("a")) == (known ? 0 : -6);
-        failures += works ? 0 : 1;
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  EXPECT_EQ(0, failures);
+  RunOnThreads(4, [](int thread) {
+    for (int round = 0; round < 100; ++round) {
+      DeviceSession session;
+      const bool known = (thread + round) % 3 != 0;
+      EXPECT_EQ(known ? 0 : -8, session.Connect(known ? "KM600" : "KM601", kNet));
+      EXPECT_EQ(known ? 0 : -6, session.Send(BytesOf("a")));
+    }
+  });
 }
 
 TEST_F(Session, UsbSessionIsSharedByThreads) {
@@ -361,23 +348,17 @@ TEST_F(Session, UsbSessionIsSharedByThreads) {
   };
   SetDriverScript(script);
   DeviceSession session;
-  std::vector<std::thread> threads(4);
-  for (size_t i = 0; i < threads.size(); ++i) {
-    threads[i] = std::thread([&session, i] {
-      for (int round = 0; round < 100; ++round) {
-        session.Connect(kModel, "USB");
-        session.Send(BytesOf("a"));
-        session.Receive();
-        session.IsConnected();
-        if (i == 0) {
-          session.Disconnect();
-        }
+  RunOnThreads(4, [&session](int thread) {
+    for (int round = 0; round < 100; ++round) {
+      session.Connect(kModel, "USB");
+      session.Send(BytesOf("a"));
+      session.Receive();
+      session.IsConnected();
+      if (thread == 0) {
+        session.Disconnect();
       }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+    }
+  });
   EXPECT_EQ(0, overlaps);
   session.Disconnect();
 }

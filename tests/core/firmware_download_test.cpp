@@ -82,12 +82,6 @@ TEST_F(FirmwareDownloadTest, ConnectsAnewForEachSegment) {
   EXPECT_EQ(VEXO_PORT_NET, handle_.port->kind);
 }
 
-TEST_F(FirmwareDownloadTest, EmptyBodyHasItsTurn) {
-  EXPECT_EQ("Successfully restarted the device...", Download(ImageOf({0})).LastLine());
-  EXPECT_EQ(std::vector<int32_t>{100}, progress_);
-  EXPECT_EQ(2, answers_);
-}
-
 // Hosts tell these from success by the last line alone.
 TEST_F(FirmwareDownloadTest, FailureAtEachStep) {
   const Bytes image = ImageOf({1500, 10});

@@ -6,12 +6,13 @@
 #include <cstdint>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "monitor/printer_read_helper.h"
 #include "support/allocation_faults.h"
-#include "support/eventually.h"
 #include "support/report_frames.h"
 #include "support/stream_port.h"
+#include "support/threads.h"
 #include "vexo/extend.h"
 
 namespace vexo::test {
@@ -28,60 +29,38 @@ std::string EventFrame(uint32_t number) {
 
 class BusyPrinter {
  public:
-  // Pieces end anywhere but in those bytes of a frame without which it is taken all the same.
+  // Frames with junk before them. The last one is cut anywhere but behind those bytes with which it is taken all the
+  // same; the rest comes next.
   std::string Next(size_t room) {
-    if (sent_ == ready_.size()) {
-      PrintMore();
+    std::string bytes = std::exchange(held_back_, {});
+    for (uint32_t frames = Random() % 64; frames > 0 && printed_ < kEvents && bytes.size() < room / 2; --frames) {
+      bytes += Junk();
+      const size_t cut = bytes.size() + Random() % kEarlySize;
+      bytes += EventFrame(printed_++);
+      if (frames == 1) {
+        held_back_ = bytes.substr(cut);
+        bytes.resize(cut);
+      }
     }
-    const size_t most = std::min(room, ready_.size() - sent_);
-    size_t size = most == 0 ? 0 : 1 + Random() % most;
-    while (size > 0 && size < most && is_bound_[sent_ + size]) {
-      ++size;
-    }
-    while (size > 0 && sent_ + size < ready_.size() && is_bound_[sent_ + size]) {
-      --size;
-    }
-    const std::string piece = ready_.substr(sent_, size);
-    sent_ += size;
-    return piece;
+    return bytes;
   }
 
  private:
-  void PrintMore() {
-    ready_.clear();
-    is_bound_.clear();
-    sent_ = 0;
-    for (int frame = 0; frame < 100 && printed_ < kEvents; ++frame) {
-      AppendJunk();
-      const std::string bytes = EventFrame(printed_++);
-      ready_ += bytes;
-      is_bound_.resize(ready_.size() - bytes.size() + kEarlySize, false);
-      is_bound_.resize(ready_.size(), true);
-    }
-  }
-
-  void AppendJunk() {
+  std::string Junk() {
     static const std::string kHeader = "\x1b\x1c& V1 report";
-    switch (Random() % 4) {
-      case 0:
-        break;
-      case 1:
-        ready_ += kHeader.substr(0, Random() % kHeader.size());
-        break;
-      default:
-        for (uint32_t left = Random() % 40; left > 0; --left) {
-          ready_ += static_cast<char>(Random());
-        }
+    const uint32_t kind = Random() % 4;
+    if (kind <= 1) {
+      return kHeader.substr(0, kind * (Random() % kHeader.size()));
     }
-    is_bound_.resize(ready_.size(), false);
+    std::string noise(Random() % 40, '\0');
+    std::generate(noise.begin(), noise.end(), [this] { return static_cast<char>(Random()); });
+    return noise;
   }
 
   uint32_t Random() { return static_cast<uint32_t>(random_()); }
 
   std::mt19937 random_{4711};
-  std::string ready_;
-  std::vector<bool> is_bound_;  // To the byte before it.
-  size_t sent_ = 0;
+  std::string held_back_;
   uint32_t printed_ = 0;
 };
 

@@ -7,11 +7,10 @@
 #include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
-#include "support/eventually.h"
 #include "support/report_frames.h"
 #include "support/stream_port.h"
+#include "support/threads.h"
 #include "vexo/extend.h"
 
 namespace vexo::test {
@@ -163,24 +162,15 @@ void CountTask(int32_t /*event*/, int32_t task, uint32_t /*value*/) { ++g_events
 
 TEST(MonitorThreads, MonitorsDoNotMixTheirPrinters) {
   constexpr int kEvents = 200;
-  for (auto& events : g_events_of) {
-    events = 0;
-  }
-  std::vector<std::thread> hosts;
-  for (int task = 0; task < kMonitors; ++task) {
-    hosts.emplace_back([task] {
-      int left = kEvents;
-      Monitored monitored([&left, task](size_t /*room*/) {
-        return left-- > 0 ? Started("000" + std::to_string(task)) : std::string();
-      });
-      monitored.Add(CountTask);
-      monitored.Open();
-      EXPECT_TRUE(Eventually([&] { return g_events_of[task] == kEvents; }));
-    });
-  }
-  for (std::thread& host : hosts) {
-    host.join();
-  }
+  RunOnThreads(kMonitors, [](int task) {
+    g_events_of[task] = 0;
+    int left = kEvents;
+    Monitored monitored(
+        [&](size_t /*room*/) { return left-- > 0 ? Started("000" + std::to_string(task)) : std::string(); });
+    monitored.Add(CountTask);
+    monitored.Open();
+    EXPECT_TRUE(Eventually([&] { return g_events_of[task] == kEvents; }));
+  });
   for (const auto& events : g_events_of) {
     EXPECT_EQ(kEvents, events);
   }

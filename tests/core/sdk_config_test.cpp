@@ -5,14 +5,13 @@
 
 #include <algorithm>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "protocol/model_handle.h"
 #include "protocol/printer_info.h"
 #include "protocol/sdk_config_text.h"
 #include "support/allocation_faults.h"
 #include "support/own_folder.h"
+#include "support/threads.h"
 
 namespace vexo::test {
 namespace {
@@ -96,22 +95,16 @@ TEST_F(SdkConfigFile, WithoutMemoryNothingIsLoaded) {
 // Whoever loads and releases, a record that was found and tables that are held stay whole.
 TEST_F(SdkConfigFile, ThreadsLoadAndReleaseAsTheyLike) {
   SetOwnFile(Stored("[\n[\n500,abc,KM500,def,ghi,1,2,3,4,5\n"));
-  std::vector<std::thread> threads(4);
-  for (std::thread& thread : threads) {
-    thread = std::thread([] {
-      for (int round = 0; round < 200; ++round) {
-        SdkConfigReference config;
-        EXPECT_EQ(0, LoadSdkConfig(&config));
-        const std::optional<ModelRecord> found = FindModelByName("KM500");
-        ReleaseSdkConfig();
-        EXPECT_EQ(4, config->FindModel(500)->values[3]);
-        EXPECT_TRUE(!found || ViewText(found->texts[3]) == "ghi");
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  RunOnThreads(4, [](int /*thread*/) {
+    for (int round = 0; round < 200; ++round) {
+      SdkConfigReference config;
+      EXPECT_EQ(0, LoadSdkConfig(&config));
+      const std::optional<ModelRecord> found = FindModelByName("KM500");
+      ReleaseSdkConfig();
+      EXPECT_EQ(4, config->FindModel(500)->values[3]);
+      EXPECT_TRUE(!found || ViewText(found->texts[3]) == "ghi");
+    }
+  });
 }
 
 TEST_F(SdkConfigFile, TellsAboutAModel) {

@@ -3,14 +3,13 @@
 
 #include <atomic>
 #include <future>
-#include <string>
 #include <thread>
-#include <vector>
 
 #include "port/port_factory.h"
 #include "port/port_lock.h"
 #include "port/port_object.h"
 #include "support/scripted_drivers.h"
+#include "support/threads.h"
 #include "vexo/extend.h"
 
 namespace vexo::test {
@@ -56,22 +55,15 @@ class Threads : public ::testing::Test {
 };
 
 TEST_F(Threads, PortsAreOpenedAndClosedOnAnyThread) {
-  std::atomic<int> failures{0};
-  std::vector<std::thread> threads(8);
-  for (size_t i = 0; i < threads.size(); ++i) {
-    threads[i] = std::thread([&failures, i] {
-      for (int round = 0; round < 100; ++round) {
-        VexoPort* port = nullptr;
-        const bool works = OpenPort(&port, i % 2 == 0 ? "NET,10.0.0.5" : "BUF") == 0 && port->Open(port) == 0 &&
-                           WriteByte(port) == 0 && ClosePort(port) == 0;
-        failures += works ? 0 : 1;
-      }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
-  EXPECT_EQ(0, failures);
+  RunOnThreads(8, [](int thread) {
+    for (int round = 0; round < 100; ++round) {
+      VexoPort* port = nullptr;
+      ASSERT_EQ(0, OpenPort(&port, thread % 2 == 0 ? "NET,10.0.0.5" : "BUF"));
+      EXPECT_EQ(0, port->Open(port));
+      EXPECT_EQ(0, WriteByte(port));
+      EXPECT_EQ(0, ClosePort(port));
+    }
+  });
 }
 
 TEST_F(Threads, TransferMeetsTheClosingOfItsPort) {

@@ -77,18 +77,6 @@ TEST_F(UsbCallbackRegistryTest, CallsInTheOrderOfTheAddressesEachOnce) {
   EXPECT_EQ("", Deliver());
 }
 
-TEST_F(UsbCallbackRegistryTest, SecondContextReplacesTheFirst) {
-  int first_calls = 0;
-  int second_calls = 0;
-  Action first = [&] { ++first_calls; };
-  Action second = [&] { ++second_calls; };
-  Add(0, &first);
-  Add(0, &second);
-  EXPECT_EQ("0", Deliver());
-  EXPECT_EQ(0, first_calls);
-  EXPECT_EQ(1, second_calls);
-}
-
 TEST_F(UsbCallbackRegistryTest, CallbackMayAddAndRemoveAndThrow) {
   Action add_others = [&] {
     Add(0);

@@ -46,15 +46,13 @@ TEST(V1Command, FramesGoOutByteForByte) {
 
 TEST(ReplyPatterns, StatusReportTakesAnyFieldBytes) {
   const std::string start = "\x1b\x1c& V1 report";
-  for (int byte = 0; byte < 256; ++byte) {
-    const std::string reply = start + std::string(4, static_cast<char>(byte)) + "more";
-    std::smatch match;
-    ASSERT_TRUE(std::regex_search(reply, match, StatusReportPattern())) << byte;
-    EXPECT_EQ(reply.substr(13, 2), match[1]);
-    EXPECT_EQ(reply.substr(15, 2), match[2]);
-  }
-  for (const std::string& reply : {start + "abc", "x" + start + "abcd", "\x1b\x1c& V1 Report1234"s, ""s}) {
-    EXPECT_FALSE(std::regex_search(reply, StatusReportPattern())) << reply;
+  const std::string reply = start + "\r\n\0\xFFmore"s;
+  std::smatch match;
+  ASSERT_TRUE(std::regex_search(reply, match, StatusReportPattern()));
+  EXPECT_EQ("\r\n", match[1]);
+  EXPECT_EQ("\0\xFF"s, match[2]);
+  for (const std::string& other : {start + "abc", "x" + start + "abcd", "\x1b\x1c& V1 Report1234"s, ""s}) {
+    EXPECT_FALSE(std::regex_search(other, StatusReportPattern())) << other;
   }
 }
 

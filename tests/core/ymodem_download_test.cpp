@@ -91,12 +91,6 @@ TEST_F(YModemDownloadTest, InTheLoaderAlreadyWithAnExactMultiple) {
   EXPECT_EQ((std::vector<int32_t>{0, 0, 33, 66, 100}), progress_);
 }
 
-TEST_F(YModemDownloadTest, BlockNumbersWrap) {
-  EXPECT_EQ(0, Download(FileContent(256 * 1024 - 1)).code);
-  EXPECT_EQ((Bytes{2, 255, 0}), Bytes(written_[2 + 254].begin(), written_[2 + 254].begin() + 3));
-  EXPECT_EQ((Bytes{2, 0, 255}), Bytes(written_[2 + 255].begin(), written_[2 + 255].begin() + 3));
-}
-
 TEST_F(YModemDownloadTest, FindsTheSameUsbPrinterAgain) {
   EXPECT_EQ(0, Download({1}, "USB").code);
   EXPECT_EQ("USB Configure vexo:/dev/bus/USB/A1", DriverCalls().at(2));

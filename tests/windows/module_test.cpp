@@ -1,12 +1,15 @@
-// The DLL as a file that hosts load: what it exports, which version it is, and that it leaves nothing behind.
+// The DLL as hosts load it: what it exports, which version it is, C hosts, and that it leaves nothing behind.
+#include "windows/loopback_printer.h"
+
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <cstdint>
+#include <future>
 #include <string>
 #include <vector>
 
 #include "vexo/extend.h"
+#include "windows/c_host.h"
 #include "windows/process_resources.h"
 
 namespace vexo::test {
@@ -59,6 +62,21 @@ TEST(ModuleTest, CarriesItsVersion) {
   ASSERT_NE(VerQueryValueA(resource.data(), "\\", reinterpret_cast<void**>(&version), &size), 0);
   EXPECT_EQ(version->dwFileVersionMS, 0x0001'0000U);
   EXPECT_EQ(version->dwFileVersionLS, 0x0002'0002U);
+}
+
+TEST(ModuleTest, ServesAHostInC) {
+  const std::string question("\x1b\x1c& V1 getkey\r\n\x01\xcc\x00\x02", 19);
+  LoopbackPrinter printer;
+  std::future<std::string> asked = std::async(std::launch::async, [&] {
+    Connection connection = printer.Accept();
+    const std::string received = connection.Receive(question.size());
+    connection.Send(std::string("\x00\x03", 2));
+    return received + connection.ReceiveRest();
+  });
+  uint32_t width = 0;
+  EXPECT_EQ(AskPrintWidth(printer.descriptor().c_str(), &width), VEXO_OK);
+  EXPECT_EQ(width, 768U);
+  EXPECT_EQ(asked.get(), question);
 }
 
 // Thread-local slots that a program may still take; there are about a thousand for all its libraries.

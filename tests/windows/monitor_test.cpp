@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <condition_variable>
 #include <future>
 #include <memory>
 #include <mutex>
@@ -12,54 +10,36 @@
 #include <utility>
 
 #include "support/report_frames.h"
+#include "support/threads.h"
 #include "vexo/extend.h"
 
 namespace vexo::test {
 namespace {
 
-constexpr std::chrono::seconds kPatience(60);
-
 const std::string kOn = "\x1b\x1c& V1 setval \"job_monitor\" \"on\"\r\n";
 const std::string kTag = "\x1b\x1c& V1 setval \"process_id\" \"0007\"\r\n";
 
-// What the callbacks were told: they carry no context, and run on threads of the DLL.
-class Journal {
- public:
-  void Add(int32_t event, int32_t task, uint32_t value) {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    events_.push_back(std::to_string(event) + " " + std::to_string(task) + " " + std::to_string(value));
-    threads_.push_back(std::this_thread::get_id());
-    changed_.notify_all();
-  }
+// What the callbacks were told, and on which thread: they carry no context, and run on threads of the DLL.
+std::mutex g_mutex;
+std::vector<std::string> g_events;
+std::thread::id g_thread;
 
-  // The first `count` events, or those that came.
-  std::vector<std::string> Await(size_t count) {
-    std::unique_lock<std::mutex> lock(mutex_);
-    changed_.wait_for(lock, kPatience, [&] { return events_.size() >= count; });
-    return events_;
-  }
+void WriteDown(int32_t event, int32_t task, uint32_t value) {
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  g_events.push_back(std::to_string(event) + " " + std::to_string(task) + " " + std::to_string(value));
+  g_thread = std::this_thread::get_id();
+}
 
-  std::vector<std::thread::id> threads() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    return threads_;
-  }
+std::vector<std::string> Events() {
+  const std::lock_guard<std::mutex> guard(g_mutex);
+  return g_events;
+}
 
-  void Clear() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    events_.clear();
-    threads_.clear();
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::string> events_;
-  std::vector<std::thread::id> threads_;
-};
-
-Journal g_journal;
-
-void WriteDown(int32_t event, int32_t task, uint32_t value) { g_journal.Add(event, task, value); }
+// The first `count` events, or those that came.
+std::vector<std::string> Await(size_t count) {
+  Eventually([=] { return Events().size() >= count; });
+  return Events();
+}
 
 // A host that is connected to a printer and monitors it.
 class MonitoringHost {
@@ -100,7 +80,7 @@ class MonitoringHost {
 
 class MonitorExports : public ::testing::Test {
  protected:
-  MonitorExports() { g_journal.Clear(); }
+  MonitorExports() { g_events.clear(); }
 
   // The printer's end of a host's connection, monitoring switched on.
   static Connection AcceptMonitoring(LoopbackPrinter* printer) {
@@ -118,12 +98,12 @@ TEST_F(MonitorExports, EventsReachTheCallbackOnTheReaderThread) {
   ASSERT_EQ(SetPrintTaskId(host.monitor(), 7), VEXO_OK);
   EXPECT_EQ(connection.Receive(kTag.size()), kTag);
   connection.Send("noise" + Started("0007") + Ended("0007", 5).substr(0, 16));
-  EXPECT_EQ(g_journal.Await(1), std::vector<std::string>{"1 7 0"});
+  EXPECT_EQ(Await(1), std::vector<std::string>{"1 7 0"});
+  const std::thread::id reader = g_thread;
   connection.Send(Ended("0007", 5).substr(16));
-  EXPECT_EQ(g_journal.Await(2), (std::vector<std::string>{"1 7 0", "2 7 5"}));
-  const std::vector<std::thread::id> threads = g_journal.threads();
-  EXPECT_EQ(threads.front(), threads.back());
-  EXPECT_NE(threads.front(), std::this_thread::get_id());
+  EXPECT_EQ(Await(2), (std::vector<std::string>{"1 7 0", "2 7 5"}));
+  EXPECT_EQ(g_thread, reader);
+  EXPECT_NE(reader, std::this_thread::get_id());
 }
 
 // A printer that is switched off and on again: the next command finds it, and events come as before.
@@ -134,7 +114,7 @@ TEST_F(MonitorExports, PrinterGoesAndComesBack) {
   host.AddCallback();
   Connection connection = AcceptMonitoring(printer.get());
   connection.Send(Started("0001"));
-  EXPECT_EQ(g_journal.Await(1).size(), 1U);
+  EXPECT_EQ(Await(1).size(), 1U);
 
   printer.reset();
   connection.Reset();
@@ -150,7 +130,7 @@ TEST_F(MonitorExports, PrinterGoesAndComesBack) {
     return found;
   });
   EXPECT_EQ(SetPrintTaskId(host.monitor(), 7), VEXO_OK);
-  EXPECT_EQ(g_journal.Await(2), (std::vector<std::string>{"1 1 0", "1 7 0"}));
+  EXPECT_EQ(Await(2), (std::vector<std::string>{"1 1 0", "1 7 0"}));
   back.get();
 }
 
@@ -162,10 +142,10 @@ TEST_F(MonitorExports, DestroyEndsTheReaderWhileEventsCome) {
   for (int event = 0; event < 1000; ++event) {
     connection.Send(Started("0001"));
   }
-  g_journal.Await(1);
+  Await(1);
   host.Destroy();
-  const size_t events = g_journal.Await(0).size();
-  EXPECT_EQ(g_journal.Await(0).size(), events) << "a callback after the end";
+  const size_t events = Events().size();
+  EXPECT_EQ(Events().size(), events) << "a callback after the end";
 }
 
 CVEXOPrinterReadHelper* g_monitor = nullptr;
@@ -174,7 +154,7 @@ void DestroyMonitor(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
   try {
     DestroyReprintMonitorObj(g_monitor);
   } catch (...) {
-    g_journal.Add(0, 0, 0);
+    WriteDown(0, 0, 0);
     throw;
   }
 }
@@ -187,7 +167,7 @@ TEST_F(MonitorExports, ReaderThatDestroysItsMonitorIsTold) {
   ASSERT_EQ(AddReprintMonitorFun(host.monitor(), DestroyMonitor, &id), VEXO_OK);
   Connection connection = AcceptMonitoring(&printer);
   connection.Send(Started("0001"));
-  EXPECT_EQ(g_journal.Await(1).size(), 1U);
+  EXPECT_EQ(Await(1).size(), 1U);
 }
 
 }  // namespace

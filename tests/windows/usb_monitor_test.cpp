@@ -22,7 +22,7 @@
 #include <utility>
 #include <vector>
 
-#include "support/eventually.h"
+#include "support/threads.h"
 #include "vexo/extend.h"
 #include "windows/process_resources.h"
 #include "windows/registered_device.h"
@@ -250,22 +250,16 @@ TEST_F(UsbMonitor, ThousandRoundsLeaveNothingBehind) {
 }
 
 TEST_F(UsbMonitor, AnyThreadMayCallAtAnyTime) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([this, i] {
-      for (int round = 0; round < 200; ++round) {
-        StartUSBMonitorThread();
-        AddUSBMonitor(i % 2 == 0 ? Listen : ListenToo, &listener_);
-        for (const HWND window : Windows()) {
-          Broadcast(window, DBT_DEVICEARRIVAL);
-        }
-        i < 2 ? StopUSBMonitorThread() : RemoveUSBMonitor(Listen);
+  RunOnThreads(4, [this](int thread) {
+    for (int round = 0; round < 200; ++round) {
+      StartUSBMonitorThread();
+      AddUSBMonitor(thread % 2 == 0 ? Listen : ListenToo, &listener_);
+      for (const HWND window : Windows()) {
+        Broadcast(window, DBT_DEVICEARRIVAL);
       }
-    });
-  }
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+      thread < 2 ? StopUSBMonitorThread() : RemoveUSBMonitor(Listen);
+    }
+  });
 }
 
 // This program holds its own DLL for good, so a copy is loaded.
