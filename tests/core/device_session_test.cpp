@@ -1,7 +1,5 @@
 #include "protocol/device_session.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
@@ -11,13 +9,12 @@
 #include <thread>
 #include <vector>
 
-#include "port/port_lock.h"
+#include "core/driver_test.h"
 #include "protocol/error_text.h"
 #include "protocol/sdk_config.h"
 #include "protocol/sdk_config_text.h"
 #include "support/allocation_faults.h"
 #include "support/own_folder.h"
-#include "support/scripted_drivers.h"
 #include "support/scripted_port.h"
 #include "support/threads.h"
 #include "support/virtual_clock.h"
@@ -48,27 +45,13 @@ DriverScript Sending(std::deque<std::string> pieces) {
   return script;
 }
 
-class Session : public ::testing::Test {
+class Session : public DriverTest {
  protected:
-  void SetUp() override {
-    SetDriverScript({});
-    SetClock(0);
-  }
-
-  void TearDown() override {
-    ExpectNothingHeld();
-    SetDriverScript({});
+  Session() { SetClock(0); }
+  ~Session() override {
+    EXPECT_EQ(nullptr, LoadedSdkConfig());
     RemoveOwnFile();
   }
-
-  void ExpectNothingHeld() {
-    EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(0, OpenDevices());
-    EXPECT_EQ(drivers_before_, LivingDrivers());
-    EXPECT_EQ(nullptr, LoadedSdkConfig());
-  }
-
-  const int32_t drivers_before_ = LivingDrivers();
 };
 
 TEST_F(Session, AsksAPrinterAndLeavesIt) {
@@ -137,6 +120,7 @@ TEST_F(Session, FailedConnectionLeavesNothing) {
     EXPECT_FALSE(session.IsConnected());
     EXPECT_EQ("", session.model_name());
     ExpectNothingHeld();
+    EXPECT_EQ(nullptr, LoadedSdkConfig());
     EXPECT_EQ(0, session.Connect(kModel, kNet)) << row.code;
   }
 }
@@ -165,6 +149,7 @@ TEST_F(Session, LackOfMemoryIsACodeAndLeavesNothing) {
       EXPECT_EQ(BytesOf(""), session.received());
       if (connecting) {
         ExpectNothingHeld();
+        EXPECT_EQ(nullptr, LoadedSdkConfig());
       }
       EXPECT_EQ(0, operation()) << nth;
     }

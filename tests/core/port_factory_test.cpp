@@ -1,27 +1,17 @@
 #include "port/port_factory.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include "port/port_lock.h"
+#include "core/driver_test.h"
 #include "port/port_object.h"
 #include "support/allocation_faults.h"
-#include "support/scripted_drivers.h"
 
 namespace vexo::test {
 namespace {
 
-class PortFactory : public ::testing::Test {
+class PortFactory : public DriverTest {
  protected:
-  void SetUp() override { SetDriverScript({}); }
-
-  void ExpectNothingHeld() const {
-    EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(drivers_before_, LivingDrivers());
-  }
-
   // Opening fails with `code`, leaves the result alone and keeps nothing.
   void ExpectRefused(int32_t code, const char* text) const {
     VexoPort untouched = {};
@@ -30,9 +20,6 @@ class PortFactory : public ::testing::Test {
     EXPECT_EQ(&untouched, port);
     ExpectNothingHeld();
   }
-
- private:
-  const int32_t drivers_before_ = LivingDrivers();
 };
 
 TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {

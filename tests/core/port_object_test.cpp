@@ -1,33 +1,23 @@
 #include "port/port_object.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "core/driver_test.h"
 #include "port/port_factory.h"
-#include "port/port_lock.h"
-#include "support/scripted_drivers.h"
 #include "support/scripted_port.h"
 
 namespace vexo::test {
 namespace {
 
-class PortObject : public ::testing::Test {
+class PortObject : public DriverTest {
  protected:
   void SetUp() override {
-    SetDriverScript({});
     ASSERT_EQ(0, OpenPort(&port_, "NET,10.0.0.5"));
     entries_ = *port_;
   }
-
-  void TearDown() override {
-    SetDriverScript({});
-    ClosePort(port_);
-    EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(0, OpenDevices());
-  }
+  void TearDown() override { ClosePort(port_); }
 
   // All twelve operations on `port` fail with `code`; transfers and Control report a count of 0 all the same.
   void ExpectEveryOperationGives(int32_t code, VexoPort* port) const {
@@ -159,6 +149,7 @@ TEST_F(PortObject, BluetoothDriverIsClosedButKept) {
   const int32_t drivers = LivingDrivers();
   EXPECT_EQ(-4, ClosePort(port));
   EXPECT_EQ(drivers, LivingDrivers());
+  ++drivers_to_stay_;
   EXPECT_EQ(0, OpenDevices());
   EXPECT_EQ(1U, PortLockReferenceCount());  // That of port_.
   ExpectEveryOperationGives(-308, port);

@@ -47,18 +47,6 @@ TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
   }
 }
 
-TEST(ScanAnswerTest, ListKeepsTheOrderOfTheAnswersAndTheirCopies) {
-  ScanList list;
-  std::string answer;
-  for (const char* lines : {"ready\r\nfirst", "busy", "ready\r\nsecond", "ready\r\nfirst"}) {
-    answer = std::string("10.0.0.1\r\n") + lines;
-    list.Add(answer);
-  }
-  answer.clear();
-  const std::string first = "10.0.0.1;ready;first;;;;;;;;;;;;;|";
-  EXPECT_EQ(list.Text(), first + "10.0.0.1;ready;second;;;;;;;;;;;;;|" + first);
-}
-
 TEST(ScanAnswerTest, DescriptorNamesThePrinterInAtMost63Characters) {
   EXPECT_EQ(ScanRecord("10.0.0.1\r\nready").DescriptorOfPrinter(), "NET,10.0.0.1,9100");
   EXPECT_EQ(ScanRecord("").DescriptorOfPrinter(), "NET,,9100");

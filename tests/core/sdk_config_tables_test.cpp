@@ -92,18 +92,6 @@ TEST(SdkConfigTables, AreBounded) {
   }
 }
 
-TEST(SdkConfigTables, FirstMatchIsFound) {
-  const SdkConfig config = Parse("[\n[\n7,a,T7\n7,b,T8\n8,c,T7\n9,d," + std::string(64, 'x'));
-  EXPECT_EQ("a", ViewText(config.FindModel(7)->texts[0]));
-  EXPECT_EQ("c", ViewText(config.FindModel(8)->texts[0]));
-  EXPECT_EQ("a", ViewText(config.FindModelByName("T7")->texts[0]));
-  EXPECT_EQ("d", ViewText(config.FindModelByName(std::string(64, 'x'))->texts[0]));
-  EXPECT_EQ(nullptr, config.FindModel(0));
-  for (const char* name : {"t7", "T", "T77", " T7", ""}) {
-    EXPECT_EQ(nullptr, config.FindModelByName(name)) << name;
-  }
-}
-
 TEST(SdkConfigText, IsStoredInAnotherAlphabet) {
   std::string all;
   for (int byte = 0; byte < 256; ++byte) {

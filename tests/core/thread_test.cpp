@@ -1,14 +1,11 @@
 // What hosts do from several threads at once, for ThreadSanitizer as much as for the assertions.
-#include <gtest/gtest.h>
-
 #include <atomic>
 #include <future>
 #include <thread>
 
+#include "core/driver_test.h"
 #include "port/port_factory.h"
-#include "port/port_lock.h"
 #include "port/port_object.h"
-#include "support/scripted_drivers.h"
 #include "support/threads.h"
 #include "vexo/extend.h"
 
@@ -39,20 +36,7 @@ std::future<int32_t> StartWriting(VexoPort* port) {
   return result;
 }
 
-class Threads : public ::testing::Test {
- protected:
-  void SetUp() override { SetDriverScript({}); }
-
-  void TearDown() override {
-    DiskPortOpen(&handle_, "");
-    EXPECT_EQ(0U, PortLockReferenceCount());
-    EXPECT_EQ(0, OpenDevices());
-    EXPECT_EQ(drivers_before_, LivingDrivers());
-  }
-
-  VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
-  const int32_t drivers_before_ = LivingDrivers();
-};
+using Threads = DriverTest;
 
 TEST_F(Threads, PortsAreOpenedAndClosedOnAnyThread) {
   RunOnThreads(8, [](int thread) {

