@@ -8,9 +8,7 @@
 #include <numeric>
 
 #include "port/handle_port.h"
-#include "port/port_lock.h"
 #include "support/allocation_faults.h"
-#include "support/scripted_drivers.h"
 #include "support/scripted_port.h"
 #include "support/virtual_clock.h"
 
@@ -49,18 +47,12 @@ std::string DownloadTest::Result::LastLine() const {
   return trace.substr(before == std::string::npos ? 0 : before + 1, end - before);
 }
 
-void DownloadTest::SetUp() {
+DownloadTest::DownloadTest() {
   const auto* const test = ::testing::UnitTest::GetInstance()->current_test_info();
   file_ = ::testing::TempDir() + test->test_suite_name() + '_' + test->name() + '_' + std::to_string(getpid());
 }
 
-void DownloadTest::TearDown() {
-  SetDriverScript({});
-  ReplaceHandlePort(&handle_, "");  // Gives the port back.
-  EXPECT_EQ(0, OpenDevices());
-  EXPECT_EQ(0U, PortLockReferenceCount());
-  std::remove(file_.c_str());
-}
+DownloadTest::~DownloadTest() { std::remove(file_.c_str()); }
 
 std::string DownloadTest::MakeFile(const Bytes& content) {
   std::ofstream file(file_, std::ios::binary);

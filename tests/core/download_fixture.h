@@ -2,14 +2,13 @@
 #ifndef VEXO_TESTS_CORE_DOWNLOAD_FIXTURE_H_
 #define VEXO_TESTS_CORE_DOWNLOAD_FIXTURE_H_
 
-#include <gtest/gtest.h>
-
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <string>
 #include <vector>
 
+#include "core/driver_test.h"
 #include "protocol/bytes.h"
 #include "vexo/extend.h"
 
@@ -22,7 +21,7 @@ constexpr char kRestartCommand[] = "\x1b\x1c& V1 do \"reset_printer\"\r\n";
 // Bytes that repeat only after 251, so that no block looks like its neighbour.
 Bytes FileContent(size_t size);
 
-class DownloadTest : public ::testing::Test {
+class DownloadTest : public DriverTest {
  protected:
   struct Result {
     int32_t code = 0;
@@ -31,16 +30,14 @@ class DownloadTest : public ::testing::Test {
     std::string LastLine() const;
   };
 
-  void SetUp() override;
-  void TearDown() override;
+  DownloadTest();
+  ~DownloadTest() override;
 
   // A file with these bytes; its name.
   std::string MakeFile(const Bytes& content);
 
   // Starts afresh, with the port open at time 0, and runs a download.
   Result Run(const std::function<int32_t(VexoPrinterHandle*, DownloadProgressCallback)>& download);
-
-  VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
 
   // What the next runs do to the download. Writes and answers are counted from 0.
   int failing_write_ = -1;
