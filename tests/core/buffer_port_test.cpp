@@ -99,15 +99,5 @@ TEST_F(BufferPortTest, RoomIsTheDifferenceOfTheNumbers) {
   }
 }
 
-TEST_F(BufferPortTest, HasNoTimeLimitsNoSettings) {
-  VexoPortTimeouts timeouts = {1, 2, 3, 4, 5, 6};
-  EXPECT_EQ(0, port_->SetTimeouts(port_, timeouts));
-  EXPECT_EQ(0, port_->GetTimeouts(port_, &timeouts));
-  EXPECT_EQ(0U, timeouts.readInterval + timeouts.connect);
-  uint32_t returned = 99;
-  EXPECT_EQ(0, port_->Control(port_, 99, nullptr, nullptr, 0, nullptr, 0, &returned));
-  EXPECT_EQ(0U, returned);
-}
-
 }  // namespace
 }  // namespace vexo::test

@@ -157,21 +157,6 @@ TEST_F(Session, LackOfMemoryIsACodeAndLeavesNothing) {
   EXPECT_GT(failures, 8);
 }
 
-TEST_F(Session, WordsForAFailureAreGivenUpBeforeItsCode) {
-  const std::string model = "unknown";
-  int without_words = 0;
-  bool struck = true;
-  for (uint32_t nth = 1; struck; ++nth) {
-    DeviceSession session;
-    AllocationFault fault(nth);
-    const int32_t result = session.Connect(model, kNet);
-    struck = fault.Lift();
-    EXPECT_TRUE(result == -8 || (struck && result == -9)) << result;
-    without_words += result == -8 && session.message().empty() ? 1 : 0;
-  }
-  EXPECT_EQ(1, without_words);
-}
-
 TEST_F(Session, SendsUntilThePrinterTakesTheBytes) {
   const struct {
     int timeouts;
@@ -264,8 +249,8 @@ TEST_F(Session, UsbPrinterTellsWhoItIs) {
 TEST_F(Session, ExternalHandleIsOnlyMarked) {
   DeviceSession session;
   session.set_external_handle(true);
-  for (int round = 0; round < 2; ++round) {
-    ASSERT_EQ(0, session.Connect("any", kNet));
+  for (const std::string& descriptor : {kNet, std::string("USB")}) {
+    ASSERT_EQ(0, session.Connect("any", descriptor));
     EXPECT_EQ(DeviceSession::ExternalHandle(), session.handle());
     EXPECT_TRUE(session.IsConnected());
     EXPECT_EQ("any", session.model_name());

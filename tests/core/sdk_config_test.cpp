@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <string>
 
-#include "protocol/model_handle.h"
 #include "protocol/printer_info.h"
 #include "protocol/sdk_config_text.h"
 #include "support/allocation_faults.h"
@@ -137,15 +136,6 @@ TEST_F(SdkConfigFile, TellsAboutAModel) {
   PrinterInfo info;
   EXPECT_EQ(0, InitPrinterInfo(&info, 451));
   EXPECT_EQ("DEMO", ViewText(info.model_name)) << "nothing is loaded any more";
-}
-
-TEST_F(SdkConfigFile, HandleThatIsNotMadeSaysWhy) {
-  ASSERT_EQ(0, LoadSdkConfig());
-  EXPECT_EQ("KM452", ViewText(MakeModelHandle(452, *LoadedSdkConfig())->info.model_name));
-  AllocationFault fault(1);
-  EXPECT_EQ(nullptr, MakeModelHandle(452, *LoadedSdkConfig()));
-  EXPECT_TRUE(fault.Lift());
-  EXPECT_EQ(-9, ModelHandleError());
 }
 
 }  // namespace

@@ -8,7 +8,6 @@
 #include "test_hosts.h"
 #include "virtual_printer/download_faults.h"
 #include "virtual_printer/download_name.h"
-#include "virtual_printer/firmware_receiver.h"
 #include "virtual_printer/printer_model.h"
 
 namespace virtual_printer {
@@ -424,33 +423,6 @@ TEST(DownloadName, NeverLeadsOutOfTheFolder) {
   };
   for (const auto& row : rows) {
     EXPECT_EQ(DownloadFileName({row.kind, row.host_name, {}}, row.number), row.expected);
-  }
-}
-
-// A host that gave up and the one that follows, or two that know nothing of each other.
-TEST(FirmwareReceiver, HostsInEachOthersWay) {
-  DownloadFaults faults({});
-  const std::string header = SegmentHeader(1000);
-  const std::string body = Content(1000);
-  const auto take = [](FirmwareReceiver& receiver, const std::string& bytes) {
-    return receiver.Take(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()).exchange;
-  };
-  for (const bool forgotten_at_once : {true, false}) {
-    FirmwareImage image;
-    FirmwareReceiver first(image, faults);
-    FirmwareReceiver second(image, faults);
-    take(first, header);
-    take(first, body.substr(0, 10));
-    if (forgotten_at_once) {
-      image.Forget();  // The second host begins the image anew.
-    }
-    take(second, header);
-    take(second, body.substr(0, 990));
-    EXPECT_NE(first.Abandon(), "");  // Noticed only now.
-    const Exchange end = take(second, body.substr(990));
-    ASSERT_EQ(end.answers.size(), 1U);
-    EXPECT_EQ(end.answers[0].bytes, Bytes{forgotten_at_once ? std::uint8_t{0} : std::uint8_t{1}});
-    EXPECT_EQ(image.data.size(), forgotten_at_once ? header.size() + body.size() : 0U);
   }
 }
 
