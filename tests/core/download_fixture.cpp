@@ -60,8 +60,7 @@ std::string DownloadTest::MakeFile(const Bytes& content) {
   return file_;
 }
 
-DownloadTest::Result DownloadTest::Run(
-    const std::function<int32_t(VexoPrinterHandle*, DownloadProgressCallback)>& download) {
+DownloadTest::Result DownloadTest::Run(const char* file, const Download& download) {
   SetDriverScript({});
   EXPECT_EQ(0, ReconnectHandle(&handle_, "vexo:/dev/bus/USB/DEVICE?sn=A1"));
   DriverScript script;
@@ -87,7 +86,7 @@ DownloadTest::Result DownloadTest::Run(
   };
   ::testing::internal::CaptureStdout();
   Result result;
-  result.code = download(&handle_, [](int32_t percentage) { g_on_progress(percentage); });
+  result.code = download(&handle_, file, [](int32_t percentage) { g_on_progress(percentage); });
   result.trace = ::testing::internal::GetCapturedStdout();
   return result;
 }
@@ -97,6 +96,9 @@ int32_t DownloadTest::Receive(const Bytes& bytes) {
   written_.push_back(bytes);
   if (on_write_) {
     on_write_(write);
+  }
+  if (write == cancelling_write_) {
+    setCancel();
   }
   if (write == failing_write_) {
     return VEXO_ERROR_IO_WRITE_TIMEOUT;

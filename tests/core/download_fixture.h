@@ -36,11 +36,14 @@ class DownloadTest : public DriverTest {
   // A file with these bytes; its name.
   std::string MakeFile(const Bytes& content);
 
-  // Starts afresh, with the port open at time 0, and runs a download.
-  Result Run(const std::function<int32_t(VexoPrinterHandle*, DownloadProgressCallback)>& download);
+  // Starts afresh, with the port open at time 0, and runs a download of a file with this name, or with these bytes.
+  using Download = std::function<int32_t(VexoPrinterHandle*, const char* file, DownloadProgressCallback)>;
+  Result Run(const char* file, const Download& download);
+  Result Run(const Bytes& content, const Download& download) { return Run(MakeFile(content).c_str(), download); }
 
   // What the next runs do to the download. Writes and answers are counted from 0.
   int failing_write_ = -1;
+  int cancelling_write_ = -1;
   std::function<void(int write)> on_write_ = {};
   std::function<Pieces(int answer, const Bytes& sound)> alter_answer_ = {};
   std::function<void(int32_t percentage)> on_progress_ = {};

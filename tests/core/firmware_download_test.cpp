@@ -41,9 +41,8 @@ off_t TraceSize() {
 class FirmwareDownloadTest : public DownloadTest {
  protected:
   Result Download(const Bytes& image, const char* descriptor = "NET,dfu") {
-    const std::string name = MakeFile(image);
-    return Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
-      return DownloadFMWImg(handle, name.c_str(), descriptor, progress);
+    return Run(image, [=](auto* handle, auto* file, auto progress) {
+      return DownloadFMWImg(handle, file, descriptor, progress);
     });
   }
 
@@ -128,11 +127,7 @@ TEST_F(FirmwareDownloadTest, CancelledAtEachPoint) {
   const Bytes image = ImageOf({1500, 10});
   for (int write = 0; write < 7; ++write) {
     SCOPED_TRACE(write);
-    on_write_ = [=](int now) {
-      if (now == write) {
-        setCancel();
-      }
-    };
+    cancelling_write_ = write;
     const Result result = Download(image);
     EXPECT_EQ(write < 5 ? -6004 : 0, result.code);
     EXPECT_EQ(write < 5 ? "Cancel..." : "Successfully restarted the device...", result.LastLine());

@@ -71,9 +71,7 @@ TEST(MonitorThreads, CallbacksComeAndGoWhileEventsAreDelivered) {
   g_strange = 0;
   Monitored monitored;
   monitored.Open();
-  std::thread other([&] { AddAndRemove<1>(monitored.monitor()); });
-  AddAndRemove<0>(monitored.monitor());
-  other.join();
+  RunOnThreads(2, [&](int thread) { (thread == 0 ? AddAndRemove<0> : AddAndRemove<1>)(monitored.monitor()); });
   EXPECT_EQ(0, g_strange) << "called after it was removed";
 }
 
@@ -125,19 +123,15 @@ TEST(MonitorThreads, CommandsOfSeveralThreadsGetTheirOwnResults) {
   Monitored monitored([](size_t /*room*/) { return std::string(); },
                       [](uint32_t length) { return length == kFeedLength ? -321 : 0; });
   monitored.Open();
-  int wrong_feeds = 0;
-  std::thread feeder([&] {
+  RunOnThreads(2, [&](int thread) {
+    int wrong = 0;
     for (int round = 0; round < kRounds; ++round) {
-      wrong_feeds += SetPaperFeed(monitored.monitor()) == -321 ? 0 : 1;
+      const bool feeds = thread == 0;
+      const int32_t result = feeds ? SetPaperFeed(monitored.monitor()) : SetPrintTaskId(monitored.monitor(), 1);
+      wrong += result == (feeds ? -321 : 0) ? 0 : 1;
     }
+    EXPECT_EQ(0, wrong) << thread;
   });
-  int wrong_tags = 0;
-  for (int round = 0; round < kRounds; ++round) {
-    wrong_tags += SetPrintTaskId(monitored.monitor(), 1) == 0 ? 0 : 1;
-  }
-  feeder.join();
-  EXPECT_EQ(0, wrong_feeds);
-  EXPECT_EQ(0, wrong_tags);
 }
 
 TEST(MonitorThreads, ReaderOutlivesAPortThatThrows) {

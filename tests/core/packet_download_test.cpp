@@ -16,16 +16,13 @@ constexpr char kFontMode[] = "\x1b\x1c& V1 do \"font_download_quick\"\r\n";
 class PacketDownloadTest : public DownloadTest {
  protected:
   Result DownloadFile(const Bytes& content) {
-    const std::string name = MakeFile(content);
-    return Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
-      return downloadFile(handle, name.c_str(), nullptr, progress);
-    });
+    return Run(content,
+               [](auto* handle, auto* file, auto progress) { return downloadFile(handle, file, nullptr, progress); });
   }
 
   Result DownloadFont(const Bytes& content, int32_t packet_size) {
-    const std::string name = MakeFile(content);
-    return Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
-      return DownloadFontFile(handle, packet_size, name.c_str(), "ignored", progress);
+    return Run(content, [=](auto* handle, auto* file, auto progress) {
+      return DownloadFontFile(handle, packet_size, file, "ignored", progress);
     });
   }
 };
@@ -214,11 +211,7 @@ TEST_F(PacketDownloadTest, CancelledAtEachPoint) {
   on_progress_ = nullptr;
   for (int write = 0; write < 5; ++write) {
     SCOPED_TRACE(write);
-    on_write_ = [=](int now) {
-      if (now == write) {
-        setCancel();
-      }
-    };
+    cancelling_write_ = write;
     const Result result = DownloadFont(content, 2048);
     EXPECT_EQ(write == 0 ? -6004 : write <= 3 ? -6009 : 0, result.code);
     EXPECT_EQ(write == 0   ? "Cancel..."
@@ -226,7 +219,7 @@ TEST_F(PacketDownloadTest, CancelledAtEachPoint) {
                            : "Completed...",
               result.LastLine());
   }
-  on_write_ = nullptr;
+  cancelling_write_ = -1;
   setCancel();
   EXPECT_EQ(0, DownloadFile(content).code) << "A request from before is forgotten.";
 }
@@ -234,7 +227,6 @@ TEST_F(PacketDownloadTest, CancelledAtEachPoint) {
 TEST_F(PacketDownloadTest, BadArgumentsOfAllDownloads) {
   const std::string good = MakeFile({1});
   const std::string long_name(300, 'n');
-  using Download = std::function<int32_t(VexoPrinterHandle*, const char*, DownloadProgressCallback)>;
   const struct {
     Download download;
     const char* empty_trace;
@@ -246,8 +238,8 @@ TEST_F(PacketDownloadTest, BadArgumentsOfAllDownloads) {
   for (const auto& row : downloads) {
     SCOPED_TRACE(&row - downloads);
     const auto run = [&](VexoPrinterHandle* handle, const char* name) {
-      return Run([&](VexoPrinterHandle* open, DownloadProgressCallback progress) {
-        return row.download(handle != nullptr ? handle : open, name, progress);
+      return Run(name, [&](auto* open, auto* file, auto progress) {
+        return row.download(handle != nullptr ? handle : open, file, progress);
       });
     };
     VexoPrinterHandle bad = {559, nullptr, nullptr, 1};
@@ -292,12 +284,11 @@ TEST_F(PacketDownloadTest, HandleThatLosesItsPort) {
 
 // What is left behind, the leak check of the test build finds.
 TEST_F(PacketDownloadTest, MemoryThatRunsOut) {
-  const std::string name = MakeFile(FileContent(3000));
   bool struck = true;
   for (uint32_t nth = 1; struck; ++nth) {
-    const Result result = Run([&](VexoPrinterHandle* handle, DownloadProgressCallback) {
+    const Result result = Run(FileContent(3000), [&](auto* handle, auto* file, auto /*progress*/) {
       AllocationFault fault(nth);
-      const int32_t code = DownloadFontFile(handle, 2048, name.c_str(), nullptr, nullptr);
+      const int32_t code = DownloadFontFile(handle, 2048, file, nullptr, nullptr);
       struck = fault.Lift();
       return code;
     });

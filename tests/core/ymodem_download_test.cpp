@@ -17,9 +17,8 @@ constexpr char kLoader[] = "NET,loader";
 class YModemDownloadTest : public DownloadTest {
  protected:
   Result Download(const Bytes& content, const char* descriptor = nullptr) {
-    const std::string name = MakeFile(content);
-    return Run([&](VexoPrinterHandle* handle, DownloadProgressCallback progress) {
-      return downloadYModem(handle, name.c_str(), descriptor, progress);
+    return Run(content, [=](auto* handle, auto* file, auto progress) {
+      return downloadYModem(handle, file, descriptor, progress);
     });
   }
 };
@@ -193,11 +192,7 @@ TEST_F(YModemDownloadTest, HandleThatLosesItsPort) {
 TEST_F(YModemDownloadTest, CancelledAtEachPoint) {
   for (int write = 0; write < 6; ++write) {
     SCOPED_TRACE(write);
-    on_write_ = [=](int now) {
-      if (now == write) {
-        setCancel();
-      }
-    };
+    cancelling_write_ = write;
     const Result result = Download(FileContent(2000), kLoader);
     // Looked at before the handshake and before each block, and never later.
     const size_t writes[] = {1, 3, 3, 4, 9, 9};

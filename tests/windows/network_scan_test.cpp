@@ -126,8 +126,15 @@ INSTANTIATE_TEST_SUITE_P(Exports, NetworkScanTest,
                          [](const auto& variant) { return std::string(variant.param.name); });
 
 TEST_P(NetworkScanTest, ReadyPrintersAreListed) {
-  EXPECT_EQ(ScanWithAnswers({Ready("one"), "\r\nbusy\r\n", Ready("two"), "junk", Ready("one")}), VEXO_OK);
-  EXPECT_EQ(text_, Record("one") + Record("two") + Record("one"));
+  // As many as the smallest buffer of a socket holds, whenever this thread gets to run.
+  std::vector<std::string> answers = {Ready("one"), "\r\nbusy\r\n", Ready("two"), "junk", Ready("one")};
+  std::string expected = Record("one") + Record("two") + Record("one");
+  for (const char* const name : {"3", "4", "5", "6", "7", "8", "9", "10", "11", "12"}) {
+    answers.push_back(Ready(name));
+    expected += Record(name);
+  }
+  EXPECT_EQ(ScanWithAnswers(answers), VEXO_OK);
+  EXPECT_EQ(text_, expected);
   EXPECT_EQ(ScanWithAnswers({"\r\nReady\r\n"}), VEXO_ERROR_NO_PRINTER);
 
   const bool label = GetParam().scan == ScanLabel;
@@ -150,18 +157,6 @@ TEST_P(NetworkScanTest, ShortAnswerEndsInTheRemainderOfALongerOne) {
   EXPECT_EQ(ScanWithAnswers({longest, "\r\nready\r\nabc"}), VEXO_OK);
   const std::string cut = ";ready;" + std::string(248, 'x') + '|';
   EXPECT_EQ(text_, cut + ";ready;abc" + std::string(245, 'x') + '|');
-}
-
-// As many as the smallest buffer of a socket holds, whenever this thread gets to run.
-TEST_P(NetworkScanTest, AnswersMayComeAllAtOnce) {
-  std::vector<std::string> answers;
-  std::string expected;
-  for (int i = 0; i < 15; ++i) {
-    answers.push_back(Ready(std::to_string(i)));
-    expected += Record(std::to_string(i));
-  }
-  EXPECT_EQ(ScanWithAnswers(answers), VEXO_OK);
-  EXPECT_EQ(text_, expected);
 }
 
 // Printers may answer to the port that they listen on.
