@@ -3,13 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 
 #include "port/bluetooth_port.h"
 #include "port/port_factory.h"
-#include "port/port_object.h"
-#include "windows/port_calls.h"
+#include "windows/driver_port_test.h"
 
 namespace vexo::test {
 namespace {
@@ -17,12 +15,7 @@ namespace {
 // Everything but the kind of socket and the address.
 class LoopbackBluetoothPort : public BluetoothPort {
  public:
-  explicit LoopbackBluetoothPort(uint16_t port) {
-    address_.sin_family = AF_INET;
-    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address_.sin_port = htons(port);
-  }
-
+  uint16_t printer_port = 0;
   int sockets_made = 0;
   int binds = 0;
   bool binding_connects = false;
@@ -37,32 +30,24 @@ class LoopbackBluetoothPort : public BluetoothPort {
     return BluetoothPort::IsConnectedByBinding(socket) || binding_connects;
   }
   int StartConnect(SOCKET socket) override {
-    return connect(socket, reinterpret_cast<const sockaddr*>(&address_), sizeof(address_));
+    sockaddr_in address = {};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(printer_port);
+    return connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
   }
-
- private:
-  sockaddr_in address_ = {};
 };
 
 constexpr char kUri[] = "vexo:/dev/bus/BT/DEVICE?address=0011aaFF22bb+pin=0000";
 
-class BluetoothPortTest : public ::testing::Test {
+class BluetoothPortTest : public DriverPortTest<LoopbackBluetoothPort, VEXO_PORT_BLUETOOTH> {
  protected:
   BluetoothPortTest() {
-    PortLockReference lock;
-    EXPECT_EQ(lock.Take(), 0);
-    const std::string descriptor = printer_.descriptor();
-    const int port = std::stoi(descriptor.substr(descriptor.rfind(',') + 1));
-    auto driver = std::make_unique<LoopbackBluetoothPort>(static_cast<uint16_t>(port));
-    driver_ = driver.get();
-    port_ = MakePortObject(VEXO_PORT_BLUETOOTH, std::move(driver), std::move(lock));
+    driver_->printer_port = printer_.port();
     EXPECT_EQ(port_->Configure(port_, kUri), VEXO_OK);
   }
-  ~BluetoothPortTest() override { EXPECT_EQ(ClosePort(port_), VEXO_ERROR_NOT_SUPPORTED_PRINTER); }
 
   LoopbackPrinter printer_;
-  LoopbackBluetoothPort* driver_ = nullptr;
-  VexoPort* port_ = nullptr;
 };
 
 TEST_F(BluetoothPortTest, CarriesJobsAndAnswersAndComesBack) {

@@ -14,9 +14,8 @@
 
 #include "platform/windows/scoped_handle.h"
 #include "port/bounded_text.h"
-#include "port/port_object.h"
 #include "port/usb_port.h"
-#include "windows/port_calls.h"
+#include "windows/driver_port_test.h"
 #include "windows/virtual_time.h"
 
 namespace vexo::test {
@@ -96,10 +95,8 @@ class FilePortFixture : public ::testing::Test {
   // Puts `driver` behind a port object in place of the last one.
   void Make(std::unique_ptr<PortDriver> driver, uint32_t kind = VEXO_PORT_USB) {
     Time() = {};
-    PortLockReference lock;
     Release();
-    ASSERT_EQ(lock.Take(), 0);
-    port_ = MakePortObject(kind, std::move(driver), std::move(lock));
+    port_ = MakePort(kind, std::move(driver));
   }
 
   // Opens a port on a pipe of its own.

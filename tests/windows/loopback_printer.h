@@ -59,6 +59,7 @@ class LoopbackPrinter {
   LoopbackPrinter& operator=(const LoopbackPrinter&) = delete;
   ~LoopbackPrinter();
 
+  uint16_t port() const { return port_; }
   std::string descriptor() const { return "NET," + ip_ + ',' + std::to_string(port_); }
   std::string uri() const { return "vexo:/dev/bus/NET/DEVICE?ip=" + ip_ + "+port=" + std::to_string(port_); }
 

@@ -109,7 +109,7 @@ TEST_F(MonitorExports, EventsReachTheCallbackOnTheReaderThread) {
 // A printer that is switched off and on again: the next command finds it, and events come as before.
 TEST_F(MonitorExports, PrinterGoesAndComesBack) {
   auto printer = std::make_unique<LoopbackPrinter>();
-  const std::string descriptor = printer->descriptor();
+  const uint16_t port = printer->port();
   MonitoringHost host(*printer);
   host.AddCallback();
   Connection connection = AcceptMonitoring(printer.get());
@@ -118,7 +118,6 @@ TEST_F(MonitorExports, PrinterGoesAndComesBack) {
 
   printer.reset();
   connection.Reset();
-  const auto port = static_cast<uint16_t>(std::stoi(descriptor.substr(descriptor.rfind(',') + 1)));
   LoopbackPrinter same_printer(PrinterState::kListening, "127.0.0.1", port);
   std::future<Connection> back = std::async(std::launch::async, [&] {
     Connection found = same_printer.Accept();

@@ -5,13 +5,11 @@
 #include <algorithm>
 #include <cstring>
 #include <future>
-#include <memory>
 #include <string>
 
 #include "platform/windows/scoped_handle.h"
-#include "port/port_object.h"
 #include "port/serial_port.h"
-#include "windows/port_calls.h"
+#include "windows/driver_port_test.h"
 
 namespace vexo::test {
 namespace {
@@ -62,25 +60,13 @@ class Printer {
   platform::ScopedHandle end_;
 };
 
-class SerialPortTest : public ::testing::Test {
+class SerialPortTest : public DriverPortTest<ObservedSerialPort, VEXO_PORT_SERIAL> {
  protected:
-  SerialPortTest() {
-    PortLockReference lock;
-    EXPECT_EQ(lock.Take(), 0);
-    auto driver = std::make_unique<ObservedSerialPort>();
-    driver_ = driver.get();
-    port_ = MakePortObject(VEXO_PORT_SERIAL, std::move(driver), std::move(lock));
-  }
-  ~SerialPortTest() override { EXPECT_EQ(ClosePort(port_), VEXO_OK); }
-
   int32_t Open(const std::string& settings) {
     port_->Close(port_);
     const int32_t configured = port_->Configure(port_, (kUri + settings).c_str());
     return configured == VEXO_OK ? port_->Open(port_) : configured;
   }
-
-  ObservedSerialPort* driver_ = nullptr;
-  VexoPort* port_ = nullptr;
 };
 
 constexpr char kPlain[] = "115200+parity=N+bytesize=8+stopbits=1+flowcontrol=N";

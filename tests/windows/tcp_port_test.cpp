@@ -6,12 +6,10 @@
 #include <chrono>
 #include <cstring>
 #include <future>
-#include <memory>
 #include <string>
 
-#include "port/port_object.h"
 #include "port/tcp_port.h"
-#include "windows/port_calls.h"
+#include "windows/driver_port_test.h"
 
 namespace vexo::test {
 namespace {
@@ -43,19 +41,10 @@ class ObservedTcpPort : public TcpPort {
   }
 };
 
-class TcpPortTest : public ::testing::Test {
+class TcpPortTest : public DriverPortTest<ObservedTcpPort, VEXO_PORT_NET> {
  protected:
   // Limits that no machine is too slow for. The read interval is part of every successful Read, too.
   static constexpr VexoPortTimeouts kPatient = {20'000, 0, 20'000, 0, 20'000, 20'000};
-
-  TcpPortTest() {
-    PortLockReference lock;
-    EXPECT_EQ(lock.Take(), 0);
-    auto driver = std::make_unique<ObservedTcpPort>();
-    driver_ = driver.get();
-    port_ = MakePortObject(VEXO_PORT_NET, std::move(driver), std::move(lock));
-  }
-  ~TcpPortTest() override { EXPECT_EQ(ClosePort(port_), VEXO_OK); }
 
   void Configure(const LoopbackPrinter& printer, VexoPortTimeouts timeouts) {
     ASSERT_EQ(port_->Configure(port_, printer.uri().c_str()), VEXO_OK);
@@ -86,8 +75,6 @@ class TcpPortTest : public ::testing::Test {
   }
 
   LoopbackPrinter printer_;
-  ObservedTcpPort* driver_ = nullptr;
-  VexoPort* port_ = nullptr;
 };
 
 TEST_F(TcpPortTest, PortNumberIs9100UnlessGiven) {
