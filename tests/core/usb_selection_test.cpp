@@ -121,7 +121,7 @@ TEST(UsbSelection, AnyOfTheCriteriaSuffices) {
       {printer, {true, "", "ELSEWHERE", "", "", ""}, true},
       {printer, {false, "", "", "", "", ""}, false},
       {printer, {false, "", "", "", "1a2b", "00aF"}, true},
-      {printer, {false, "", "", "", "1A2B", "00B0"}, false},
+      {printer, {false, "OTHER", "", "USB002", "1A2B", "00B0"}, false},
       {printer, {false, "", "port_#0001.hub_#0002", "", "", ""}, true},
       {printer, {false, "usbprint\\model\\7&1a2b3c&0&usb001", "", "", "", ""}, true},
       {printer, {false, "Abc123", "", "", "", ""}, true},
