@@ -90,8 +90,8 @@ struct VexoPort {
 
   /**
    * Opens the device or connects. -301: not configured. -310: open already, left as it was. -311: no connection
-   * within the connect timeout, twice; a printer that refuses the connection is reported so too. -372: no such USB
-   * printer. -9: no memory for its path. Positive: the system's error.
+   * within the connect timeout, twice; a printer that refuses the connection or that no network leads to is reported so
+   * too, after the same time. -372: no such USB printer. -9: no memory for its path. Positive: the system's error.
    *
    * A USB port looks for its printer each time it is opened, among those that GetUsbDescList lists and that have a
    * location. A URI that says nothing of the printer means the first one. Otherwise one of these must agree, and letter

@@ -226,14 +226,11 @@ int32_t SocketPort::ConnectOnce() {
 }
 
 // Only "writable" is waited for: a printer that refuses the connection, perhaps because it serves another host just
-// now, gets the whole time and is reported as not answering.
+// now, gets the whole time and is reported as not answering. So does one that no network leads to at this moment,
+// though its socket is not even connecting then: the second attempt may find the cable plugged in again.
 int32_t SocketPort::AwaitConnection() {
   if (StartConnect(socket_.get()) == 0) {
     return VEXO_OK;
-  }
-  const int error = WSAGetLastError();
-  if (error != WSAEWOULDBLOCK) {
-    return error;  // Nothing is under way that a wait could see the end of.
   }
   const timeval limit = ToTimeval(timeouts().connect);
   switch (AwaitWritable(socket_.get(), &limit)) {
