@@ -10,23 +10,18 @@
 #include <utility>
 #include <vector>
 
+#include "core/driver_test.h"
 #include "support/report_frames.h"
 #include "support/scripted_drivers.h"
 #include "support/stream_port.h"
+#include "support/threads.h"
 
 namespace vexo {
 namespace {
 
 using Calls = std::vector<std::string>;
 
-class PrinterHpp : public ::testing::Test {
- protected:
-  void SetUp() override { test::SetDriverScript({}); }
-  void TearDown() override {
-    test::SetDriverScript({});
-    EXPECT_EQ(0, test::LivingDrivers());
-  }
-};
+class PrinterHpp : public test::DriverTest {};
 
 int ThrownBy(const std::function<void()>& call) {
   try {
