@@ -4,6 +4,11 @@ passed=0
 failed=0
 failures=()
 
+# show_time STARTED: how long a step took, by the value of SECONDS when it began.
+show_time() {
+  printf '   %d s\n' $((SECONDS - $1))
+}
+
 note_failure() {
   failed=$((failed + ${2:-1}))
   failures+=("$1")
@@ -11,13 +16,14 @@ note_failure() {
 
 # run_step NAME COMMAND...: one check that either passes or fails; its output is shown when it fails.
 run_step() {
-  local name=$1 log
+  local name=$1 log started=$SECONDS
   shift
   log=$(mktemp)
   printf '== %s\n' "$name"
   if "$@" >"$log" 2>&1; then
     passed=$((passed + 1))
     rm -f "$log"
+    show_time "$started"
     return 0
   fi
   tail -n 100 "$log"
@@ -32,7 +38,7 @@ build_preset() {
 
 # run_tests PRESET: runs the tests of a build and counts the single tests that each program reports.
 run_tests() {
-  local results="build/$1/test_results" counts
+  local results="build/$1/test_results" counts started=$SECONDS
   printf '== test %s\n' "$1"
   rm -rf "$results"
   mkdir -p "$results"
@@ -44,11 +50,12 @@ run_tests() {
   else
     note_failure "results of $1"
   fi
+  show_time "$started"
 }
 
 # run_script NAME SCRIPT...: a script that ends with a line "N passed, N failed".
 run_script() {
-  local name=$1 log counts
+  local name=$1 log counts started=$SECONDS
   shift
   log=$(mktemp)
   printf '== %s\n' "$name"
@@ -63,6 +70,7 @@ run_script() {
   else
     note_failure "$name ended early"
   fi
+  show_time "$started"
 }
 
 print_summary() {
