@@ -1,0 +1,375 @@
+// Whole conversations with a whole printer, over a wire that fails at every single byte, and for a host that runs out
+// of memory at every single allocation: each call ends with one of its codes, and everything is given back.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fstream>
+#include <new>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "core/whole_printer.h"
+#include "discovery/scan_follow_up.h"
+#include "monitor/printer_read_helper.h"
+#include "protocol/bytes.h"
+#include "support/allocation_faults.h"
+#include "support/scripted_drivers.h"
+#include "support/virtual_clock.h"
+#include "vexo/extend.h"
+
+namespace vexo {
+namespace {
+
+using test::WholePrinter;
+using test::WireDirection;
+using test::WireFault;
+
+constexpr char kDescriptor[] = "NET,192.168.1.100";
+constexpr size_t kFileSize = 150;
+constexpr size_t kFirmwareHeaderSize = 76;
+constexpr int32_t kReset = 10054;
+constexpr int32_t kBadAlloc = 1'000'001;  // In place of a result: the exception left the call.
+
+struct Host {
+  VexoPrinterHandle printer = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+  CVEXOPrinterReadHelper* monitor = nullptr;
+  int64_t callback = 0;
+  std::string file;
+};
+
+struct Step {
+  const char* name;
+  int32_t (*call)(Host&);
+  std::vector<int32_t> documented;  // Beside 0.
+  bool decisive = false;            // Without success the rest makes no sense.
+};
+
+int32_t OpenPrinter(Host& host) {
+  const int32_t made = ScannerGunPortOpen(&host.printer, kDescriptor);
+  if (made != VEXO_OK) {
+    return made;
+  }
+  const int32_t result = host.printer.port->Open(host.printer.port);
+  host.printer.portOpen = result == VEXO_OK;
+  return result;
+}
+
+int32_t MakeMonitor(Host& host) {
+  host.monitor = GetReprintMonitorObj();
+  return host.monitor == nullptr ? GetLastErrorCode() : RegisterPrinter(host.monitor, &host.printer);
+}
+
+int32_t Listen(Host& host) {
+  return AddReprintMonitorFun(
+      host.monitor, [](int32_t, int32_t, uint32_t) {}, &host.callback);
+}
+
+int32_t IgnoreEvents(Host& host) { return RemoveReprintMonitorFun(host.monitor, host.callback); }
+
+int32_t Query(Host& host) {
+  char word[8] = {};
+  return QueryReprintMonitorWork(host.monitor, word, sizeof word);
+}
+
+int32_t Print(Host& host) {
+  static constexpr uint8_t kReceipt[] = "One coffee\n";
+  uint32_t written = 0;
+  VexoPort* const port = host.printer.port;
+  return port == nullptr ? VEXO_ERROR_IO_NOT_OPEN : port->Write(port, kReceipt, 0, sizeof kReceipt - 1, &written);
+}
+
+// What the reader thread does until the job is over: a look for which there is no memory is repeated.
+int32_t Hear(Host& host) {
+  for (int look = 0; look < 10; ++look) {
+    try {
+      host.monitor->Poll(100);
+    } catch (const std::bad_alloc&) {
+    }
+    test::AdvanceClock(100);
+  }
+  return VEXO_OK;
+}
+
+// Whatever task number and event the printer's bytes make.
+int32_t TakeEvents(Host& host) {
+  uint16_t status = 0;
+  uint32_t value = 0;
+  for (int event = 0; event < 10 && GetStatusReport(host.monitor, &status, &value) != VEXO_MONITOR_NO_EVENT; ++event) {
+  }
+  return VEXO_OK;
+}
+
+int32_t ReadStatus(Host& host) {
+  uint32_t status = 0;
+  return GetDeviceStatus(host.monitor, &status);
+}
+
+int32_t HearTaskOver(Host& host) {
+  char text[64];
+  uint32_t length = 0;
+  return GetPrinterTaskOverInfo(&host.printer, 500, text, sizeof text, &length);
+}
+
+int32_t AskForDetails(Host& /*host*/) {
+  ScanRecord record("192.168.1.100\r\nready\r\nTill");
+  AskScannedPrinter(&record);
+  std::string text;
+  record.AppendTo(&text);
+  return text.rfind("192.168.1.100;ready;Till;", 0) == 0 ? VEXO_OK : VEXO_ERROR_IO;
+}
+
+void IgnoreProgress(int32_t /*percentage*/) {}
+
+const Step kOpen = {"open", OpenPrinter, {-311, -2, -9, ENOMEM}, true};
+const std::vector<int32_t> kSending = {-309, -322, kReset, -9};
+const std::vector<int32_t> kAnswered = {-309, -322, kReset, -9, -7003, -7007, -7101};
+const std::vector<int32_t> kDownload = {-309, -322, kReset, -9, -6006, -6008, -6009, -321};
+
+std::vector<Step> MonitorConversation(int32_t (*select)(Host&)) {
+  return {kOpen,
+          {"GetReprintMonitorObj, RegisterPrinter", MakeMonitor, {-7020, -309}, true},
+          {"SelectSDKRepintType", select, {}},
+          {"SetReadTimeOut", [](Host& host) { return SetReadTimeOut(host.monitor, 100); }, {}},
+          {"SetPollingTime", [](Host& host) { return SetPollingTime(host.monitor, 50); }, {}},
+          {"SetDelayTime", [](Host& host) { return SetDelayTime(host.monitor, 50); }, {}},
+          {"AddReprintMonitorFun", Listen, {-9}},
+          {"OpenReprintMonitorWork", [](Host& host) { return OpenReprintMonitorWork(host.monitor); }, kSending},
+          {"QueryReprintMonitorWork", Query, kAnswered},
+          {"SetPrintTaskId", [](Host& host) { return SetPrintTaskId(host.monitor, 7); }, kAnswered},
+          {"print", Print, kSending},
+          {"hear of the job", Hear, {}},
+          {"RemoveReprintMonitorFun", IgnoreEvents, {-9}},
+          {"print once more", Print, kSending},
+          {"hear of the other job", Hear, {}},
+          {"GetStatusReport", TakeEvents, {}},
+          {"GetDeviceStatus", ReadStatus, kAnswered},
+          {"SetPaperFeed", [](Host& host) { return SetPaperFeed(host.monitor); }, kSending},
+          {"SetClearPrintTask", [](Host& host) { return SetClearPrintTask(host.monitor); }, kAnswered},
+          {"ResetPrinterInteriorId", [](Host& host) { return ResetPrinterInteriorId(host.monitor, 1); }, kAnswered},
+          {"CloseReprintMonitorWork", [](Host& host) { return CloseReprintMonitorWork(host.monitor); }, kSending},
+          {"GetPrinterTaskOverInfo", HearTaskOver, {-309, -332, -9, -2, -1, kReset}}};
+}
+
+struct Conversation {
+  const char* name;
+  std::vector<Step> steps;
+  bool downloads = false;  // The printer gets the file.
+  bool pretends = false;   // A result of 0 does not say whether it did.
+  bool insists = false;    // What the printer does not take is offered again, for ever.
+};
+
+std::vector<Conversation> Conversations() {
+  return {{"Width",
+           {kOpen,
+            {"GetPrintWidth",
+             [](Host& host) {
+               uint32_t width = 0;
+               return GetPrintWidth(&host.printer, &width);
+             },
+             {-309, -322, -332, kReset, kBadAlloc}},
+            {"SetPrintWidth",
+             [](Host& host) { return SetPrintWidth(&host.printer, 640); },
+             {-309, -322, -331, kReset, kBadAlloc}}}},
+          {"Details", {{"follow-up of a scan", AskForDetails, {kBadAlloc}}}, false, false, true},
+          {"V1Monitor", MonitorConversation([](Host& host) { return SelectSDKRepintType(host.monitor, 1); })},
+          {"GsMonitor", MonitorConversation([](Host& host) { return SelectSDKRepintType(host.monitor, 0); })},
+          {"File",
+           {kOpen,
+            {"downloadFile",
+             [](Host& host) { return downloadFile(&host.printer, host.file.c_str(), nullptr, IgnoreProgress); },
+             kDownload}},
+           true},
+          {"Font",
+           {kOpen,
+            {"DownloadFontFile",
+             [](Host& host) { return DownloadFontFile(&host.printer, 64, host.file.c_str(), nullptr, IgnoreProgress); },
+             kDownload}},
+           true},
+          {"Firmware",
+           {kOpen,
+            {"DownloadFMWImg",
+             [](Host& host) { return DownloadFMWImg(&host.printer, host.file.c_str(), kDescriptor, IgnoreProgress); },
+             kDownload}},
+           true,
+           true},
+          {"YModem",
+           {kOpen,
+            {"downloadYModem",
+             [](Host& host) { return downloadYModem(&host.printer, host.file.c_str(), kDescriptor, IgnoreProgress); },
+             kDownload}},
+           true}};
+}
+
+std::string NameOf(WireFault fault) {
+  static constexpr const char* kNames[] = {"nothing", "drop", "stall", "noise"};
+  return kNames[static_cast<size_t>(fault)];
+}
+
+// The end of a download, which the printer does not confirm: the end of a font's packages, and the restart.
+constexpr size_t kFarewellSize = 4 + sizeof("\x1b\x1c& V1 do \"reset_printer\"\r\n") - 1;
+
+// An allocation that fails during one step.
+struct MemoryFault {
+  size_t step = SIZE_MAX;
+  uint32_t allocation = 0;  // Counted from 1.
+};
+
+class ConversationFaults : public ::testing::TestWithParam<Conversation> {
+ protected:
+  // The same for all downloads: as a firmware image, it is one segment.
+  ConversationFaults() : content_(kFileSize), file_(::testing::TempDir() + "conversation_" + std::to_string(getpid())) {
+    for (size_t i = 0; i < content_.size(); ++i) {
+      content_[i] = static_cast<uint8_t>(i * 7 + 1);
+    }
+    StoreLittleEndian32(&content_[4], kFileSize - kFirmwareHeaderSize);
+    std::ofstream file(file_, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(content_.data()), static_cast<std::streamsize>(content_.size()));
+    file.close();
+    ::testing::internal::CaptureStdout();  // The accounts of the downloads.
+  }
+  ~ConversationFaults() override {
+    ::testing::internal::GetCapturedStdout();
+    std::remove(file_.c_str());
+    EXPECT_EQ(std::vector<std::string>(), wrong_);
+  }
+
+  // Goes through the steps for as long as they make sense. @return whether the memory fault struck.
+  bool Converse(const WholePrinter& printer, const MemoryFault& fault, const std::string& circumstances) {
+    test::HeldSleepers held;  // The reader thread of a monitor stands still.
+    Host host;
+    host.file = file_;
+    bool struck = false;
+    const std::vector<Step>& steps = GetParam().steps;
+    for (size_t step = 0; step < steps.size() && !struck; ++step) {
+      int32_t result = VEXO_OK;
+      {
+        test::AllocationFault without_memory(step == fault.step ? fault.allocation : 0);
+        result = Call(steps[step], host);
+        struck = without_memory.Lift();
+      }
+      Judge(steps[step], result, printer, circumstances);
+      if (result != VEXO_OK && step < steps.size() - 1 && steps[step].decisive) {
+        break;
+      }
+    }
+    held.Release();
+    if (host.monitor != nullptr) {
+      DestroyReprintMonitorObj(host.monitor);
+    }
+    DiskPortOpen(&host.printer, "");
+    return struck;
+  }
+
+  // The library keeps the records of so many closed ports; from then on each closed port frees an older one.
+  static void LetClosedPortsRest() {
+    constexpr int kPorts = 70;
+    for (int i = 0; i < kPorts; ++i) {
+      VexoPrinterHandle printer = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
+      ScannerGunPortOpen(&printer, kDescriptor);
+      DiskPortOpen(&printer, "");
+    }
+    test::SetDriverScript({});
+  }
+
+  static int32_t Call(const Step& step, Host& host) {
+    try {
+      return step.call(host);
+    } catch (const std::bad_alloc&) {
+      return kBadAlloc;
+    }
+  }
+
+  void Judge(const Step& step, int32_t result, const WholePrinter& printer, const std::string& circumstances) {
+    const bool documented =
+        result == VEXO_OK || std::find(step.documented.begin(), step.documented.end(), result) != step.documented.end();
+    const bool pretended = must_store_ && &step == &GetParam().steps.back() && result == VEXO_OK &&
+                           (printer.Stored().empty() || printer.Stored().back() != content_);
+    if (!documented || pretended) {
+      wrong_.push_back(circumstances + ": " + step.name + " gives " + std::to_string(result) +
+                       (pretended ? ", and the printer does not have the file" : ""));
+    }
+  }
+
+  // What the first round takes for good, the library may keep; not what each round takes.
+  template <typename Round>
+  void ExpectAllIsGivenBack(const std::string& circumstances, Round round) {
+    int64_t kept = 0;
+    for (int rounds = 0; rounds < 2; ++rounds) {
+      const int64_t before = test::LivingBytes();
+      round();
+      kept = test::LivingBytes() - before;
+      if (kept == 0) {
+        break;
+      }
+    }
+    if (wrong_.empty() && (kept != 0 || test::LivingDrivers() != drivers_to_stay_)) {
+      wrong_.push_back(circumstances + ": leaves " + std::to_string(kept) + " bytes and " +
+                       std::to_string(test::LivingDrivers() - drivers_to_stay_) + " ports");
+    }
+  }
+
+  bool must_store_ = GetParam().downloads;  // Success now means that the printer has the file.
+  const int32_t drivers_to_stay_ = test::LivingDrivers();
+  std::vector<std::string> wrong_;
+  virtual_printer::Bytes content_;
+  const std::string file_;
+};
+
+TEST_P(ConversationFaults, OfTheWireAtEveryByte) {
+  size_t lengths[2] = {};
+  {
+    const WholePrinter sound;
+    Converse(sound, {}, "sound");
+    lengths[0] = sound.Passed(WireDirection::kToPrinter);
+    lengths[1] = sound.Passed(WireDirection::kToHost);
+  }
+  LetClosedPortsRest();
+  for (const WireDirection direction : {WireDirection::kToPrinter, WireDirection::kToHost}) {
+    for (size_t position = 0; position < lengths[static_cast<size_t>(direction)]; ++position) {
+      for (const WireFault fault : {WireFault::kDrop, WireFault::kStall, WireFault::kNoise}) {
+        const std::string circumstances = NameOf(fault) + " at byte " + std::to_string(position) +
+                                          (direction == WireDirection::kToHost ? " to the host" : " to the printer");
+        const bool to_printer = direction == WireDirection::kToPrinter;
+        if (to_printer && fault == WireFault::kStall && GetParam().insists) {
+          continue;
+        }
+        must_store_ =
+            GetParam().downloads && !GetParam().pretends && !(to_printer && position + kFarewellSize >= lengths[0]);
+        ExpectAllIsGivenBack(circumstances, [&] {
+          const WholePrinter printer({fault, direction, position});
+          Converse(printer, {}, circumstances);
+        });
+      }
+    }
+  }
+}
+
+TEST_P(ConversationFaults, OfMemoryAtEveryAllocation) {
+  {
+    const WholePrinter sound;
+    Converse(sound, {}, "sound");
+  }
+  LetClosedPortsRest();
+  must_store_ = must_store_ && !GetParam().pretends;
+  for (size_t step = 0; step < GetParam().steps.size(); ++step) {
+    bool struck = true;
+    for (uint32_t allocation = 1; struck; ++allocation) {
+      const std::string circumstances = "no memory for allocation " + std::to_string(allocation);
+      ExpectAllIsGivenBack(circumstances, [&] {
+        const WholePrinter printer;
+        struck = Converse(printer, {step, allocation}, circumstances);
+      });
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, ConversationFaults, ::testing::ValuesIn(Conversations()),
+                         [](const auto& conversation) { return std::string(conversation.param.name); });
+
+}  // namespace
+}  // namespace vexo
