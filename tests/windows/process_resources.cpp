@@ -6,6 +6,7 @@
 // After windows.h.
 #include <tlhelp32.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace vexo::test {
@@ -49,6 +50,21 @@ size_t CountThreads() {
   }
   CloseHandle(snapshot);
   return threads;
+}
+
+size_t CountHeapBytes() {
+  std::vector<HANDLE> heaps(GetProcessHeaps(0, nullptr));
+  heaps.resize(std::min<size_t>(heaps.size(), GetProcessHeaps(static_cast<DWORD>(heaps.size()), heaps.data())));
+  size_t bytes = 0;
+  for (const HANDLE heap : heaps) {
+    HeapLock(heap);
+    PROCESS_HEAP_ENTRY entry = {};
+    while (HeapWalk(heap, &entry) != 0) {
+      bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0;
+    }
+    HeapUnlock(heap);
+  }
+  return bytes;
 }
 
 }  // namespace vexo::test

@@ -9,6 +9,9 @@ namespace vexo::test {
 size_t CountHandles();
 size_t CountThreads();
 
+// What is allocated on all heaps, in bytes.
+size_t CountHeapBytes();
+
 }  // namespace vexo::test
 
 #endif  // VEXO_TESTS_WINDOWS_PROCESS_RESOURCES_H_
