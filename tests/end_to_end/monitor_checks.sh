@@ -124,3 +124,57 @@ kill -INT "$background"
 finished
 judge "Ctrl-C while the printer is off" 0 "" \
   "like $listening $net"$'\n'"$lost $net: ?*"
+
+echo "# monitor: hosts that share a printer"
+# works TASK...: a host that prints these jobs, each with a width of its own number.
+works() {
+  local task
+  for task in "$@"; do
+    run_vexoctl -p "$net" print - --task "$task" --wait <<<"Total 9.99"
+    run_vexoctl -p "$net" width set "$task"
+  done
+}
+# worked TASK...: what a host says of that.
+worked() {
+  local task
+  for task in "$@"; do
+    printf 'task %d sent, 11 bytes\ntask %d ended, value 0x00000000 (0)\n%d\n' "$task" "$task" "$task"
+  done
+}
+
+printer --trace --job-time 50 --job-gap 10
+monitor --count 12
+works 101 102 103 >"$work/first_host" 2>&1 &
+first_host=$!
+works 201 202 203 >"$work/second_host" 2>&1
+wait "$first_host"
+finished
+worked 101 102 103 >"$work/first_expected"
+worked 201 202 203 >"$work/second_expected"
+ok=yes
+cmp "$work/first_expected" "$work/first_host" && cmp "$work/second_expected" "$work/second_host" || ok=no
+record "two hosts print and change the width at once" $ok "$work/first_host" "$work/second_host" "$errors"
+# The printer prints one job at a time: each start is followed by the end of the same job.
+ok=yes
+sed -E 's/^[^ ]+ (start|end) task ([0-9]+).*/\1 \2/' "$work/output" >"$work/events"
+[ "$(paste -d ' ' - - <"$work/events" | sort)" = "$(printf 'start %d end %d\n' 10{1,1,2,2,3,3} 20{1,1,2,2,3,3})" ] || ok=no
+record "a third one is told of all their jobs" $ok "$work/output" "$errors"
+check "the width that was set last" 0 "like [12]03" "" -p "$net" width get
+finish_trace
+ok=yes
+[ "$(grep -c 'print data, 11 bytes, task 0[12]0[123]$' "$trace")" = 6 ] || ok=no
+record "the printer has all jobs, each with its number" $ok "$trace"
+
+printer --console --once
+monitor --count 2
+tell_printer start 7
+until_line "$work/output" "start task 7"
+status=0
+run_vexoctl -p "$net" --timeout 300 width get >"$work/second_host" 2>&1 || status=$?
+ok=no
+[ $status = 1 ] && as_expected "vexoctl: cannot open $net: $open_failed" "$work/second_host" && ok=yes
+record "printer that takes one host: the second one is refused" $ok "$work/second_host"
+tell_printer end 7
+finished
+judge "the first one is told of the rest" 0 \
+  "like $time start task 7"$'\n'"$time end task 7 value 0x00000000 (0)" "$listening $net"

@@ -54,7 +54,8 @@ unplug_usb
 
 echo "# a printer on USB"
 usb_pipe=vexo_check_$$
-start_printer "${vexoctl%/*}/virtual_printer.exe" "$work/trace" --pipe "$usb_pipe" --job-time 50 --job-gap 10
+start_printer "${vexoctl%/*}/virtual_printer.exe" "$work/trace" --pipe "$usb_pipe" --console \
+  --job-time 50 --job-gap 10
 plug_in ABC123 "$usb_pipe"
 printf 'Total 9.99\n' >"$work/bill"
 succeeds "width over USB" 576 -p USB width get
@@ -62,6 +63,18 @@ succeeds "width set on the printer with this serial number" 640 -p USB,ABC123 wi
 succeeds "width of the printer of this product" 640 -p USB,VID_0X1A2B,PID_0X0001 width get
 succeeds "job over USB" $'task 7 sent, 11 bytes\ntask 7 ended, value 0x00000000 (0)' \
   -p vexo:/dev/bus/USB/ABC123 print "$work/bill" --task 7 --wait
+in_background -p USB --timeout 300 monitor --count 2
+until_line "$errors" "listening to"
+status=0
+run_vexoctl -p USB --timeout 300 width get >"$work/second_host" 2>&1 || status=$?
+ok=no
+[ $status = 1 ] && as_expected "vexoctl: cannot read the print width of USB: $read_timeout" "$work/second_host" && ok=yes
+record "a second host, while the first one is served" $ok "$work/second_host"
+tell_printer start 7
+tell_printer end 7
+finished
+judge "the first one loses nothing" 0 "like $time start task 7"$'\n'"$time end task 7 *" "vexoctl: listening to USB"
+succeeds "the second one is served when the first one has gone" 640 -p USB width get
 check "another product" 1 "" "like vexoctl: cannot open USB,VID_0X1A2B,PID_0X0002: -372 ?*" \
   -p USB,VID_0X1A2B,PID_0X0002 width get
 unplug_usb
