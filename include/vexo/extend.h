@@ -61,9 +61,9 @@ VEXO_API int32_t GetLastErrorCode(void);
  * @param descriptor port descriptor ("USB", "NET,192.168.1.100,9100", "LPT1") or device URI
  *                   ("vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100"); at most 255 characters count.
  * @return 0 and portOpen 1; -6 bad handle; -301 null or malformed text, or a descriptor of unknown kind; -4 a URI of
- *         unknown TYPE, or a kind of port without a driver; -2 (buffer ports: -9) out of memory; -372 no such USB
- *         device, or not a port on USB; -9 no memory for its path; -300 the system does not list its devices and
- *         gives no error; positive: the system's error.
+ *         unknown TYPE, or a kind of port without a driver; -351, -356 bad speed or flow control of a serial port; -2
+ *         or -9 out of memory; -372 no such USB device, or not a port on USB; -300 the system does not list its devices
+ *         and gives no error; positive: the system's error.
  */
 VEXO_API int32_t DiskPortOpen(VexoPrinterHandle* handle, const char* descriptor);
 

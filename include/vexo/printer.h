@@ -44,9 +44,11 @@ enum VexoPortControl {
  * in the same positions mean.
  *
  * Budget of a Write of n bytes: writeMultiplier * n + writeConstant; of a Read: readMultiplier * n + readConstant.
- * On a TCP port a budget of 0 means no limit.
+ * On a TCP or Bluetooth port a budget of 0 means no limit.
  *
- * Defaults: file ports (serial, parallel, USB) 10, 5, 2000, 10, 2000, 1000; TCP 10, 0, 2000, 0, 2000, 3000.
+ * Defaults: file ports (serial, parallel, USB) 10, 5, 2000, 10, 2000, 1000; TCP 10, 0, 2000, 0, 2000, 3000; Bluetooth
+ * 10, 0, 2000, 0, 2000, 2000. Until SetTimeouts is called, Open gives a slow serial line a longer writeConstant: 3600
+ * at 4800 bit/s, 7800 at 2400, 16200 at 1200.
  */
 typedef struct VexoPortTimeouts {
   uint32_t readInterval;    /**< Longest gap between pieces once data flows. */
@@ -54,7 +56,7 @@ typedef struct VexoPortTimeouts {
   uint32_t readConstant;    /**< Read budget per call. */
   uint32_t writeMultiplier; /**< Write budget per byte. */
   uint32_t writeConstant;   /**< Write budget per call. */
-  uint32_t connect;         /**< TCP: limit of one connect attempt (two are made). File ports: kept, not used. */
+  uint32_t connect;         /**< TCP, Bluetooth: limit of each of two connect attempts. File ports: kept, not used. */
 } VexoPortTimeouts;
 
 /** A port object; see its record below. */
@@ -69,7 +71,8 @@ typedef struct VexoPort VexoPort;
  *
  * Every operation takes the port object itself first and returns 0, a negative code of error.h or a positive code of
  * the operating system. A null object or one whose magic is not 120 gives -6; an object whose driver is gone, -308.
- * A port object is used by one thread at a time; only Abort may come from any thread.
+ * A port object is used by one thread at a time; only Abort may come from any thread. What is said of TCP ports below
+ * holds for Bluetooth ports, too.
  *
  * Write, Read, ReadAvailable and Control set their count to 0 first and report it also on failure; the count pointer
  * may be null. A null buffer with a length above 0 gives -1.
@@ -78,7 +81,16 @@ struct VexoPort {
   uint32_t magic; /**< 120. */
   void* driver;   /**< Private to the maker of the object. */
 
-  /** Configures the port from a device URI and stores the URI's canonical form. -301 or -1: malformed URI. */
+  /**
+   * Configures the port from a device URI and stores the URI's canonical form. -301 or -1: malformed URI; -301 also
+   * without "ip" on a TCP port, without "address" on a Bluetooth port. -9: out of memory.
+   *
+   * A serial port needs five parameters. Letters of their values may be in either case; a missing parameter counts as a
+   * value that is not listed here:
+   * - baudrate: 1200, 2400, 4800, 9600, 14400, 19200, 38400, 57600 or 115200; else -351;
+   * - parity: n none, o odd, e even, m mark, s space; bytesize: 4 to 8; stopbits: 1, 1.5 or 2; else Open gives -313;
+   * - flowcontrol: n none, d DTR/DSR, c RTS/CTS, p both of these, x XON/XOFF; else -356.
+   */
   int32_t (*Configure)(VexoPort* port, const char* uri);
 
   /**
@@ -91,7 +103,8 @@ struct VexoPort {
   /**
    * Opens the device or connects. -301: not configured. -310: open already, left as it was. -311: no connection
    * within the connect timeout, twice; a printer that refuses the connection or that no network leads to is reported so
-   * too, after the same time. -372: no such USB printer. -9: no memory for its path. Positive: the system's error.
+   * too, after the same time. -312: not a serial line, -313: the line refuses its settings; it stays closed. -372: no
+   * such USB printer. -9: no memory for its path. Positive: the system's error.
    *
    * A USB port looks for its printer each time it is opened, among those that GetUsbDescList lists and that have a
    * location. A URI that says nothing of the printer means the first one. Otherwise one of these must agree, and letter
@@ -125,7 +138,7 @@ struct VexoPort {
    */
   int32_t (*CheckOpen)(VexoPort* port);
 
-  /** Sets the time limits (all six). */
+  /** Sets the time limits (all six). The limits that a serial line has itself are taken from them when it is opened. */
   int32_t (*SetTimeouts)(VexoPort* port, VexoPortTimeouts timeouts);
 
   /** Gives the time limits. A buffer port has none: all 0. -1: null pointer. */
