@@ -45,6 +45,7 @@ SYSTEM_HEADER = re.compile(
 # The portable code that must build for the host; drivers and everything under platform/ are the doors to the system.
 SYSTEM_ROOMS = [
     r"src/platform/(windows|posix)/",
+    r"src/platform/mutex\.h",  # POSIX threads, which both builds have.
     r"src/port/(bluetooth_port|device_interfaces|file_port|overlapped_transfer|parallel_port|serial_port|socket_port"
     r"|tcp_port|usb_enumeration|usb_port|windows_drivers)\.",
     r"src/discovery/(network_scan|usb_hotplug|usb_monitor_window)\.",

@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 
+#include "platform/mutex.h"
 #include "vexo/extend.h"
 
 namespace vexo {
@@ -31,7 +32,7 @@ class UsbCallbackRegistry {
     void* context;
   };
 
-  std::recursive_mutex lock_;
+  platform::RecursiveMutex lock_;
   std::map<int64_t, Entry> callbacks_;
 };
 

@@ -11,6 +11,7 @@
 
 #include "discovery/usb_callback_registry.h"
 #include "discovery/usb_monitor_window.h"
+#include "platform/mutex.h"
 #include "platform/windows/scoped_module.h"
 
 namespace vexo {
@@ -101,7 +102,7 @@ class HotplugMonitor {
     }
   }
 
-  std::mutex lock_;  // Held over a whole start or stop.
+  platform::Mutex lock_;  // Held over a whole start or stop.
   std::unique_ptr<Session> session_;
   std::atomic<bool> stop_requested_{false};
   std::atomic<HWND> window_{nullptr};

@@ -6,6 +6,7 @@
 #include <map>
 #include <mutex>
 
+#include "platform/mutex.h"
 #include "vexo/extend.h"
 
 namespace vexo {
@@ -26,7 +27,7 @@ class CallbackRegistry {
   bool Deliver(int32_t event, int32_t task_id, uint32_t value);
 
  private:
-  std::recursive_mutex lock_;
+  platform::RecursiveMutex lock_;
   std::map<int64_t, MonitorCallback> callbacks_;
 };
 

@@ -11,6 +11,7 @@
 #include "monitor/receive_buffer.h"
 #include "monitor/reply_queue.h"
 #include "monitor/report_decoder.h"
+#include "platform/mutex.h"
 #include "protocol/bytes.h"
 #include "vexo/extend.h"
 
@@ -83,7 +84,7 @@ struct CVEXOPrinterReadHelper {
   std::atomic<int64_t> polling_time_{100};
   vexo::ReceiveBuffer received_;
   vexo::ReplyQueue queue_;
-  std::recursive_mutex io_lock_;
+  vexo::platform::RecursiveMutex io_lock_;
   std::thread reader_;
   std::atomic<Flags> flags_{Flags{}};
   std::atomic<int32_t> requested_task_id_{1};

@@ -10,6 +10,7 @@
 #include <memory>
 #include <mutex>
 
+#include "platform/mutex.h"
 #include "port/port_driver.h"
 #include "port/port_lock.h"
 #include "vexo/printer.h"
@@ -69,7 +70,7 @@ class PortRegistry {
   void* NewKey();
   VexoPort* PlaceRecord(const VexoPort& prototype, void* key);
 
-  std::mutex mutex_;
+  platform::Mutex mutex_;
   std::unique_ptr<Content> content_;
 };
 

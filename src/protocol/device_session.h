@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 
+#include "platform/mutex.h"
 #include "protocol/bytes.h"
 #include "protocol/model_handle.h"
 #include "vexo/printer.h"
@@ -85,7 +86,7 @@ class DeviceSession {
   static constexpr size_t kSerialNumberSize = 64;
   static constexpr size_t kDeviceIdSize = 32;
 
-  mutable std::mutex mutex_;
+  mutable platform::Mutex mutex_;
   std::string model_name_;
   std::string descriptor_;
   std::unique_ptr<ModelHandle> own_handle_;

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/mutex.h"
 #include "platform/own_folder.h"
 #include "protocol/sdk_config_data.h"
 #include "protocol/sdk_config_text.h"
@@ -18,7 +19,7 @@ namespace {
 constexpr char kFileName[] = "sdkconfig";
 constexpr size_t kPieceSize = 4096;
 
-std::mutex g_mutex;  // Guards the two below, and keeps a second thread from reading the file meanwhile.
+platform::Mutex g_mutex;  // Guards the two below, and keeps a second thread from reading the file meanwhile.
 SdkConfigReference g_tables;
 uint32_t g_uses = 0;
 

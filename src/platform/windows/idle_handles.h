@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/mutex.h"
 #include "platform/windows/scoped_handle.h"
 
 namespace vexo::platform {
@@ -38,7 +39,7 @@ class IdleHandles {
  private:
   static constexpr size_t kMost = 64;
 
-  std::mutex mutex_;
+  platform::Mutex mutex_;
   std::vector<ScopedHandle> handles_;
 };
 
