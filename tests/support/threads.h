@@ -24,10 +24,13 @@ void RunOnThreads(int count, Work work) {
 template <typename Condition>
 bool Eventually(Condition condition) {
   const auto patience_ends = std::chrono::steady_clock::now() + std::chrono::seconds(120);
-  while (!condition() && std::chrono::steady_clock::now() < patience_ends) {
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= patience_ends) {
+      return false;
+    }
     std::this_thread::yield();
   }
-  return condition();
+  return true;
 }
 
 }  // namespace vexo::test
