@@ -3,7 +3,8 @@
 # scripts/fuzz.sh [SECONDS [TARGET...]]
 #
 # SECONDS is 60 unless given. What leads further is kept in build/host-fuzz/corpus and used by the next run; an input that
-# fails is left in build/host-fuzz. `fuzz.sh --keep` puts the smallest set of inputs that reach as far into fuzz/seeds.
+# fails is left in build/host-fuzz. `fuzz.sh --keep` puts the smallest set of inputs that reach code which no seed has
+# reached into fuzz/seeds.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=build/host-fuzz
@@ -11,7 +12,7 @@ build=build/host-fuzz
 if [ "${1:-}" = --keep ]; then
   for corpus in "$build"/corpus/*; do
     name=$(basename "$corpus")
-    "$build/bin/${name}_fuzzer" -set_cover_merge=1 "fuzz/seeds/$name" "$corpus" 2>/dev/null
+    "$build/bin/${name}_fuzzer" -use_counters=0 -set_cover_merge=1 "fuzz/seeds/$name" "$corpus" 2>/dev/null
   done
   exit
 fi
