@@ -21,7 +21,7 @@ enum VexoResult {
   VEXO_ERROR_PRINTER_TYPE = -3,          /**< The printer is not of the type that was preset. */
   VEXO_ERROR_NOT_SUPPORTED_PRINTER = -4, /**< Unknown kind of port or printer. */
   VEXO_ERROR_HANDLE = -6,                /**< Null record, or a record without its magic number. */
-  VEXO_ERROR_NOT_IMPLEMENTED = -7,       /**< The operation does not exist for this kind of port. */
+  VEXO_ERROR_NOT_IMPLEMENTED = -7,       /**< The operation does not exist for this kind of port, or is off. */
   VEXO_ERROR_UNKNOWN_MODEL = -8,         /**< The printer model is not known. */
   VEXO_ERROR_OUT_OF_MEMORY = -9,         /**< Not enough memory. */
   VEXO_ERROR_WRONG_PRINTER = -10,        /**< Another printer than the one asked for. */
@@ -92,7 +92,7 @@ enum VexoResult {
   /* Downloads. These have no words of their own, either. */
   VEXO_ERROR_DOWNLOAD_CANCELLED = -6004,  /**< Cancelled through setCancel. */
   VEXO_ERROR_DOWNLOAD_MODE = -6006,       /**< The printer did not enter its download mode. */
-  VEXO_ERROR_DOWNLOAD_EMPTY = -6007,      /**< The file is empty. */
+  VEXO_ERROR_DOWNLOAD_EMPTY = -6007,      /**< The file is empty, or has 2 GiB or more. */
   VEXO_ERROR_DOWNLOAD_NO_ANSWER = -6008,  /**< An expected answer did not arrive at all. */
   VEXO_ERROR_DOWNLOAD_BAD_ANSWER = -6009, /**< The printer's answer was wrong, or a package was not confirmed. */
 

@@ -4,6 +4,28 @@
  *
  * The layouts are fixed (natural alignment of the platform's C compiler): hosts in other languages and the printer
  * SDK's main library declare the same records. C99, and usable from C++.
+ *
+ * A port is named by a descriptor or by a device URI. A descriptor has up to ten fields between commas; blanks around
+ * them do not count. It begins with the kind of the port, in any letter case:
+ *
+ * - "COM3,9600,n,8,1,n": a serial line, its speed (also "BAUDRATE_9600"), parity, data bits, stop bits, flow control.
+ *   Only the speed is required, the others are as shown here. "BSP4,9600": a serial line over Bluetooth.
+ * - "NET,192.168.1.100,9100": TCP, an IPv4 address (names are not looked up) and a port, 9100 unless given.
+ * - "BT,001122334455,8642": Bluetooth, an address in hexadecimal digits and a PIN, 8642 unless given.
+ * - "LPT1": a parallel port. "BUF": memory.
+ * - "USB": a USB printer, the first one or the one that further fields describe: "USB001" (the port of the system's
+ *   printer driver), "PORT_#0001.HUB_#0002" (a location), "VID_0X1A2B" and "PID_0X0001" (whatever their first six
+ *   characters are, the digits begin after them). If any field is none of these, the second one is DEVICE: "USB,ABC123"
+ *   is a serial number. The last field that is one of these decides: if it is a port or a location, VID and PID do not
+ *   count. All these fields are upper-cased. A serial number that reads as one of them needs a URI.
+ *
+ * A device URI is the form that descriptors are turned into, "vexo:/dev/bus/TYPE/DEVICE?key=value+key=value": at most
+ * 255 characters and eight parameters, letter case counts, and the last value is not empty. For the descriptors above:
+ *
+ * - "vexo:/dev/bus/COM/COM3?baudrate=9600+parity=n+bytesize=8+stopbits=1+flowcontrol=n"
+ * - "vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100", "vexo:/dev/bus/BT/DEVICE?address=001122334455+pin=8642"
+ * - "vexo:/dev/bus/LPT/LPT1", "vexo:/dev/bus/BUF/DEVICE"
+ * - "vexo:/dev/bus/USB/ABC123", "vexo:/dev/bus/USB/DEVICE?vid=1A2B+pid=0001", and likewise location and portnum
  */
 #ifndef VEXO_PRINTER_H_
 #define VEXO_PRINTER_H_
@@ -83,7 +105,8 @@ struct VexoPort {
 
   /**
    * Configures the port from a device URI and stores the URI's canonical form. -301 or -1: malformed URI; -301 also
-   * without "ip" on a TCP port, without "address" on a Bluetooth port. -9: out of memory.
+   * without "ip" on a TCP port, without "address" on a Bluetooth port. -9: out of memory. A port that is open stays
+   * with its device; the URI counts when it is opened again.
    *
    * A serial port needs five parameters. Letters of their values may be in either case; a missing parameter counts as a
    * value that is not listed here:
@@ -104,7 +127,8 @@ struct VexoPort {
    * Opens the device or connects. -301: not configured. -310: open already, left as it was. -311: no connection
    * within the connect timeout, twice; a printer that refuses the connection or that no network leads to is reported so
    * too, after the same time. -312: not a serial line, -313: the line refuses its settings; it stays closed. -372: no
-   * such USB printer. -9: no memory for its path. Positive: the system's error.
+   * such USB printer. -9: no memory for its path. Positive: the system's error. A buffer port is empty afterwards,
+   * also if it was open; -9: no memory.
    *
    * A USB port looks for its printer each time it is opened, among those that GetUsbDescList lists and that have a
    * location. A URI that says nothing of the printer means the first one. Otherwise one of these must agree, and letter
@@ -123,18 +147,20 @@ struct VexoPort {
    */
   int32_t (*Open)(VexoPort* port);
 
-  /** Closes the device. Always 0 for a valid object. */
+  /** Closes the device; a buffer port loses its content. Always 0 for a valid object. */
   int32_t (*Close)(VexoPort* port);
 
   /**
-   * Makes the transfer that is under way on another thread stop between two pieces (it then returns 0 with the count
-   * so far), and every later transfer at once: a new port object is needed afterwards. File ports: -309 when not open.
+   * Makes the Write or Read that is under way on another thread stop between two pieces (it then returns 0 with the
+   * count so far), and every later one at once: a new port object is needed afterwards. A wait for the printer that has
+   * begun goes on to its end, and ReadAvailable still reads. File ports: -309 when not open. TCP: always 0, without
+   * effect on a port that is closed. Buffer ports: 0, no effect.
    */
   int32_t (*Abort)(VexoPort* port);
 
   /**
-   * 0 when open. File ports: -301 not configured, -309 not open. TCP: always 0, as a dropped connection is restored
-   * by the next transfer. A buffer port is emptied by this call.
+   * 0 when open. File ports: -301 not configured, -309 not open. TCP: always 0, even if it was never opened; a dropped
+   * connection is restored by the next Write or Read. A buffer port is emptied by this call.
    */
   int32_t (*CheckOpen)(VexoPort* port);
 
@@ -148,24 +174,33 @@ struct VexoPort {
    * Writes length bytes from buffer + offset. -309: not open. -322: the write budget ran out. Positive: the system's
    * error. *written receives the bytes written. 0 with fewer bytes than asked for: the port was aborted, or a TCP
    * budget ended between two pieces (after a piece that the system gave up on and that was tried again: its 10060).
+   *
+   * A TCP port whose printer has dropped the connection connects again first, for which the budget does not count; when
+   * that fails, its result is as Open's. A buffer port appends; -9: no memory, its content stays.
    */
   int32_t (*Write)(VexoPort* port, const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written);
 
   /**
    * Reads length bytes into buffer + offset. -332: fewer arrived within the budget, or the gap between two pieces was
-   * longer than the read interval. -7: a gated USB port whose read switch is off. -309: not open. *read receives the
-   * bytes that arrived. A USB port that is asked for at most 254 bytes takes whole packets: when more came than was
-   * asked for, the buffer receives the last length bytes and *read counts all of them, so it may exceed length (64
-   * for a 64-byte packet read as 10 bytes). A TCP port whose printer closed the connection reconnects and returns
-   * the result of that, with the bytes read so far. A buffer port copies all its content without consuming it; the
-   * room it sees is length - offset, and content that is longer gives -2.
+   * longer than the read interval, or a serial or USB port has been asked five times. -7: a gated USB port whose read
+   * switch is off. -309: not open. Positive: the system's error. 0 with fewer bytes than asked for: the port was
+   * aborted. *read receives the bytes that arrived.
+   *
+   * A USB port that is asked for at most 254 bytes takes whole packets: when more came than was asked for, the buffer
+   * receives the last length bytes and *read counts all of them, so it may exceed length (64 for a 64-byte packet read
+   * as 10 bytes). A TCP port whose printer closed the connection reconnects and returns the result of that, 0 or as
+   * Open's, with the bytes read so far. A buffer port copies all its content without consuming it; the room it sees is
+   * length - offset, and content that is longer gives -2.
    */
   int32_t (*Read)(VexoPort* port, uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read);
 
   /**
-   * One short read of at most to - from bytes into buffer + from: what is there now (TCP) or comes within 100 ms
-   * (file ports). Nothing there gives 0 with *read 0. from > to gives -1 (a buffer port: as Read). USB ports asked
-   * for at most 63 bytes count as in Read. -309: not open, or a TCP port that could not connect again.
+   * One short read of at most to - from bytes into buffer + from: what is there now (TCP), what comes within 100 ms
+   * (serial, USB), or byte by byte what comes for as long as the system waits for each (parallel). Nothing there gives
+   * 0 with *read 0, as does a TCP connection that the printer has closed. from > to gives -1 (a buffer port: no room).
+   * USB ports asked for at most 63 bytes take whole packets and count as in Read. -7: as Read. -309: not open, or a TCP
+   * port that could not connect again. Positive: the system's error. A buffer port copies all its content as Read does;
+   * the room is to - from.
    */
   int32_t (*ReadAvailable)(VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read);
 
