@@ -55,11 +55,16 @@ VEXO_API int32_t GetLastErrorCode(void);
  * A port object that the handle already holds is closed first (and freed, when the library made it), portOpen becomes
  * 0 and port NULL. After a failure to make the new port object, port stays NULL: opening "" (-301) is therefore the
  * way to give a port object back. When only the opening of the device failed, the handle keeps the new, closed port
- * object with portOpen 0, and its Open operation may be tried later.
+ * object with portOpen 0: call the function again later. (The object's own Open looks for a printer, whatever the
+ * function looked for.)
+ *
+ * Give ports back before the library is unloaded: devices that are open then stay so until the process ends. The driver
+ * of a Bluetooth port stays in memory, some hundred bytes for each port.
  *
  * @param handle     printer handle record, owned by the caller.
  * @param descriptor port descriptor ("USB", "NET,192.168.1.100,9100", "LPT1") or device URI
- *                   ("vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100"); at most 255 characters count.
+ *                   ("vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100"), see printer.h; at most 255 characters
+ *                   count.
  * @return 0 and portOpen 1; -6 bad handle; -301 null or malformed text, or a descriptor of unknown kind; -4 a URI of
  *         unknown TYPE, or a kind of port without a driver; -351, -356 bad speed or flow control of a serial port; -2
  *         or -9 out of memory; -372 no such USB device, or not a port on USB; -300 the system does not list its devices
@@ -362,7 +367,7 @@ VEXO_API int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_
  *
  * No other thread may use the handle meanwhile, nor a job monitor that is registered on it: it would take the printer's
  * answers. DownloadFMWImg, and downloadYModem with a descriptor, replace the handle's port object: the old one is
- * freed.
+ * closed, and freed when the library made it.
  *
  * A download that fails leaves the port as it then stands, in most cases open. Codes of all downloads, in the order of
  * the checks:
@@ -387,8 +392,8 @@ typedef void (*DownloadProgressCallback)(int32_t percentage);
 /**
  * Ends the running download at its next look, with -6004 (-6009 while the package of a file or a font awaits its
  * answer). From any thread. Nobody looks while YModem connects to the loader (20 attempts), while a firmware body
- * awaits its answer (up to 600 reads and 100 s of pauses), and after the last package or block: such a download
- * succeeds. Without a running download it does nothing: each download starts uncancelled.
+ * awaits its answer (up to 600 reads and 100 s of pauses). After the last package or block nobody looks any more, and
+ * the download succeeds all the same. Without a running download it does nothing: each download starts uncancelled.
  */
 VEXO_API void setCancel(void);
 
@@ -430,15 +435,16 @@ VEXO_API int32_t DownloadFontFile(VexoPrinterHandle* handle, int32_t packetSize,
  *
  * 0 does not tell that the printer took the image: when it cannot be connected to, or does not accept a header or a
  * body, the result is 0, too, and only the text tells: "Openfail", "failed: ReadData failed..." (no answer) or "failed:
- * ReadData error..." (refused). "Successfully restarted the device..." is the last line of a success.
+ * ReadData error..." (refused). "Successfully restarted the device..." is the last line of a success. After "Openfail"
+ * the handle holds no open port.
  *
  * An image whose last segment is longer than what is left of the file never ends: the download repeats "Successfully
  * distributed..." until setCancel. Check images before sending them.
  *
  * @param handle     printer handle with an open port.
  * @param fileName   path of the image.
- * @param descriptor names the port of the printer in its update mode; not null. It is looked at only when the printer
- * is in that mode: try out descriptors before.
+ * @param descriptor names the port of the printer in its update mode; null is none ("Openfail"). It is looked at only
+ *                   when the printer is in that mode: try out descriptors before.
  * @param progress   called with the share of body bytes sent in the size of the file, and with 100 after each body; may
  *                   be null.
  * @return 0, see above; the codes of all downloads; a write's own code: the command that starts the update ("write
@@ -455,9 +461,10 @@ VEXO_API int32_t DownloadFMWImg(VexoPrinterHandle* handle, const char* fileName,
  *
  * @param handle     printer handle with an open port.
  * @param fileName   path of the file.
- * @param descriptor names the port of the printer in its loader, tried 20 times; "USB" stands for the USB printer with
- *                   the serial number of the current port; without one, for the first USB printer. The handle then
- *                   holds this port, closed at the end. Null: the printer is in its loader already.
+ * @param descriptor names the port of the printer in its loader, tried 20 times, each half a second after the last
+ *                   failed; "USB" stands for the USB printer with the serial number of the current port; without one,
+ *                   for the first USB printer. The handle then holds this port, closed at the end. Null: the printer is
+ *                   in its loader already.
  * @param progress   called with 0, with the share of blocks before each one that has been confirmed, and with 100; may
  *                   be null.
  * @return 0; -6006 the printer did not come back in its loader (the handle then holds no open port); -6008 no answer;
