@@ -55,8 +55,11 @@ VEXO_API int32_t GetLastErrorCode(void);
  * A port object that the handle already holds is closed first (and freed, when the library made it), portOpen becomes
  * 0 and port NULL. After a failure to make the new port object, port stays NULL: opening "" (-301) is therefore the
  * way to give a port object back. When only the opening of the device failed, the handle keeps the new, closed port
- * object with portOpen 0: call the function again later. (The object's own Open looks for a printer, whatever the
- * function looked for.)
+ * object with portOpen 0: call the function again later.
+ *
+ * On USB the object's own Open looks for a printer, whatever the function looked for. So a host opens a USB printer
+ * without the SDK's main library: any of these functions makes the port object, -372 or not; then the host calls the
+ * object's Close and Open and sets portOpen to 1.
  *
  * Give ports back before the library is unloaded: devices that are open then stay so until the process ends. The driver
  * of a Bluetooth port stays in memory, some hundred bytes for each port.
@@ -65,7 +68,8 @@ VEXO_API int32_t GetLastErrorCode(void);
  * @param descriptor port descriptor ("USB", "NET,192.168.1.100,9100", "LPT1") or device URI
  *                   ("vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100"), see printer.h; at most 255 characters
  *                   count.
- * @return 0 and portOpen 1; -6 bad handle; -301 null or malformed text, or a descriptor of unknown kind; -4 a URI of
+ * @return 0 and portOpen 1; -6 bad handle; -301 null or malformed text, or a descriptor of unknown kind; -1 a URI that
+ *         has no device or no last value once the parameter without a "=" that ends it is left out; -4 a URI of
  *         unknown TYPE, or a kind of port without a driver; -351, -356 bad speed or flow control of a serial port; -2
  *         or -9 out of memory; -372 no such USB device, or not a port on USB; -300 the system does not list its devices
  *         and gives no error; positive: the system's error.
