@@ -101,7 +101,8 @@ VEXO_API int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descr
  * Sets the print width and makes the printer store it: a setkey command for key 0x00CC, whose acknowledgement is read
  * and not judged, then the command "save_param_zone". Blocks for at most the port's time limits of two writes and two
  * reads; on TCP also for connecting again whenever the printer has dropped the connection. Not locked: do not use the
- * port on another thread meanwhile.
+ * port on another thread meanwhile. A printer whose job monitoring is on sends its events on the same connection, where
+ * they would be taken for the answers: change and read settings while monitoring is off.
  *
  * @param handle printer handle with an open port.
  * @param width  width in dots; only the low 16 bits travel.
@@ -113,7 +114,7 @@ VEXO_API int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descr
 VEXO_API int32_t SetPrintWidth(VexoPrinterHandle* handle, uint32_t width);
 
 /**
- * Asks the printer for its print width.
+ * Asks the printer for its print width. Not locked, and not for a connection with job monitoring on, as SetPrintWidth.
  *
  * @param handle printer handle with an open port.
  * @param width  receives the width in dots (0..65535) when the printer answered with two bytes; untouched otherwise.
@@ -140,6 +141,9 @@ VEXO_API int32_t GetPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
  * gives -7002. Failures are stored for GetLastErrorCode unless said otherwise; success leaves the stored value alone. A
  * pointer that is no monitor object, or one that is destroyed already, cannot be detected. -9 is returned when memory
  * runs out, and -300 when a port object of the host's own throws an exception.
+ *
+ * The functions that ask the printer look for the answer two or three times, and job events that arrive instead of it
+ * count: on a busy printer -7003 may only mean that it is to be asked again.
  *
  * Waiting times count looks at the printer, 20 ms apart: a look takes no time on TCP and up to 100 ms on a port to a
  * device file, so the default read timeout of 1000 ms lasts about 1 s on TCP and up to 6 s on USB.
