@@ -107,8 +107,8 @@ void AddFont(CLI::App& download, const Common& common) {
   command->footer(
       "Each package is sent up to four times.\n"
       "Examples:\n"
-      "  vexoctl -p NET,192.168.1.100 download font simsun.fnt\n"
-      "  vexoctl -p USB download font simsun.fnt --packet-size 1024");
+      "  vexoctl -p NET,192.168.1.100 download font roman.fnt\n"
+      "  vexoctl -p USB download font roman.fnt --packet-size 1024");
   command->callback([command, size, common] {
     const DownloadFile file(FileArgument(command));
     const uint32_t packet_size = size->count() > 0 ? size->as<uint32_t>() : kDefaultFontPacketSize;
