@@ -8,7 +8,7 @@ packages=(
   g++-mingw-w64-x86-64-posix                    # the Windows build; the win32 variant has no std::thread
   wine wine64                                   # runs it
   clang clang-format clang-tidy libclang-rt-14-dev # fuzz targets, second set of warnings, lint
-  googletest libbenchmark-dev                   # test framework (sources), native benchmarks
+  googletest                                    # test framework (sources)
   libasio-dev libcli11-dev nlohmann-json3-dev   # the tools
   llvm lld pkg-config                           # other linkers, and the package that they are given
   doxygen                                       # API reference
