@@ -59,7 +59,16 @@ plug_usb() {
 }
 unplug_usb() {
   exec {usb_input}>&-
-  wait "$usb_pid"
+  while kill -0 "$usb_pid" 2>/dev/null; do # Not for wait: bash may have forgotten it.
+    sleep 0.05
+  done
+}
+
+# Ends the printer that was started last.
+stop_last_printer() {
+  kill "${printer_pids[-1]}" 2>/dev/null || true
+  wait "${printer_pids[-1]}" "${trace_pids[-1]}" 2>/dev/null || true
+  unset 'printer_pids[-1]' 'trace_pids[-1]'
 }
 
 # Ends all printers; their traces are complete then.

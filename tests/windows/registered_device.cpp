@@ -125,11 +125,14 @@ RegisteredDevice::RegisteredDevice(const DeviceEntry& entry)
       interface_key_(std::string(kSystemKey) + "Control\\DeviceClasses\\" + GuidText(entry.device_class) + "\\##?#" +
                      InterfaceName(entry)),
       path_("\\\\?\\" + LowerCased(InterfaceName(entry))) {
+  Unregister();  // A program that was killed may have left it.
   const DeviceWriter writer(entry);
   MarkConnected(interface_key_);
 }
 
-RegisteredDevice::~RegisteredDevice() {
+RegisteredDevice::~RegisteredDevice() { Unregister(); }
+
+void RegisteredDevice::Unregister() const {
   RegDeleteTreeA(HKEY_LOCAL_MACHINE, interface_key_.c_str());
   RegDeleteTreeA(HKEY_LOCAL_MACHINE, device_key_.c_str());
 }

@@ -35,6 +35,8 @@ class RegisteredDevice {
   const std::string& path() const { return path_; }
 
  private:
+  void Unregister() const;
+
   const std::string device_key_;
   const std::string interface_key_;
   std::string path_;
