@@ -234,7 +234,7 @@ class ConversationFaults : public ::testing::TestWithParam<Conversation> {
   }
   ~ConversationFaults() override {
     ::testing::internal::GetCapturedStdout();
-    std::remove(file_.c_str());
+    static_cast<void>(std::remove(file_.c_str()));
     EXPECT_EQ(std::vector<std::string>(), wrong_);
   }
 
