@@ -101,10 +101,19 @@ Steps operator+(Steps first, const Steps& second) {
   return first;
 }
 
+// The steps with others before one of them: what goes wrong first.
+Steps Before(const Steps& steps, std::size_t at, const Steps& wrong) {
+  const auto here = steps.begin() + static_cast<std::ptrdiff_t>(at);
+  return Steps(steps.begin(), here) + wrong + Steps(here, steps.end());
+}
+
 // From the handshake to the reset, in a loader that is running.
-Steps Ymodem(const std::string& data, Steps blocks) {
-  return Steps{kStart, Header("C:\\logo.bmp", std::to_string(data.size()))} + blocks +
-         Steps{kEndOfFile, kClosing, kEndOfSession, kReset};
+Steps Ymodem(const std::string& data) {
+  Steps steps = {kStart, Header("C:\\logo.bmp", std::to_string(data.size()))};
+  for (std::size_t index = 0; index * 1024 < data.size(); ++index) {
+    steps.push_back({Data(index, data.substr(index * 1024, 1024), 'x'), "06"});
+  }
+  return steps + Steps{kEndOfFile, kClosing, kEndOfSession, kReset};
 }
 
 constexpr PrinterMode kPrinter = PrinterMode::kOrdinary;
@@ -119,133 +128,82 @@ struct Scenario {
   std::vector<std::string> faults = {};
 };
 
+PrinterSetup SetupOf(const Scenario& scenario) {
+  PrinterSetup setup;
+  setup.downloads.mode = scenario.mode;
+  for (const std::string& fault : scenario.faults) {
+    setup.downloads.faults.push_back(*ParseDownloadFault(fault));
+  }
+  return setup;
+}
+
 // A printer and a host that does what a scenario says, its bytes cut into pieces.
 class Site {
  public:
-  explicit Site(const Scenario& scenario, std::size_t piece = 1 << 20)
-      : model_(SetupOf(scenario)), piece_(piece), steps_(scenario.steps) {
-    model_.Connect(1);
-  }
+  explicit Site(const Scenario& scenario) : shop_(SetupOf(scenario)) {}
 
-  void Run() {
-    for (const Step& step : steps_) {
-      EXPECT_EQ(Send(step.sent), step.answer) << "step " << &step - steps_.data();
+  // Gives the answer, which may come a while later.
+  std::string Send(const std::string& bytes, std::size_t piece) {
+    std::string answer;
+    dropped_ = bytes == kReconnect;
+    for (std::size_t offset = 0; offset < bytes.size() && !dropped_; offset += piece) {
+      Note(shop_.SendRaw(1, bytes.substr(offset, piece)), answer);
     }
+    while (const auto deadline = shop_.model.NextDeadline()) {
+      shop_.now = *deadline;
+      Note(shop_.model.Advance(shop_.now), answer);
+    }
+    if (dropped_) {
+      shop_.Leave(1);
+      shop_.model.Connect(1);
+    }
+    return answer;
   }
 
   std::vector<std::string> downloads;
 
  private:
-  static PrinterSetup SetupOf(const Scenario& scenario) {
-    PrinterSetup setup;
-    setup.downloads.mode = scenario.mode;
-    for (const std::string& fault : scenario.faults) {
-      setup.downloads.faults.push_back(*ParseDownloadFault(fault));
-    }
-    return setup;
-  }
-
-  std::string Send(const std::string& bytes) {
-    std::string answer;
-    if (bytes == kReconnect) {
-      Reconnect();
-      return answer;
-    }
-    dropped_ = false;
-    for (std::size_t offset = 0; offset < bytes.size() && !dropped_; offset += piece_) {
-      const std::string piece = bytes.substr(offset, piece_);
-      Note(model_.Receive(1, reinterpret_cast<const std::uint8_t*>(piece.data()), piece.size(), now_), answer);
-    }
-    while (const auto deadline = model_.NextDeadline()) {
-      now_ = *deadline;
-      Note(model_.Advance(now_), answer);
-    }
-    return answer;
-  }
-
   void Note(const PrinterModel::Events& events, std::string& answer) {
     for (const WireEvent& event : events) {
       if (event.direction == WireEvent::Direction::kSent) {
         answer += (answer.empty() ? "" : "|") + Hex(event.message.bytes);
       }
     }
-    PrinterOrders orders = model_.TakeOrders();
+    PrinterOrders orders = shop_.model.TakeOrders();
     for (const auto& [connection, download] : orders.completed) {
       downloads.emplace_back(download.data.begin(), download.data.end());
     }
-    if (orders.outage || !orders.dropped.empty()) {
-      Reconnect();
-    }
+    dropped_ = dropped_ || orders.outage || !orders.dropped.empty();
   }
 
-  void Reconnect() {
-    dropped_ = true;
-    model_.Disconnect(1, now_);
-    model_.Connect(1);
-  }
-
-  PrinterModel model_;
-  const std::size_t piece_;
-  const Steps steps_;
-  Time now_;
+  Shop shop_;
   bool dropped_ = false;
 };
 
-const std::string kLong = Content(5000);
 const std::string kEven = Content(4096);
 const std::string kShort = Content(30);
+const std::string kManyBlocks = Content(258 * 1024 - 1);
 const Steps kShortFile = {kFileMode, Acknowledged(0, kShort, 2048), kReset};
 const Steps kShortFont = {kFontMode, Acknowledged(0, kShort, 1000), kEndOfFont, kReset};
-const Steps kShortYmodem = Ymodem(kShort, {{Data(0, kShort), "06"}});
-const Steps kTwoBlocks =
-    Ymodem(Content(2000), {{Data(0, Content(1024)), "06"}, {Data(1, Content(2000).substr(1024), 'x'), "06"}});
+const Steps kShortYmodem = Ymodem(kShort);
 const Steps kTwoSegments = {
     kDfu, {SegmentHeader(3), "00"}, {"abc", "00"}, {kReconnect, ""}, {SegmentHeader(1), "00"}, {"d", "00"}, kReset};
 const std::string kTwoSegmentImage = SegmentHeader(3) + "abc" + SegmentHeader(1) + "d";
 
+// Beside those that the library makes, which whole conversations show.
 const Scenario kGoodDownloads[] = {
-    {"file behind print data",
+    {"file of whole packages behind print data",
      {{"Total 9.99\n\x12\x46", "4F4B"},
-      Acknowledged(0, kLong.substr(0, 2048), 2048),
-      Acknowledged(1, kLong.substr(2048, 2048), 2048),
-      Acknowledged(2, kLong.substr(4096), 2048),
+      Acknowledged(0, kEven.substr(0, 2048), 2048),
+      Acknowledged(1, kEven.substr(2048), 2048),
       kReset},
-     {kLong}},
-    {"file of whole packages",
-     {kFileMode, Acknowledged(0, kEven.substr(0, 2048), 2048), Acknowledged(1, kEven.substr(2048), 2048), kReset},
      {kEven}},
-    {"font with the last package's filler",
-     {kFontMode, Acknowledged(0, kShort.substr(0, 16), 16), Acknowledged(1, kShort.substr(16), 16, 'x'), kEndOfFont,
-      kReset},
-     {kShort}},
-    {"font of one short package", kShortFont, {kShort}},
     {"font of one full package", {kFontMode, Acknowledged(0, kShort, 30), kEndOfFont, kReset}, {kShort}},
-    {"font in the largest packages",
-     {kFontMode, Acknowledged(0, Content(65535), 65535), kEndOfFont, kReset},
-     {Content(65535)}},
-    {"ymodem", Steps{kLoaderMode} + kTwoBlocks, {Content(2000)}},
-    {"ymodem with a block beyond the size",
-     Ymodem(Content(1024), {{Data(0, Content(1024)), "06"}, {Data(1, "more"), "06"}}),
-     {Content(1024)},
-     kYmodem},
+    {"ymodem blocks whose numbers wrap", Steps{kLoaderMode} + Ymodem(kManyBlocks), {kManyBlocks}},
     {"firmware, with an empty body in it",
-     {kDfu,
-      {SegmentHeader(3000), "00"},
-      {Content(3000), "00"},
-      {kReconnect, ""},
-      {SegmentHeader(0), "00|00"},
-      {kReconnect, ""},
-      {SegmentHeader(5), "00"},
-      {"abcde", "00"},
-      kReset},
-     {SegmentHeader(3000) + Content(3000) + SegmentHeader(0) + SegmentHeader(5) + "abcde"}},
+     Before(kTwoSegments, 3, {{kReconnect, ""}, {SegmentHeader(0), "00|00"}}),
+     {SegmentHeader(3) + "abc" + SegmentHeader(0) + SegmentHeader(1) + "d"}},
 };
-
-// The steps with others before one of them: what goes wrong first.
-Steps Before(const Steps& steps, std::size_t at, const Steps& wrong) {
-  const auto here = steps.begin() + static_cast<std::ptrdiff_t>(at);
-  return Steps(steps.begin(), here) + wrong + Steps(here, steps.end());
-}
 
 std::string Corrupted(std::string bytes, std::size_t at) {
   bytes.at(at) = static_cast<char>(bytes[at] ^ 1);
@@ -282,12 +240,8 @@ const Scenario kHostErrors[] = {
     WrongPackage("more bytes than fit", Overfull()),
     WrongPackage("packages out of order", Package(1, kShort, 2048), Acknowledgement(1, 1)),
     WrongPackage("package repeated", kPackage.sent, kPackage.answer),
-    {"first font package corrupted",
-     Before(kShortFont, 1, {{Corrupted(kFontPackage.sent, 20), kRefusedPackage}}),
-     {kShort}},
     {"font without an end", {kFontMode, kFontPackage, kReset}},
     {"another command gives a file up", Before(kShortFile, 2, {{kOff, ""}})},
-    {"file begun again", Before(kShortFile, 2, {kFileMode, kPackage}), {kShort}},
     {"connection lost in a file", Before(kShortFile, 2, {{kReconnect, ""}})},
     WrongBlock("wrong CRC", 2, Corrupted(kBlock.sent, 500)),
     WrongBlock("CRC high byte first", 2, kBlock.sent.substr(0, 1027) + kBlock.sent[1028] + kBlock.sent[1027]),
@@ -296,12 +250,11 @@ const Scenario kHostErrors[] = {
     WrongBlock("end before the data", 2, "\x04"),
     WrongBlock("header without a size", 1, Header("a", "").sent),
     WrongBlock("absurd size", 1, Header("a", "99999999999").sent),
-    {"block repeated", Before(kTwoBlocks, 3, {kTwoBlocks[2]}), {Content(2000)}, kYmodem},
-    {"noise in the loader", Before(kShortYmodem, 0, {{"\x1D\x75\x55\xAA\x12\x46", ""}}), {kShort}, kYmodem},
-    {"connection lost in a ymodem file",
-     Steps{kStart, kHeader, kBlock, {kReconnect, ""}} + kShortYmodem,
+    {"block repeated, and one beyond the size",
+     Before(kShortYmodem, 3, {kBlock, {Data(1, "more"), "06"}}),
      {kShort},
      kYmodem},
+    {"noise in the loader", Before(kShortYmodem, 0, {{"\x1D\x75\x55\xAA\x12\x46", ""}}), {kShort}, kYmodem},
     {"connection lost in a firmware body", {kDfu, {SegmentHeader(3), "00"}, {"ab", ""}, {kReconnect, ""}, kReset}},
     {"firmware begun again in the loader",
      Steps{{SegmentHeader(1), "00"}, {"x", "00"}, {kReconnect, ""}} + kTwoSegments,
@@ -320,14 +273,11 @@ const Scenario kFaults[] = {
     Faulty("refused twice", {"refuse@0x2"},
            Before(kShortFile, 1, {Answered(kPackage, kRefusedPackage), Answered(kPackage, kRefusedPackage)}), {kShort}),
     Faulty("wrong echo", {"wrong-echo@0"}, Before(kShortFile, 1, {Answered(kPackage, Acknowledgement(1))}), {kShort}),
-    Faulty("bad checksum", {"bad-checksum@0"}, Before(kShortFile, 1, {Answered(kPackage, "DDCCBBAA0000000000000F03")}),
-           {kShort}),
     Faulty("silence, then a split answer", {"silence@0", "split@0"},
            Before(kShortFont, 1, {Answered(kFontPackage, ""), Answered(kFontPackage, "DDCCBBAA0000|000000000E03")}),
            {kShort}),
     Faulty("dropped", {"drop@0"}, {kFileMode, Answered(kPackage, ""), kReset}),
     Faulty("file mode refused", {"refuse@mode"}, Before(kShortFile, 0, {Answered(kFileMode, "4E4F")}), {kShort}),
-    Faulty("mode answer in pieces", {"split@mode"}, {Answered(kFontMode, "4F|4B")}),
     Faulty("loader refused", {"refuse@mode"}, Steps{kLoaderMode} + kShortFile, {kShort}),
     Faulty("dropped without a loader", {"drop@mode"}, Steps{kDfu} + kShortFile, {kShort}),
     {"each step of a ymodem session refused",
@@ -344,7 +294,6 @@ const Scenario kFaults[] = {
      {"silence@handshake", "split@header", "silence@0", "silence@end", "silence@closing"}},
     Faulty("firmware header refused", {"refuse@2"}, Before(kTwoSegments, 4, {Answered(kTwoSegments[4], "01")}),
            {kTwoSegmentImage}),
-    Faulty("firmware body refused", {"refuse@1"}, {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], "01"), kReset}),
     Faulty("firmware body unanswered", {"silence@1"}, {kDfu, kTwoSegments[1], Answered(kTwoSegments[2], ""), kReset},
            {SegmentHeader(3) + "abc"}),
 };
@@ -352,10 +301,12 @@ const Scenario kFaults[] = {
 template <std::size_t kCount>
 void RunAll(const Scenario (&scenarios)[kCount]) {
   for (const Scenario& scenario : scenarios) {
-    for (const std::size_t piece : {std::size_t{1} << 20, std::size_t{1000}, std::size_t{1}}) {
+    for (const std::size_t piece : {std::size_t{1} << 20, std::size_t{1}}) {
       SCOPED_TRACE(scenario.name + ", in pieces of " + std::to_string(piece));
-      Site site(scenario, piece);
-      site.Run();
+      Site site(scenario);
+      for (const Step& step : scenario.steps) {
+        EXPECT_EQ(site.Send(step.sent, piece), step.answer) << "step " << &step - scenario.steps.data();
+      }
       EXPECT_TRUE(site.downloads == scenario.downloads) << site.downloads.size() << " downloads";
     }
   }
@@ -364,17 +315,6 @@ void RunAll(const Scenario (&scenarios)[kCount]) {
 TEST(Downloads, ArriveAsTheyWereSent) { RunAll(kGoodDownloads); }
 TEST(Downloads, SurviveWhatHostsAndLinesDoWrong) { RunAll(kHostErrors); }
 TEST(Downloads, GoWrongOnRequest) { RunAll(kFaults); }
-
-TEST(Downloads, YmodemBlockNumbersWrap) {
-  const std::string data = Content(258 * 1024 - 1);
-  Steps blocks;
-  for (std::size_t i = 0; i < 258; ++i) {
-    blocks.push_back({Data(i, data.substr(i * 1024, 1024)), "06"});
-  }
-  Site site({"", Ymodem(data, blocks), {}, kYmodem});
-  site.Run();
-  EXPECT_TRUE(site.downloads == std::vector<std::string>{data});
-}
 
 TEST(Downloads, EndInARestart) {
   PrinterSetup setup;
@@ -416,8 +356,6 @@ TEST(DownloadName, NeverLeadsOutOfTheFolder) {
       {DownloadKind::kFile, "ignored", 3, "file-3.bin"},
       {DownloadKind::kYmodem, "C:\\data\\logo.bmp", 1, "ymodem-logo.bmp.bin"},
       {DownloadKind::kYmodem, "../../etc/passwd", 2, "ymodem-passwd-2.bin"},
-      {DownloadKind::kYmodem, "..", 1, "ymodem-...bin"},
-      {DownloadKind::kYmodem, "a/b\\", 1, "ymodem-.bin"},
       {DownloadKind::kYmodem, "a b\n\xE4*", 1, "ymodem-a_b___.bin"},
       {DownloadKind::kYmodem, "C:nul", 1, "ymodem-nul.bin"},
   };
