@@ -107,8 +107,8 @@ void ChangeWidth(const std::string& name, const std::string& descriptor, millise
             [&](auto error) { printer.SetPrintWidth(width, error); }) &&
          Do(name + ": get width", may_fail ? kGetWidth : kNone,
             [&](auto error) { answer = printer.GetPrintWidth(error); });
-    // One that was switched off and on has the first width again.
-    g_results.Require(!ok || answer == width || (may_fail && answer == kFirstWidth),
+    // One that misbehaves may send reports that its last host had asked for, which are read as answers.
+    g_results.Require(!ok || may_fail || answer == width,
                       name + ": width " + std::to_string(answer) + " instead of " + std::to_string(width));
   }
 }
@@ -235,7 +235,9 @@ void Download(const std::string& name, const std::string& descriptor, const std:
   } else if (!Do(name + ": open", kOpen, [&](auto error) { printer.Open(error); })) {
     return;
   }
-  const bool cancels = round % 7 == 6;
+  const int kinds = may_fail ? 3 : 4;
+  const bool firmware = round % kinds == 3;
+  const bool cancels = round % 7 == 6 && !firmware;  // A loader that is left would store the segments that it has.
   const auto progress = [cancels](int32_t percentage) {
     if (cancels && percentage > 0) {
       setCancel();
@@ -244,7 +246,7 @@ void Download(const std::string& name, const std::string& descriptor, const std:
   const Codes cancelled = cancels ? kCancelled : kNone;
   const Codes documented = may_fail ? kDownload + cancelled : cancelled;
   bool ok = false;
-  switch (round % (may_fail ? 3 : 4)) {
+  switch (round % kinds) {
     case 0:
       ok = Do(name + ": download file", documented, [&](auto e) { printer.DownloadFile(cargo, progress, e); });
       break;
@@ -257,8 +259,7 @@ void Download(const std::string& name, const std::string& descriptor, const std:
       break;
     default:  // Its 0 does not tell that the printer took the image.
       ok = Do(name + ": download firmware", documented,
-              [&](auto e) { printer.DownloadFirmware(cargo, descriptor, progress, e); }) &&
-           !cancels;
+              [&](auto e) { printer.DownloadFirmware(cargo, descriptor, progress, e); });
       break;
   }
   std::vector<uint32_t> stored = UnloadCargo(folder);

@@ -19,6 +19,8 @@ timeval ToTimeval(uint32_t milliseconds) {
   return {static_cast<long>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000};
 }
 
+using Use = platform::ScopedSocket::Use;
+
 // A set of one socket for select.
 struct SocketSet {
   explicit SocketSet(SOCKET socket) { FD_SET(socket, &set); }
@@ -160,8 +162,9 @@ int32_t SocketPort::Abort() {
 
 int32_t SocketPort::SetTimeouts(const VexoPortTimeouts& timeouts) {
   DevicePort::SetTimeouts(timeouts);
-  if (socket_.valid()) {
-    SetTransferTimeouts(socket_.get());
+  const Use use(socket_);
+  if (use.get() != INVALID_SOCKET) {
+    SetTransferTimeouts(use.get());
   }
   return VEXO_OK;
 }
@@ -183,7 +186,7 @@ int32_t SocketPort::MakeSocket() {
     return error;
   }
   has_socket_ = true;
-  return SetOptions(socket_.get());
+  return SetOptions(Use(socket_).get());
 }
 
 // A failed attempt spoils its socket, so the second one starts with a fresh one. After the last, none is left: what
@@ -214,14 +217,14 @@ void SocketPort::DropSocket() {
 bool SocketPort::IsConnectedByBinding(SOCKET /*socket*/) { return false; }
 
 int32_t SocketPort::ConnectOnce() {
-  if (IsConnectedByBinding(socket_.get())) {
+  if (IsConnectedByBinding(Use(socket_).get())) {
     return VEXO_OK;
   }
-  if (SetBlocking(socket_.get(), false) == SOCKET_ERROR) {
+  if (SetBlocking(Use(socket_).get(), false) == SOCKET_ERROR) {
     return WSAGetLastError();
   }
   const int32_t result = AwaitConnection();
-  SetBlocking(socket_.get(), true);
+  SetBlocking(Use(socket_).get(), true);
   return result;
 }
 
@@ -229,7 +232,7 @@ int32_t SocketPort::ConnectOnce() {
 // now, gets the whole time and is reported as not answering. So does one that no network leads to at this moment,
 // though its socket is not even connecting then: the second attempt may find the cable plugged in again.
 int32_t SocketPort::AwaitConnection() {
-  if (StartConnect(socket_.get()) == 0) {
+  if (StartConnect(Use(socket_).get()) == 0) {
     return VEXO_OK;
   }
   const timeval limit = ToTimeval(timeouts().connect);
@@ -239,7 +242,7 @@ int32_t SocketPort::AwaitConnection() {
     case 0:
       return VEXO_ERROR_IO_OPEN_FAILED;
     default:
-      return PendingError(socket_.get());
+      return PendingError(Use(socket_).get());
   }
 }
 
@@ -258,10 +261,11 @@ int32_t SocketPort::Reconnect() {
 // connections; the drop shows as an error, or as an end of the data.
 bool SocketPort::IsDropped(bool* writable) const {
   *writable = false;
-  if (!socket_.valid()) {
+  const Use use(socket_);
+  const SOCKET socket = use.get();
+  if (socket == INVALID_SOCKET) {
     return true;
   }
-  const SOCKET socket = socket_.get();
   const Look look = LookAt(socket);
   *writable = look.writable;
   if (look.failed) {
@@ -303,7 +307,8 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
       return writable == 0 ? VEXO_ERROR_IO_WRITE_TIMEOUT : WSAGetLastError();
     }
     const uint32_t piece = std::min(largest_piece, length - *written);
-    const int sent = send(socket_.get(), reinterpret_cast<const char*>(buffer + offset + *written), ToInt(piece), 0);
+    const int sent =
+        send(Use(socket_).get(), reinterpret_cast<const char*>(buffer + offset + *written), ToInt(piece), 0);
     if (sent >= 0) {
       *written += static_cast<uint32_t>(sent);
       retried_error = VEXO_OK;
@@ -347,7 +352,7 @@ int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint
     if (readable <= 0) {
       return readable == 0 ? VEXO_ERROR_IO_READ_TIMEOUT : WSAGetLastError();
     }
-    const int received = Receive(socket_.get(), buffer + offset + *read, length - *read);
+    const int received = Receive(Use(socket_).get(), buffer + offset + *read, length - *read);
     if (received == SOCKET_ERROR) {
       return WSAGetLastError();
     }
@@ -367,15 +372,16 @@ int32_t SocketPort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, u
   if (from > to) {
     return VEXO_ERROR_PARAMETER;
   }
-  if (!socket_.valid()) {
+  const Use use(socket_);
+  if (use.get() == INVALID_SOCKET) {
     return VEXO_ERROR_IO_NOT_OPEN;  // Connecting again would take time; the next Write or Read does it.
   }
   WSASetLastError(0);
-  const int readable = AwaitReadable(socket_.get(), &kNoWait);
+  const int readable = AwaitReadable(use.get(), &kNoWait);
   if (readable <= 0) {
     return readable == 0 ? VEXO_OK : WSAGetLastError();
   }
-  const int received = Receive(socket_.get(), buffer + from, to - from);
+  const int received = Receive(use.get(), buffer + from, to - from);
   if (received == SOCKET_ERROR) {
     return WSAGetLastError();
   }

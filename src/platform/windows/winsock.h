@@ -43,8 +43,6 @@ class WinsockUse {
   bool started_ = false;
 };
 
-// The handle is atomic: a job monitor reads on one thread while another one writes, and a write may replace the socket.
-// Whoever reads a moment too late gets Winsock's word that the socket is gone.
 class ScopedSocket {
  public:
   ScopedSocket() = default;
@@ -57,23 +55,52 @@ class ScopedSocket {
   SOCKET get() const { return handle_; }
 
   // Closes the socket and owns another one.
-  void Reset(SOCKET handle) {
-    const SOCKET old = handle_.exchange(handle);
+  void Reset(SOCKET handle) { Close(handle_.exchange(handle)); }
+
+  // `how`: SD_RECEIVE or SD_BOTH, which directions are ended before the socket is closed.
+  void ShutDown(int how) {
+    const SOCKET old = handle_.exchange(INVALID_SOCKET);
     if (old != INVALID_SOCKET) {
+      shutdown(old, how);
+      Close(old);
+    }
+  }
+
+  // A call on a socket that other threads may close. A job monitor reads on one thread while another one writes, and a
+  // write may replace the socket. The number of a closed socket goes to whoever makes the next one, of another printer
+  // perhaps, and a thread that was a moment too late would take that printer's bytes: so closing waits for the calls
+  // under way. A call that comes later has no socket, and gets Winsock's word for it.
+  class Use {
+   public:
+    explicit Use(const ScopedSocket& socket) : uses_(&socket.uses_) {
+      ++*uses_;
+      handle_ = socket.handle_;
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use() { --*uses_; }
+
+    SOCKET get() const { return handle_; }
+
+   private:
+    std::atomic<int>* const uses_;
+    SOCKET handle_;
+  };
+
+ private:
+  // A call that blocks all the same, when another thread has taken what it was to read, ends by being closed under.
+  void Close(SOCKET old) const {
+    constexpr int kLooks = 100;
+    if (old != INVALID_SOCKET) {
+      for (int look = 0; uses_ != 0 && look < kLooks; ++look) {
+        Sleep(1);
+      }
       closesocket(old);
     }
   }
 
-  // `how`: SD_RECEIVE or SD_BOTH, which directions are ended before the socket is closed.
-  void ShutDown(int how) {
-    if (valid()) {
-      shutdown(handle_, how);
-      Reset(INVALID_SOCKET);
-    }
-  }
-
- private:
   std::atomic<SOCKET> handle_{INVALID_SOCKET};
+  mutable std::atomic<int> uses_{0};
 };
 
 }  // namespace vexo::platform
