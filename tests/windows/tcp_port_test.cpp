@@ -3,12 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstring>
 #include <future>
+#include <memory>
 #include <string>
 
 #include "port/tcp_port.h"
+#include "support/threads.h"
 #include "windows/driver_port_test.h"
 
 namespace vexo::test {
@@ -267,6 +270,37 @@ TEST_F(TcpPortTest, PrinterThatTakesNothingMoreEndsTheWrite) {
   EXPECT_EQ(result, VEXO_ERROR_IO_WRITE_TIMEOUT);
   EXPECT_GT(written, 0U);
   EXPECT_LT(written, kLarge);
+}
+
+// The system gives the number of a closed socket to whoever makes the next one.
+TEST_F(TcpPortTest, ThreadThatIsLateTakesNoBytesOfAnotherPort) {
+  Configure(printer_, kPatient);
+  LoopbackPrinter other_printer;
+  VexoPort* const other = MakePort(VEXO_PORT_NET, std::make_unique<TcpPort>());
+  ASSERT_EQ(other->Configure(other, other_printer.uri().c_str()), VEXO_OK);
+  ASSERT_EQ(other->SetTimeouts(other, kPatient), VEXO_OK);
+  std::atomic<bool> done{false};
+  RunOnThreads(4, [&](int thread) {
+    if (thread == 0) {
+      for (int round = 0; round < 200; ++round) {
+        EXPECT_EQ(port_->Open(port_), VEXO_OK);
+        printer_.Accept();
+        port_->Close(port_);
+      }
+      done = true;
+    }
+    while (thread > 1 && !done) {
+      ReadAvailable(port_, 64);
+    }
+    while (thread == 1 && !done) {
+      ASSERT_EQ(other->Open(other), VEXO_OK);
+      Connection connection = other_printer.Accept();
+      connection.Send("answer");
+      ASSERT_EQ(Read(other, 6), Reading(VEXO_OK, 6, "answer"));
+      other->Close(other);
+    }
+  });
+  EXPECT_EQ(ClosePort(other), VEXO_OK);
 }
 
 TEST_F(TcpPortTest, AbortStopsTransfersBetweenPieces) {
