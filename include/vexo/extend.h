@@ -106,8 +106,9 @@ VEXO_API int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descr
  *
  * @param handle printer handle with an open port.
  * @param width  width in dots; only the low 16 bits travel.
- * @return 0 stored; -6, -309 bad or closed handle at any step; -331 the printer did not confirm the storing with
- *         exactly one zero byte; any other code: a write failed, unchanged from the port (-322, positive, ...).
+ * @return 0 stored; -6, -309 bad or closed handle when a command is to be sent; -331 the printer did not confirm the
+ *         storing with exactly one zero byte; any other code: a write failed, unchanged from the port (-322, positive,
+ *         ...).
  * @throws std::bad_alloc (a C++ exception) when there is no memory for a command; nothing has been sent then, or
  *         only the setkey command.
  */
@@ -120,8 +121,9 @@ VEXO_API int32_t SetPrintWidth(VexoPrinterHandle* handle, uint32_t width);
  * @param width  receives the width in dots (0..65535) when the printer answered with two bytes; untouched otherwise.
  *               Must not be null.
  * @return 0; -6, -309 bad or closed handle; any other code: the write or the read failed, unchanged from the port
- *         (-332 no answer, ...). A read that ended without error but brought fewer than 2 bytes (an aborted port,
- *         a printer that reconnected) gives 0 with *width untouched: set it to an impossible value before the call.
+ *         (-332 no answer, ...). A read that ended without error but did not bring exactly 2 bytes (an aborted port,
+ *         a printer that reconnected, a longer packet on USB) gives 0 with *width untouched: set it to an impossible
+ *         value before the call.
  * @throws std::bad_alloc (a C++ exception) when there is no memory for the command; nothing has been sent then.
  */
 VEXO_API int32_t GetPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
