@@ -139,13 +139,21 @@ VEXO_API int32_t GetPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
  *   OpenReprintMonitorWork(monitor); SetPrintTaskId(monitor, 7); ... print ... ; CloseReprintMonitorWork(monitor);
  *   DestroyReprintMonitorObj(monitor);
  *
- * The functions may be called from any thread, also from a callback (but for DestroyReprintMonitorObj). A null argument
- * gives -7002. Failures are stored for GetLastErrorCode unless said otherwise; success leaves the stored value alone. A
- * pointer that is no monitor object, or one that is destroyed already, cannot be detected. -9 is returned when memory
- * runs out, and -300 when a port object of the host's own throws an exception.
+ * The functions may be called from any thread, also from a callback (but for DestroyReprintMonitorObj), but none of
+ * them from a DllMain. A null argument gives -7002. Failures are stored for GetLastErrorCode unless said otherwise;
+ * success leaves the stored value alone. A pointer that is no monitor object, or one that is destroyed already, cannot
+ * be detected. -9 is returned when memory runs out. When a port object of the host's own throws an exception, reading
+ * gives -300, and writing the result of what the monitor did last, which may be 0.
  *
- * The functions that ask the printer look for the answer two or three times, and job events that arrive instead of it
- * count: on a busy printer -7003 may only mean that it is to be asked again.
+ * Destroy all monitors before the library is unloaded: the thread of one that is left would run on in code that is
+ * gone. At the end of the process nothing needs to be done.
+ *
+ * A printer that goes away is not reported: events stop, and commands may fail. On a network the next command connects
+ * again; a printer that was switched off has forgotten that monitoring was on: call OpenReprintMonitorWork again.
+ *
+ * The functions that ask the printer wait for the answer once (QueryReprintMonitorWork, GetDeviceStatus) or twice
+ * (SetClearPrintTask, ResetPrinterInteriorId). Whatever arrives ends a wait, also job events: on a busy printer -7003
+ * may only mean that it is to be asked again.
  *
  * Waiting times count looks at the printer, 20 ms apart: a look takes no time on TCP and up to 100 ms on a port to a
  * device file, so the default read timeout of 1000 ms lasts about 1 s on TCP and up to 6 s on USB.
@@ -159,9 +167,11 @@ typedef struct CVEXOPrinterReadHelper CVEXOPrinterReadHelper;
  * start).
  *
  * Runs on whichever thread received the report: mostly the monitor's reader thread, sometimes a thread of the host that
- * waits for a reply inside a job monitor function. Other threads' calls on the same monitor wait meanwhile. The
- * callback may call the job monitor functions, and add and remove callbacks, but must not destroy the monitor. A C++
- * exception that it throws is dropped.
+ * waits for a reply inside a job monitor function. Other threads' calls on the same monitor wait meanwhile: a callback
+ * must not wait for a thread that makes one, nor take a lock that such a thread holds. The callback may call the job
+ * monitor functions, and add and remove callbacks, but must not destroy the monitor. A function that waits for a reply
+ * may receive further reports, so callbacks run once more inside the one that called it. A C++ exception that a
+ * callback throws is dropped.
  */
 typedef void (*MonitorCallback)(int32_t event, int32_t taskId, uint32_t value);
 
@@ -173,15 +183,16 @@ typedef void (*MonitorCallback)(int32_t event, int32_t taskId, uint32_t value);
 VEXO_API CVEXOPrinterReadHelper* GetReprintMonitorObj(void);
 
 /**
- * Removes all callbacks, ends the reader thread, waits for it and frees the object. The wait lasts for the rest of the
- * thread's pause, at most 100 ms, and for the look at the printer under way (in family 0, when a job has just ended,
- * that is up to the read timeout). The printer is not told: close the work first. No other thread may use the object
- * any more.
+ * Removes all callbacks, ends the reader thread, waits for it and frees the object. The wait lasts for callbacks that
+ * are running, for the rest of the thread's pause, at most 100 ms, and for the look at the printer under way (in family
+ * 0, when a job has just ended, that is up to the read timeout). The printer is not told: close the work first. No
+ * other thread may use the object any more.
  *
  * @param monitor the monitor object, or NULL.
  * @return 0; -7002 null.
  * @throws std::system_error (a C++ exception, "resource deadlock would occur") on the reader thread itself, that is
- *         inside a callback; the thread ends, but the object is not freed.
+ *         inside a callback; the callbacks are removed and the thread ends, but the object is to be destroyed by
+ *         another thread all the same. (A callback that runs on another thread is not found out.)
  */
 VEXO_API int32_t DestroyReprintMonitorObj(CVEXOPrinterReadHelper* monitor);
 
@@ -191,13 +202,15 @@ VEXO_API int32_t DestroyReprintMonitorObj(CVEXOPrinterReadHelper* monitor);
  *
  * @param monitor the monitor object.
  * @param handle  printer handle with an open port, owned by the caller.
- * @return 0; -7002 null; -6 no printer handle, -309 port not open: the monitor then has no printer.
+ * @return 0; -7002 null, which changes nothing; -6 no printer handle, -309 port not open: the monitor then has no
+ *         printer.
  */
 VEXO_API int32_t RegisterPrinter(CVEXOPrinterReadHelper* monitor, VexoPrinterHandle* handle);
 
 /**
  * Chooses the protocol family, before OpenReprintMonitorWork: 1 (at the start) for V1 commands and "report" frames, 0
- * for GS ( H commands and replies that begin with 0x37.
+ * for GS ( H commands and replies that begin with 0x37. In family 0 the monitor itself asks the printer for its status
+ * at the end of each job: a question that comes amid the data of the next one, if that is being sent already.
  *
  * @param monitor the monitor object.
  * @param type    0 or 1.
@@ -225,7 +238,8 @@ VEXO_API int32_t SetDelayTime(CVEXOPrinterReadHelper* monitor, int64_t milliseco
 VEXO_API int32_t SetReadTimeOut(CVEXOPrinterReadHelper* monitor, int64_t milliseconds);
 
 /**
- * Sets the pause of the reader thread between two looks at the printer; 100 ms at the start.
+ * Sets the pause of the reader thread between two looks at the printer; 100 ms at the start. A pause that has begun
+ * lasts as it was set.
  *
  * @param monitor      the monitor object.
  * @param milliseconds the pause. Only the low 32 bits count, unsigned. 0 keeps the thread busy.
@@ -257,8 +271,9 @@ VEXO_API int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor);
  * @param monitor      the monitor object.
  * @param buffer       receives "on" or "off" without a terminating zero: pass a zeroed buffer of at least 4 bytes.
  * @param bufferLength its size in bytes.
- * @return 0; -7002 null or bufferLength 0; -7003 no answer (waits for up to 400 ms); -7007 the answer, or the word, is
- *         longer than the buffer, nothing is written then; codes of sending as in OpenReprintMonitorWork.
+ * @return 0; -7002 null or bufferLength 0; -7003 no answer within 200 ms, known after up to 400 ms; -7007 the answer,
+ *         or the word, is longer than the buffer, nothing is written then; codes of sending as in
+ *         OpenReprintMonitorWork.
  */
 VEXO_API int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t bufferLength);
 
@@ -286,7 +301,8 @@ VEXO_API int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* stat
 VEXO_API int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId);
 
 /**
- * Makes the printer drop its pending tasks, and waits for the answer: up to three times the read timeout.
+ * Makes the printer drop its pending tasks, and waits for the answer: up to twice the read timeout, and once more
+ * before it gives up.
  *
  * @param monitor the monitor object.
  * @return 0; -7002 null; -7003 no answer; -7101 monitoring is off (not stored); codes of sending as in
@@ -315,7 +331,7 @@ VEXO_API int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor);
  * Makes the printer number its tasks anew.
  *
  * @param monitor the monitor object.
- * @param mode    1: waits for the answer, up to three times the read timeout. 0: does not wait and always gives -7003.
+ * @param mode    1: waits for the answer as SetClearPrintTask. 0: does not wait and always gives -7003.
  * @return 0 (mode 1 only); -7002 null or mode above 1; -7003 no answer; -7101 monitoring is off (not stored); in mode 1
  *         codes of sending as in OpenReprintMonitorWork.
  */
@@ -334,9 +350,9 @@ VEXO_API int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_
  * @param textLength size of text in bytes.
  * @param length     receives the length of the texts in bytes.
  * @return 0 something arrived, possibly without any text; -6 null handle; -7002 null text or length; -2 text is too
- *         small; -1 a text ends within a percent escape; nothing arrived: the result of the last read (-6 no printer
- *         handle, -309 port not open, -332 silence, ..., possibly 0). text and *length are written only when something
- *         arrived and the result is 0.
+ *         small, -1 a text ends within a percent escape: what arrived is lost then; nothing arrived: the result of
+ *         the last read (-6 no printer handle, -309 port not open, -332 silence, ..., possibly 0). text and *length are
+ *         written only when something arrived and the result is 0.
  */
 VEXO_API int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeMs, char* text, uint32_t textLength,
                                         uint32_t* length);
