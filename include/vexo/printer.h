@@ -93,8 +93,9 @@ typedef struct VexoPort VexoPort;
  *
  * Every operation takes the port object itself first and returns 0, a negative code of error.h or a positive code of
  * the operating system. A null object or one whose magic is not 120 gives -6; an object whose driver is gone, -308.
- * A port object is used by one thread at a time; only Abort may come from any thread. What is said of TCP ports below
- * holds for Bluetooth ports, too.
+ * A port object is used by one thread at a time, but Abort may come from any thread, and a Write while another thread
+ * is in ReadAvailable: so a host prints while its job monitor listens. What is said of TCP ports below holds for
+ * Bluetooth ports, too.
  *
  * Write, Read, ReadAvailable and Control set their count to 0 first and report it also on failure; the count pointer
  * may be null. A null buffer with a length above 0 gives -1.
