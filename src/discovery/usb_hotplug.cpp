@@ -48,7 +48,9 @@ class HotplugMonitor {
   void Stop() {
     if (IsOwnThread()) {
       RequestStop();
-      throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+      // In these words: those of the code itself differ from one C++ library to the next.
+      throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
+                              "resource deadlock would occur");
     }
     const std::lock_guard<std::mutex> guard(lock_);
     RequestStop();

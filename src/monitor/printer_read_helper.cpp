@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "platform/clock.h"
@@ -43,6 +44,11 @@ void CVEXOPrinterReadHelper::StartReader() {
 void CVEXOPrinterReadHelper::StopReader() {
   callbacks_.RemoveAll();
   flags_ = Flags{/*stop_requested=*/true, /*work_open=*/false};
+  if (reader_.get_id() == std::this_thread::get_id()) {
+    // In these words: what a join itself would say differs from one C++ library to the next.
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
+                            "resource deadlock would occur");
+  }
   if (reader_.joinable()) {
     reader_.join();
   }

@@ -3,11 +3,15 @@
 
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <future>
 #include <memory>
 #include <mutex>
+#include <string>
+#include <system_error>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "support/report_frames.h"
 #include "support/threads.h"
@@ -152,8 +156,9 @@ CVEXOPrinterReadHelper* g_monitor = nullptr;
 void DestroyMonitor(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
   try {
     DestroyReprintMonitorObj(g_monitor);
-  } catch (...) {
-    WriteDown(0, 0, 0);
+  } catch (const std::system_error& deadlock) {
+    const std::lock_guard<std::mutex> guard(g_mutex);
+    g_events.emplace_back(deadlock.code().value() == EDEADLK ? deadlock.what() : "?");
     throw;
   }
 }
@@ -166,7 +171,9 @@ TEST_F(MonitorExports, ReaderThatDestroysItsMonitorIsTold) {
   ASSERT_EQ(AddReprintMonitorFun(host.monitor(), DestroyMonitor, &id), VEXO_OK);
   Connection connection = AcceptMonitoring(&printer);
   connection.Send(Started("0001"));
-  EXPECT_EQ(Await(1).size(), 1U);
+  const std::vector<std::string> told = Await(1);
+  ASSERT_EQ(told.size(), 1U);
+  EXPECT_EQ(told.front().find("resource deadlock would occur"), 0U) << told.front();
 }
 
 }  // namespace

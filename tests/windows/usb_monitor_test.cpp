@@ -186,6 +186,7 @@ TEST_F(UsbMonitor, CallbackThatStopsIsToldAndTheThreadEnds) {
     try {
       StopUSBMonitorThread();
     } catch (const std::system_error& deadlock) {
+      EXPECT_EQ(std::string(deadlock.what()).find("resource deadlock would occur"), 0U) << deadlock.what();
       error = deadlock.code().value();
       throw;
     }
