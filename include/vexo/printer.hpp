@@ -173,7 +173,7 @@ class Printer {
     return written;
   }
 
-  /** @return the print width in dots; 0 after a stored error, which is -332 also for an answer that is cut off. */
+  /** @return the print width in dots; 0 after a stored error, which is -332 also for an answer of another length. */
   uint32_t GetPrintWidth(std::error_code* error = nullptr) {
     constexpr uint32_t kNone = UINT32_MAX;
     uint32_t width = kNone;
