@@ -80,22 +80,20 @@ TEST_F(BufferPortTest, RoomIsTheDifferenceOfTheNumbers) {
     uint32_t fourth;
     int32_t code;
   } kRows[] = {{0, 5, 0}, {0, 4, -2}, {3, 8, 0}, {3, 7, -2}, {8, 3, -2}, {0, 0, -2}, {3, 16, 0}};
-  for (const auto reader : {&VexoPort::Read, &VexoPort::ReadAvailable}) {
-    for (const std::string content : {"", "12345"}) {
-      EXPECT_EQ(0, port_->CheckOpen(port_));
-      Write(content);
-      for (const auto& row : kRows) {
-        SCOPED_TRACE(content + " " + std::to_string(row.third) + ", " + std::to_string(row.fourth));
-        std::string buffer(16, '#');
-        uint32_t read = 99;
-        const int32_t code = content.empty() ? 0 : row.code;
-        const std::string got = code == 0 ? content : "";
-        auto* const bytes = reinterpret_cast<uint8_t*>(buffer.data());
-        EXPECT_EQ(code, (port_->*reader)(port_, bytes, row.third, row.fourth, &read));
-        EXPECT_EQ(got.size(), read);
-        EXPECT_EQ(std::string(16, '#').replace(row.third, got.size(), got), buffer);
-      }
+  const auto expect_read = [this](const std::string& text, int32_t code, uint32_t third, uint32_t fourth) {
+    for (const auto reader : {&VexoPort::Read, &VexoPort::ReadAvailable}) {
+      SCOPED_TRACE(text + " " + std::to_string(third) + ", " + std::to_string(fourth));
+      std::string buffer(16, '#');
+      uint32_t read = 99;
+      EXPECT_EQ(code, (port_->*reader)(port_, reinterpret_cast<uint8_t*>(buffer.data()), third, fourth, &read));
+      EXPECT_EQ(text.size(), read);
+      EXPECT_EQ(std::string(16, '#').replace(third, text.size(), text), buffer);
     }
+  };
+  expect_read("", 0, 0, 0);
+  Write("12345");
+  for (const auto& row : kRows) {
+    expect_read(row.code == 0 ? "12345" : "", row.code, row.third, row.fourth);
   }
 }
 

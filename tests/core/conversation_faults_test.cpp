@@ -21,6 +21,7 @@
 #include "support/scripted_drivers.h"
 #include "support/virtual_clock.h"
 #include "vexo/extend.h"
+#include "virtual_printer/download_faults.h"
 
 namespace vexo {
 namespace {
@@ -155,13 +156,41 @@ std::vector<Step> MonitorConversation(int32_t (*select)(Host&)) {
           {"GetPrinterTaskOverInfo", HearTaskOver, {-309, -332, -9, -2, -1, kReset}}};
 }
 
+// A fault that the printer is told to make, and what becomes of the download.
+struct OrderedFault {
+  const char* fault;
+  int32_t result = 0;
+  bool stored = true;
+};
+
 struct Conversation {
   const char* name;
   std::vector<Step> steps;
   bool downloads = false;  // The printer gets the file.
   bool pretends = false;   // A result of 0 does not say whether it did.
   bool insists = false;    // What the printer does not take is offered again, for ever.
+  std::vector<OrderedFault> ordered = {};
 };
+
+const std::vector<OrderedFault> kPackageFaults = {{"refuse@0x3"},
+                                                  {"wrong-echo@0"},
+                                                  {"bad-checksum@0"},
+                                                  {"silence@0"},
+                                                  {"split@0"},
+                                                  {"drop@0", -6009, false},
+                                                  {"refuse@0x4", -6009, false},
+                                                  {"refuse@mode", -6006, false},
+                                                  {"split@mode", -6006, false}};
+const std::vector<OrderedFault> kFirmwareFaults = {{"refuse@0", 0, false},
+                                                   {"silence@0", 0, false},
+                                                   {"refuse@1", 0, false},
+                                                   {"silence@1", 0, false},
+                                                   {"drop@mode", 0, false}};
+const std::vector<OrderedFault> kYModemFaults = {
+    {"refuse@mode", -6008, false}, {"refuse@handshake", -6009, false}, {"silence@handshake", -6008, false},
+    {"nak@header", -6008, false},  {"split@header", -6008, false},     {"nak@0", -6009, false},
+    {"silence@0", -6009, false},   {"nak@end", -6009, false},          {"silence@end", -6008, false},
+    {"nak@closing", -6009, false}, {"silence@closing", -6008}};
 
 std::vector<Conversation> Conversations() {
   return {{"Width",
@@ -183,26 +212,37 @@ std::vector<Conversation> Conversations() {
             {"downloadFile",
              [](Host& host) { return downloadFile(&host.printer, host.file.c_str(), nullptr, IgnoreProgress); },
              kDownload}},
-           true},
+           true,
+           false,
+           false,
+           kPackageFaults},
           {"Font",
            {kOpen,
             {"DownloadFontFile",
              [](Host& host) { return DownloadFontFile(&host.printer, 64, host.file.c_str(), nullptr, IgnoreProgress); },
              kDownload}},
-           true},
+           true,
+           false,
+           false,
+           kPackageFaults},
           {"Firmware",
            {kOpen,
             {"DownloadFMWImg",
              [](Host& host) { return DownloadFMWImg(&host.printer, host.file.c_str(), kDescriptor, IgnoreProgress); },
              kDownload}},
            true,
-           true},
+           true,
+           false,
+           kFirmwareFaults},
           {"YModem",
            {kOpen,
             {"downloadYModem",
              [](Host& host) { return downloadYModem(&host.printer, host.file.c_str(), kDescriptor, IgnoreProgress); },
              kDownload}},
-           true}};
+           true,
+           false,
+           false,
+           kYModemFaults}};
 }
 
 std::string NameOf(WireFault fault) {
@@ -365,6 +405,23 @@ TEST_P(ConversationFaults, OfMemoryAtEveryAllocation) {
         struck = Converse(printer, {step, allocation}, circumstances);
       });
     }
+  }
+}
+
+TEST_P(ConversationFaults, ThatThePrinterIsToldToMake) {
+  for (const OrderedFault& ordered : GetParam().ordered) {
+    virtual_printer::PrinterSetup setup;
+    setup.downloads.faults = {virtual_printer::ParseDownloadFault(ordered.fault).value()};
+    const WholePrinter printer({}, setup);
+    Host host;
+    host.file = file_;
+    const int32_t opened = OpenPrinter(host);
+    const int32_t result = GetParam().steps.back().call(host);
+    const bool stored = printer.Stored() == std::vector<virtual_printer::Bytes>{content_};
+    if (opened != VEXO_OK || result != ordered.result || stored != ordered.stored) {
+      wrong_.push_back(std::string(ordered.fault) + " gives " + std::to_string(result) + (stored ? ", stored" : ""));
+    }
+    DiskPortOpen(&host.printer, "");
   }
 }
 

@@ -64,9 +64,9 @@ TEST_F(FirmwareDownloadTest, ConnectsAnewForEachSegment) {
                 distributed + distributed + distributed + distributed + distributed +
                 "Download firmware complete...\nSuccessfully restarted the device...\n",
             result.trace);
+  EXPECT_EQ(BytesOf("\x1b\x1c& V1 do \"dfu\"\r\n"), written_[0]);
   Bytes expected = image;
   Append(&expected, kRestartCommand);
-  EXPECT_EQ(BytesOf("\x1b\x1c& V1 do \"dfu\"\r\n"), written_[0]);
   EXPECT_EQ(expected, WrittenFrom(1));
   std::vector<size_t> sizes;
   for (const Bytes& bytes : written_) {
@@ -137,18 +137,10 @@ TEST_F(FirmwareDownloadTest, CancelledAtEachPoint) {
 
 // Such an image has no other end: a host checks its images, or cancels.
 TEST_F(FirmwareDownloadTest, ImageThatDoesNotAddUpRepeatsItselfUntilCancelled) {
-  const Bytes tail = Segment(0, 0);
-  Bytes with_tail = ImageOf({5});
-  with_tail.insert(with_tail.end(), tail.begin(), tail.begin() + 10);
-  const struct {
-    Bytes image;
-    size_t writes;  // After the mode switch.
-  } rows[] = {{Segment(11, 10), 1}, {Segment(0xFFFFFFFF, 10), 1}, {Segment(1, 0), 1}, {with_tail, 3}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE(&row - rows);
+  for (const uint32_t announced : {11U, 0xFFFFFFFFU}) {
     std::thread canceller;
     on_write_ = [&](int write) {
-      if (write == static_cast<int>(row.writes)) {
+      if (write == 1) {
         canceller = std::thread([enough = TraceSize() + 10'000] {
           while (TraceSize() < enough) {
             std::this_thread::yield();
@@ -157,13 +149,11 @@ TEST_F(FirmwareDownloadTest, ImageThatDoesNotAddUpRepeatsItselfUntilCancelled) {
         });
       }
     };
-    const Result result = Download(row.image);
+    const Result result = Download(Segment(announced, 10));
     canceller.join();
     EXPECT_EQ(-6004, result.code);
     EXPECT_EQ("Cancel...", result.LastLine());
-    EXPECT_EQ(row.writes + 1, written_.size());
-    const std::string line = "Successfully distributed...\n";
-    EXPECT_NE(std::string::npos, result.trace.find(line + line + line + line));
+    EXPECT_EQ(2U, written_.size());
   }
 }
 

@@ -5,7 +5,6 @@
 
 #include "core/driver_test.h"
 #include "port/port_object.h"
-#include "support/allocation_faults.h"
 
 namespace vexo::test {
 namespace {
@@ -65,31 +64,6 @@ TEST_F(PortFactory, RefusesOtherTexts) {
   for (const int32_t code : {-1, -9, 87}) {  // What Configure says.
     SetDriverScript({code});
     ExpectRefused(code, "NET,10.0.0.5");
-  }
-}
-
-TEST_F(PortFactory, SurvivesEveryAllocationThatFails) {
-  const std::pair<const char*, int32_t> rows[] = {{"NET,10.0.0.5", -2}, {"USB", -2}, {"COM1,9600", -2}, {"BUF", -9}};
-  for (const auto& [text, code] : rows) {
-    bool struck = true;
-    uint32_t nth = 1;
-    for (; struck; ++nth) {
-      SCOPED_TRACE(std::string(text) + ", allocation " + std::to_string(nth));
-      VexoPort* port = nullptr;
-      AllocationFault fault(nth);
-      const int32_t result = OpenPort(&port, text);
-      struck = fault.Lift();
-      if (!struck) {
-        EXPECT_EQ(0, result);
-        EXPECT_EQ(0, ClosePort(port));
-      } else if (nth == 1) {
-        EXPECT_GT(result, 0);  // The lock itself: the system's code.
-      } else {
-        EXPECT_EQ(code, result);
-      }
-      ExpectNothingHeld();
-    }
-    EXPECT_GT(nth, 4U) << "fewer allocations than a lock, a driver and an object take";
   }
 }
 

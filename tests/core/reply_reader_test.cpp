@@ -2,11 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <new>
 #include <string>
 #include <vector>
 
-#include "support/allocation_faults.h"
 #include "support/scripted_port.h"
 #include "support/virtual_clock.h"
 
@@ -61,27 +59,22 @@ TEST_F(ReplyReader, ReceivesAtLeastOnceAndPausesAfterAllReceivesButTheFirst) {
     int64_t pause_ms;
     size_t receives;
     Sleeps sleeps;
-  } rows[] = {{-5, 20, 1, {}}, {1, 20, 1, {}}, {2, 20, 2, {20}}, {3, -1, 3, {}}, {5, 20, 5, {20, 20, 20, 20}}};
+  } rows[] = {{-5, 20, 1, {}}, {1, 20, 1, {}}, {3, -1, 3, {}}, {5, 20, 5, {20, 20, 20, 20}}};
   for (const auto& row : rows) {
-    for (const Step& nothing : {kSilence, Step{-332}}) {
-      const Reply reply = Read(std::vector<Step>(9, nothing), row.tries, row.pause_ms);
-      EXPECT_EQ("", reply.bytes);
-      EXPECT_EQ(row.receives, reply.receives) << row.tries;
-      EXPECT_EQ(row.sleeps, reply.sleeps) << row.tries;
-    }
+    const Reply reply = Read({kSilence, {-332}, kSilence, {-332}, kSilence}, row.tries, row.pause_ms);
+    EXPECT_EQ("", reply.bytes);
+    EXPECT_EQ(row.receives, reply.receives) << row.tries;
+    EXPECT_EQ(row.sleeps, reply.sleeps) << row.tries;
   }
 }
 
 TEST_F(ReplyReader, AnyOtherFailureEndsTheReplyAndIsNotReported) {
-  for (const int32_t code : {-309, 5}) {
-    const Reply reply = Read({{0, BytesOf("ab")}, {code, BytesOf("c")}, {0, BytesOf("d")}}, 10, 20);
-    EXPECT_EQ("abc", reply.bytes) << code;
-    EXPECT_EQ(2U, reply.receives) << code;
+  const Step closed_meanwhile = {0, BytesOf("c"), {}, [this] { handle_.portOpen = 0; }};
+  for (const Step& last : {Step{-309, BytesOf("c")}, Step{5, BytesOf("c")}, closed_meanwhile}) {
+    const Reply reply = Read({{0, BytesOf("ab")}, last, {0, BytesOf("never")}}, 10, 20);
+    EXPECT_EQ("abc", reply.bytes) << last.result;
+    EXPECT_EQ(2U, reply.receives) << last.result;
   }
-  const Step closed_meanwhile = {0, BytesOf("ab"), {}, [this] { handle_.portOpen = 0; }};
-  const Reply reply = Read({closed_meanwhile, {0, BytesOf("never")}}, 10, 20);
-  EXPECT_EQ("ab", reply.bytes);
-  EXPECT_EQ(1U, reply.receives);
 }
 
 TEST_F(ReplyReader, BytesWithoutRoomAreDropped) {
@@ -93,13 +86,10 @@ TEST_F(ReplyReader, BytesWithoutRoomAreDropped) {
 TEST_F(ReplyReader, RefusesBeforeAnythingIsReceived) {
   ScriptedPort port;
   handle_ = OpenHandle(&port);
-  uint8_t buffer[1024];
+  uint8_t buffer[16];
   uint32_t stored = 0;
   EXPECT_EQ(-6, ReadReply(nullptr, buffer, 2, 10, &stored, 1, 0));
   EXPECT_EQ(-1, ReadReply(&handle_, buffer, 2, 1, &stored, 1, 0));
-  AllocationFault fault(1);  // Small replies take no memory.
-  EXPECT_THROW(ReadReply(&handle_, buffer, 0, sizeof(buffer), &stored, 1, 0), std::bad_alloc);
-  fault.Lift();
   handle_.portOpen = 0;
   EXPECT_EQ(-309, ReadReply(&handle_, buffer, 2, 10, &stored, 1, 0));
   EXPECT_EQ(0U, port.Operations().size());

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include "vexo/error.h"
 
@@ -24,7 +25,6 @@ TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
     std::string answer;
     std::string list;
   } cases[] = {
-      {"no answer", "", ""},
       {"one line", "ready", ""},
       {"more than the word", "10.0.0.1\r\nready \r\n", ""},
       {"two lines", "10.0.0.1\r\nready", "10.0.0.1;ready;;;;;;;;;;;;;;|"},
@@ -47,6 +47,19 @@ TEST(ScanAnswerTest, DescriptorNamesThePrinterInAtMost63Characters) {
   EXPECT_EQ(ScanRecord("10.0.0.1\r\nready").DescriptorOfPrinter(), "NET,10.0.0.1,9100");
   EXPECT_EQ(ScanRecord("").DescriptorOfPrinter(), "NET,,9100");
   EXPECT_EQ(ScanRecord(std::string(2000, 'x')).DescriptorOfPrinter(), "NET," + std::string(59, 'x'));
+}
+
+TEST(ScanAnswerTest, AddressesAreTakenAsFarAsTheReplyGoes) {
+  const std::string reply = std::string("........\x01\x02\xa8\xc0\x00\xff\xff\xff", 16);
+  const std::pair<size_t, const char*> rows[] = {
+      {16, "192.168.2.1;255.255.255.0;c"}, {15, "192.168.2.1;b;c"}, {11, "a;b;c"}};
+  for (const auto& [length, addresses] : rows) {
+    ScanRecord record("0\r\nready\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n9\r\na\r\nb\r\nc");
+    record.TakeReply(Bytes(reply.begin(), reply.begin() + static_cast<ptrdiff_t>(length)));
+    std::string text;
+    record.AppendTo(&text);
+    EXPECT_EQ(text, std::string("0;ready;2;3;4;5;6;7;8;9;") + addresses + ";;;");
+  }
 }
 
 TEST(ScanAnswerTest, TextOfExactlyTheSizeHasItsZeroBehindIt) {

@@ -45,8 +45,6 @@ TEST(SdkConfigTables, TakeWhatTheTextHolds) {
   } rows[] = {
       {"[settings]\r\nbaud=9600\r\n\r\n[models]\r\n7,r,T7,,blue,1,2,3,4,0.5\r\n",
        "baud=9600;7:r/T7//blue:1/2/3/4:0.50;"},
-      {"", ""},
-      {"a=1\n7,,T7\n", ""},                                        // Before any section.
       {"[a]\r[b]\r7,,T7\r[c]\r8,,T8\r", "7:/T7//:0/0/0/0:0.00;"},  // No settings; the third section is not read.
       {"x[\n]=1\ny=[2]\nz=3", "]=1;0:///:0/0/0/0:0.00;"},          // Any "[" opens a section.
       // Words and values of settings.
@@ -80,7 +78,7 @@ TEST(SdkConfigTables, AreBounded) {
   const struct {
     size_t settings, models;  // In the text.
     size_t kept_settings, kept_models;
-  } rows[] = {{128, 512, 128, 512}, {129, 513, 128, 512}, {300, 469, 128, 468}};
+  } rows[] = {{129, 513, 128, 512}, {300, 469, 128, 468}};
   for (const auto& row : rows) {
     const SdkConfig config =
         Parse("[a]\n" + Repeat(row.settings, "\r\nk=v\n\n") + "[b]\r" + Repeat(row.models, "1,,T\n"));

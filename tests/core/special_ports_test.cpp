@@ -25,7 +25,6 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
   } kRows[] = {
       {DiskPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
       {ScannerPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
-      {DiskPortOpen, "LPT1", 0, VEXO_PORT_PARALLEL, "LPT OpenDeviceOfClass 0, 1"},
       {ScannerGunPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 1, 5"},
       {ScannerGunPortOpen, "COM1,9600", 0, VEXO_PORT_SERIAL, "COM Open"},
       // Left to their users to open.
@@ -35,7 +34,6 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
       {ScannerGunPortOpen, "BUF", 5, VEXO_PORT_BUFFER, "BT Close"},
       // A device that does not open leaves its port closed in the handle.
       {DiskPortOpen, "USB", -321, VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
-      {ScannerPortOpen, "USB", -321, VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
       {ScannerGunPortOpen, "COM1,9600", 2, VEXO_PORT_SERIAL, "COM Open"},
       {DiskPortOpen, "BUF", -372, VEXO_PORT_BUFFER, "COM Close"},  // Has no device file at all.
   };
@@ -68,7 +66,7 @@ TEST_F(SpecialPorts, FailureToMakeTheNewPortLeavesNone) {
     const char* text;
     int32_t configure_result;
     int32_t code;
-  } kRows[] = {{nullptr, 0, -301}, {"X", 0, -301}, {"FILE,x", 0, -4}, {"NET,1.2.3.4", -1, -1}};
+  } kRows[] = {{nullptr, 0, -301}, {"FILE,x", 0, -4}, {"NET,1.2.3.4", -1, -1}};
   VexoPrinterHandle wrong = {559, nullptr, nullptr, 0};
   for (const Export open : kExports) {
     EXPECT_EQ(-6, open(nullptr, "USB"));

@@ -53,7 +53,7 @@ TEST_F(TaskControl, AnswerIsWaitedForInStepsOfTheReadTimeout) {
   const struct {
     int64_t read_timeout;
     size_t receives_per_poll;
-  } rows[] = {{-1000, 1}, {0, 1}, {30, 1}, {40, 2}, {1000, 50}};
+  } rows[] = {{-1000, 1}, {30, 1}, {40, 2}, {1000, 50}};
   uint32_t status = 0;
   const std::pair<size_t, std::function<int32_t()>> calls[] = {{3, [&] { return SetClearPrintTask(monitor_); }},
                                                                {3, [&] { return ResetPrinterInteriorId(monitor_, 1); }},

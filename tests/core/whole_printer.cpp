@@ -22,7 +22,8 @@ Time Now() { return Time(std::chrono::milliseconds(platform::TickCount())); }
 
 }  // namespace
 
-WholePrinter::WholePrinter(WireFaultAt fault) : fault_(fault), model_({}) {
+WholePrinter::WholePrinter(WireFaultAt fault, const virtual_printer::PrinterSetup& setup)
+    : fault_(fault), model_(setup) {
   SetClock(0);
   DriverScript script;
   script.on_open = [this] {
@@ -82,14 +83,15 @@ int32_t WholePrinter::Receive(const uint8_t* bytes, uint32_t length) {
 }
 
 uint32_t WholePrinter::Send(uint8_t* buffer, uint32_t room) {
+  const auto has_arrived = [this] { return !to_host_.empty() && to_host_.front().arrives_at <= Now(); };
   TakeIn(model_.Advance(Now()));
-  if (to_host_.empty()) {
+  if (!has_arrived()) {
     AdvanceClock(kReadTimeMs);
     TakeIn(model_.Advance(Now()));
   }
   uint32_t sent = 0;
-  for (; sent < room && !to_host_.empty(); ++sent) {
-    buffer[sent] = to_host_.front();
+  for (; sent < room && has_arrived(); ++sent) {
+    buffer[sent] = to_host_.front().byte;
     to_host_.pop_front();
   }
   return sent;
@@ -100,7 +102,7 @@ void WholePrinter::TakeIn(const PrinterModel::Events& events) {
     if (event.direction == virtual_printer::WireEvent::Direction::kSent && connected_) {
       for (uint8_t byte : event.message.bytes) {
         if (Carry(WireDirection::kToHost, &byte)) {
-          to_host_.push_back(byte);
+          to_host_.push_back({byte, Now() + event.message.pause});
         }
       }
     }

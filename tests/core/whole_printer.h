@@ -32,7 +32,7 @@ struct WireFaultAt {
 // The only printer there is, for every kind of port, while it lives.
 class WholePrinter {
  public:
-  explicit WholePrinter(WireFaultAt fault = {});
+  explicit WholePrinter(WireFaultAt fault = {}, const virtual_printer::PrinterSetup& setup = {});
   ~WholePrinter();
   WholePrinter(const WholePrinter&) = delete;
   WholePrinter& operator=(const WholePrinter&) = delete;
@@ -58,7 +58,11 @@ class WholePrinter {
   bool connected_ = false;
   bool stalled_ = false;
   virtual_printer::Time back_at_;
-  std::deque<uint8_t> to_host_;
+  struct ByteUnderway {
+    uint8_t byte;
+    virtual_printer::Time arrives_at;
+  };
+  std::deque<ByteUnderway> to_host_;
   size_t passed_[2] = {};
   std::vector<virtual_printer::Bytes> stored_;
 };
