@@ -1,21 +1,18 @@
-// The DLL as hosts load it: what it exports, which version it is, C hosts, and that it leaves nothing behind.
-#include "windows/loopback_printer.h"
-
+// The DLL as hosts load it: what it exports, which version it is, and that it leaves nothing behind.
 #include <gtest/gtest.h>
+#include <windows.h>
 
 #include <cstdint>
-#include <future>
 #include <string>
 #include <vector>
 
 #include "vexo/extend.h"
-#include "windows/c_host.h"
 #include "windows/process_resources.h"
 
 namespace vexo::test {
 namespace {
 
-HMODULE Library() { return GetModuleHandleA("vexoextend.dll"); }
+HMODULE Library() { return LoadLibraryA("vexoextend.dll"); }
 
 std::string LibraryPath() {
   char path[MAX_PATH] = {};
@@ -62,21 +59,6 @@ TEST(ModuleTest, CarriesItsVersion) {
   ASSERT_NE(VerQueryValueA(resource.data(), "\\", reinterpret_cast<void**>(&version), &size), 0);
   EXPECT_EQ(version->dwFileVersionMS, 0x0001'0000U);
   EXPECT_EQ(version->dwFileVersionLS, 0x0002'0002U);
-}
-
-TEST(ModuleTest, ServesAHostInC) {
-  const std::string question("\x1b\x1c& V1 getkey\r\n\x01\xcc\x00\x02", 19);
-  LoopbackPrinter printer;
-  std::future<std::string> asked = std::async(std::launch::async, [&] {
-    Connection connection = printer.Accept();
-    const std::string received = connection.Receive(question.size());
-    connection.Send(std::string("\x00\x03", 2));
-    return received + connection.ReceiveRest();
-  });
-  uint32_t width = 0;
-  EXPECT_EQ(AskPrintWidth(printer.descriptor().c_str(), &width), VEXO_OK);
-  EXPECT_EQ(width, 768U);
-  EXPECT_EQ(asked.get(), question);
 }
 
 // Thread-local slots that a program may still take; there are about a thousand for all its libraries.
