@@ -98,35 +98,37 @@ TEST_F(PacketDownloadTest, PackagesHaveTheSizeOfTheirLimits) {
   }
 }
 
-// Every write and every answer fails once; what follows depends on the step.
-TEST_F(PacketDownloadTest, FailureAtEachStep) {
+// A package is sent again; the end mark of a font and the restart of a file may be lost.
+TEST_F(PacketDownloadTest, WriteThatFailsAtEachStep) {
   const Bytes content = FileContent(3000);
-  const auto expect_end = [this](const Result& result, int32_t code, const char* last_line) {
-    EXPECT_EQ(code, result.code);
-    EXPECT_EQ(last_line, result.LastLine());
-    EXPECT_EQ(code != 0, handle_.portOpen != 0);
-  };
-  const char* const refused = "failed: WriteData failed...";
-  // A package is sent again; the end mark of a font and the restart of a file may be lost.
   for (int write = 0; write < 5; ++write) {
     SCOPED_TRACE(write);
     failing_write_ = write;
-    expect_end(DownloadFile(content), write == 0 ? -322 : 0, write == 0 ? refused : "Completed...");
-    expect_end(DownloadFont(content, 2048), write == 0 || write == 4 ? -322 : 0,
-               write == 0   ? refused
-               : write == 4 ? "Reboot device failed..."
-                            : "Completed...");
+    EXPECT_EQ(write == 0 ? -322 : 0, DownloadFile(content).code);
+    EXPECT_EQ(write == 0, handle_.portOpen != 0);
+    const Result font = DownloadFont(content, 2048);
+    EXPECT_EQ(write == 0 || write == 4 ? -322 : 0, font.code);
+    EXPECT_EQ(write == 0   ? "failed: WriteData failed..."
+              : write == 4 ? "Reboot device failed..."
+                           : "Completed...",
+              font.LastLine());
+    EXPECT_EQ(write == 0 || write == 4, handle_.portOpen != 0);
   }
-  failing_write_ = -1;
-  for (const Pieces& instead : {Pieces{}, Pieces{{'O'}}, Pieces{{'O', 'X'}}, Pieces{{'O'}, {'K'}}}) {
+}
+
+TEST_F(PacketDownloadTest, AnswersAreWaitedFor) {
+  const Bytes content = FileContent(3000);
+  for (const Pieces& instead : {Pieces{{'O', 'X'}}, Pieces{{'O'}, {'K'}}}) {
     alter_answer_ = [&](int answer, const Bytes& sound) { return answer == 0 ? instead : Pieces{sound}; };
-    expect_end(DownloadFile(content), -6006, "failed:Enter Mode Failed...");
+    EXPECT_EQ(-6006, DownloadFile(content).code);
   }
   alter_answer_ = [](int answer, const Bytes& sound) { return Pieces{answer == 0 ? BytesOf("OK!") : sound}; };
-  expect_end(DownloadFile(content), 0, "Completed...");
+  EXPECT_EQ(0, DownloadFile(content).code) << "the rest is flushed";
   for (const int confirmed : {0, 1}) {
     alter_answer_ = [&](int answer, const Bytes& sound) { return answer > confirmed ? Pieces{} : Pieces{sound}; };
-    expect_end(DownloadFile(content), -6009, "failed:Slave Response Failed.........");
+    const Result result = DownloadFile(content);
+    EXPECT_EQ(-6009, result.code);
+    EXPECT_EQ("failed:Slave Response Failed.........", result.LastLine());
     EXPECT_EQ(2 + 1 + confirmed + 4 * 31, reads_) << "two flushes, the answers, and four times 31 looks";
   }
 }
@@ -137,41 +139,6 @@ TEST_F(PacketDownloadTest, ReadThatFailsEndsTheAnswerAtOnce) {
   EXPECT_EQ(-6006, DownloadFile({1}).code);
   EXPECT_EQ(2, reads_);
   EXPECT_TRUE(RecordedSleeps().empty());
-}
-
-TEST_F(PacketDownloadTest, PackageIsSentFourTimesAtMost) {
-  const auto replace = [](size_t at, uint8_t by) {
-    return [=](Bytes answer) {
-      answer[at] = static_cast<uint8_t>(answer[at] + by);
-      return Pieces{answer};
-    };
-  };
-  const struct {
-    std::function<Pieces(const Bytes&)> fault;
-    bool traced;
-  } faults[] = {{replace(4, 1), false},  // Another package's index.
-                {replace(9, 1), false},  // A fault is reported.
-                {replace(10, 1), true},  // The checksum.
-                {replace(11, 1), true},
-                {[](const Bytes& answer) { return Pieces{Part(answer, 0, 11)}; }, false}};
-  for (const auto& fault : faults) {
-    for (const int times : {1, 3, 4}) {
-      SCOPED_TRACE(testing::Message() << (&fault - faults) << ", " << times << " times");
-      alter_answer_ = [&](int answer, const Bytes& sound) {
-        return answer >= 1 && answer <= times ? fault.fault(sound) : Pieces{sound};
-      };
-      const Result result = DownloadFile(FileContent(2048));
-      EXPECT_EQ(times < 4 ? 0 : -6009, result.code);
-      std::string expected;
-      for (int i = 0; fault.traced && i < times; ++i) {
-        expected += "failed:Slave Response Failed...\n";
-      }
-      expected += times < 4 ? "restart" : "failed:Slave Response Failed.........\n";
-      const size_t at = result.trace.find("package 0\n") + 10;
-      EXPECT_EQ(expected, result.trace.substr(at, expected.size()));
-      EXPECT_EQ(times < 4 ? times + 3U : 5U, written_.size());
-    }
-  }
 }
 
 TEST_F(PacketDownloadTest, CancelledAtEachPoint) {

@@ -38,18 +38,6 @@ std::future<int32_t> StartWriting(VexoPort* port) {
 
 using Threads = DriverTest;
 
-TEST_F(Threads, PortsAreOpenedAndClosedOnAnyThread) {
-  RunOnThreads(8, [](int thread) {
-    for (int round = 0; round < 100; ++round) {
-      VexoPort* port = nullptr;
-      ASSERT_EQ(0, OpenPort(&port, thread % 2 == 0 ? "NET,10.0.0.5" : "BUF"));
-      EXPECT_EQ(0, port->Open(port));
-      EXPECT_EQ(0, WriteByte(port));
-      EXPECT_EQ(0, ClosePort(port));
-    }
-  });
-}
-
 TEST_F(Threads, TransferMeetsTheClosingOfItsPort) {
   for (int round = 0; round < 100; ++round) {
     ASSERT_EQ(0, ScannerGunPortOpen(&handle_, round % 2 == 0 ? "NET,10.0.0.5" : "BUF"));
