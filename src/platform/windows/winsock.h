@@ -90,9 +90,9 @@ class ScopedSocket {
  private:
   // A call that blocks all the same, when another thread has taken what it was to read, ends by being closed under.
   void Close(SOCKET old) const {
-    constexpr int kLooks = 100;
+    constexpr ULONGLONG kPatienceMs = 5000;
     if (old != INVALID_SOCKET) {
-      for (int look = 0; uses_ != 0 && look < kLooks; ++look) {
+      for (const ULONGLONG start = GetTickCount64(); uses_ != 0 && GetTickCount64() - start < kPatienceMs;) {
         Sleep(1);
       }
       closesocket(old);
