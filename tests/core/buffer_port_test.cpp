@@ -1,13 +1,8 @@
 // The in-memory port, through its port object.
-#include <gtest/gtest.h>
-
-#include <string>
-
+#include "core/core_test.h"
 #include "port/port_factory.h"
 #include "port/port_object.h"
-#include "protocol/bytes.h"
 #include "support/allocation_faults.h"
-#include "support/scripted_port.h"
 
 namespace vexo::test {
 namespace {

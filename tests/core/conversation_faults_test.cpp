@@ -1,26 +1,19 @@
 // Whole conversations with a whole printer, over a wire that fails at every single byte, and for a host that runs out
 // of memory at every single allocation: each call ends with one of its codes, and everything is given back.
-#include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
 #include <new>
 #include <optional>
-#include <string>
-#include <utility>
-#include <vector>
 
+#include "core/core_test.h"
 #include "core/whole_printer.h"
 #include "discovery/scan_follow_up.h"
 #include "monitor/printer_read_helper.h"
-#include "protocol/bytes.h"
 #include "support/allocation_faults.h"
 #include "support/scripted_drivers.h"
-#include "support/virtual_clock.h"
-#include "vexo/extend.h"
 #include "virtual_printer/download_faults.h"
 
 namespace vexo {

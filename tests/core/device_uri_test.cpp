@@ -1,9 +1,6 @@
 #include "port/device_uri.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
+#include "core/core_test.h"
 
 namespace vexo {
 namespace {

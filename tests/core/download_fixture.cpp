@@ -2,15 +2,12 @@
 
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <numeric>
 
 #include "port/handle_port.h"
 #include "support/allocation_faults.h"
-#include "support/scripted_port.h"
-#include "support/virtual_clock.h"
 
 namespace vexo::test {
 namespace {

@@ -2,15 +2,9 @@
 #ifndef VEXO_TESTS_CORE_DOWNLOAD_FIXTURE_H_
 #define VEXO_TESTS_CORE_DOWNLOAD_FIXTURE_H_
 
-#include <cstdint>
 #include <deque>
-#include <functional>
-#include <string>
-#include <vector>
 
 #include "core/driver_test.h"
-#include "protocol/bytes.h"
-#include "vexo/extend.h"
 
 namespace vexo::test {
 

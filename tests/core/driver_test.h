@@ -2,14 +2,10 @@
 #ifndef VEXO_TESTS_CORE_DRIVER_TEST_H_
 #define VEXO_TESTS_CORE_DRIVER_TEST_H_
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-
+#include "core/core_test.h"
 #include "port/handle_port.h"
 #include "port/port_lock.h"
 #include "support/scripted_drivers.h"
-#include "vexo/printer.h"
 
 namespace vexo::test {
 

@@ -1,15 +1,13 @@
 #include "protocol/error_text.h"
 
-#include <gtest/gtest.h>
 #include <iconv.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <map>
-#include <string>
-#include <utility>
 
+#include "core/core_test.h"
 #include "platform/language.h"
 
 namespace vexo {

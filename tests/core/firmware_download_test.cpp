@@ -1,15 +1,11 @@
 // Firmware images, segment by segment.
-#include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <string>
 #include <thread>
 
 #include "core/download_fixture.h"
 #include "support/scripted_drivers.h"
-#include "support/scripted_port.h"
-#include "support/virtual_clock.h"
 
 namespace vexo::test {
 namespace {

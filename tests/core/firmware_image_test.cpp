@@ -1,10 +1,8 @@
 #include "vexoctl/firmware_image.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <optional>
-#include <string>
+
+#include "core/core_test.h"
 
 namespace vexoctl {
 namespace {

@@ -1,8 +1,6 @@
-#include <gtest/gtest.h>
 
-#include <string>
 
-#include "vexo/extend.h"
+#include "core/core_test.h"
 
 namespace {
 

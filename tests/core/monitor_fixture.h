@@ -2,18 +2,9 @@
 #ifndef VEXO_TESTS_CORE_MONITOR_FIXTURE_H_
 #define VEXO_TESTS_CORE_MONITOR_FIXTURE_H_
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <string>
-#include <vector>
-
+#include "core/core_test.h"
 #include "monitor/last_error.h"
 #include "monitor/printer_read_helper.h"
-#include "support/report_frames.h"
-#include "support/scripted_port.h"
-#include "support/virtual_clock.h"
-#include "vexo/extend.h"
 
 namespace vexo::test {
 

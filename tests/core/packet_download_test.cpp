@@ -1,11 +1,8 @@
 // Files and fonts, in packages.
 #include <numeric>
-#include <string>
 
 #include "core/download_fixture.h"
 #include "port/handle_port.h"
-#include "support/scripted_port.h"
-#include "support/virtual_clock.h"
 
 namespace vexo::test {
 namespace {

@@ -1,8 +1,5 @@
 #include "port/port_factory.h"
 
-#include <string>
-#include <vector>
-
 #include "core/driver_test.h"
 #include "port/port_object.h"
 

@@ -1,12 +1,9 @@
 #include "port/port_object.h"
 
 #include <cstring>
-#include <string>
-#include <vector>
 
 #include "core/driver_test.h"
 #include "port/port_factory.h"
-#include "support/scripted_port.h"
 
 namespace vexo::test {
 namespace {

@@ -1,11 +1,5 @@
 // Both exports against a port that the host made.
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "support/scripted_port.h"
-#include "vexo/extend.h"
+#include "core/core_test.h"
 
 namespace vexo::test {
 namespace {

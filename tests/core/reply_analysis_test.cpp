@@ -1,11 +1,8 @@
 #include "protocol/reply_analysis.h"
 
-#include <gtest/gtest.h>
-
 #include <stdexcept>
-#include <string>
 
-#include "support/report_frames.h"
+#include "core/core_test.h"
 
 namespace vexo::test {
 namespace {

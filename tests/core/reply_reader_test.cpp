@@ -1,12 +1,6 @@
 #include "protocol/reply_reader.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "support/scripted_port.h"
-#include "support/virtual_clock.h"
+#include "core/core_test.h"
 
 namespace vexo::test {
 namespace {

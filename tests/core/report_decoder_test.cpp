@@ -1,12 +1,8 @@
 #include "monitor/report_decoder.h"
 
-#include <gtest/gtest.h>
-
 #include <sstream>
-#include <string>
-#include <vector>
 
-#include "support/report_frames.h"
+#include "core/core_test.h"
 
 namespace vexo::test {
 namespace {

@@ -1,13 +1,9 @@
 // Answers to a scan: lines become fields, ready printers become the list that hosts get.
 #include "discovery/scan_answer.h"
 
-#include <gtest/gtest.h>
-
 #include <cstring>
-#include <string>
-#include <utility>
 
-#include "vexo/error.h"
+#include "core/core_test.h"
 
 namespace vexo {
 namespace {

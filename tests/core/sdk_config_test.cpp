@@ -1,11 +1,7 @@
 // The configuration of the process, and what it tells about a printer.
 #include "protocol/sdk_config.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-
+#include "core/core_test.h"
 #include "protocol/printer_info.h"
 #include "protocol/sdk_config_text.h"
 #include "support/own_folder.h"

@@ -1,11 +1,7 @@
 // Serial line settings, as device URIs spell them.
 #include "port/serial_settings.h"
 
-#include <gtest/gtest.h>
-
-#include <string>
-
-#include "vexo/error.h"
+#include "core/core_test.h"
 
 namespace vexo {
 namespace {

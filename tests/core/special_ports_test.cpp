@@ -1,10 +1,5 @@
 // The exports that put a port into a printer handle.
-#include <string>
-#include <vector>
-
 #include "core/driver_test.h"
-#include "support/scripted_port.h"
-#include "vexo/extend.h"
 
 namespace vexo::test {
 namespace {

@@ -1,6 +1,4 @@
 // Task numbers, pending tasks and the printer's own state: what is sent, and how long an answer is waited for.
-#include <algorithm>
-#include <functional>
 #include <numeric>
 
 #include "monitor_fixture.h"

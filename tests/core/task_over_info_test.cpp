@@ -1,15 +1,6 @@
 // Listening for the texts that a printer sends about finished tasks.
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <string>
-#include <vector>
-
+#include "core/core_test.h"
 #include "monitor/last_error.h"
-#include "support/report_frames.h"
-#include "support/scripted_port.h"
-#include "support/virtual_clock.h"
-#include "vexo/extend.h"
 
 namespace vexo::test {
 namespace {

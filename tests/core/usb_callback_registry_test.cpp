@@ -1,13 +1,9 @@
 // USB events that go to the host's callbacks.
 #include "discovery/usb_callback_registry.h"
 
-#include <gtest/gtest.h>
-
-#include <algorithm>
-#include <functional>
 #include <stdexcept>
-#include <string>
-#include <vector>
+
+#include "core/core_test.h"
 
 namespace vexo::test {
 namespace {

@@ -1,13 +1,8 @@
 // Downloads by YModem.
-#include <gtest/gtest.h>
-
-#include <string>
 
 #include "core/download_fixture.h"
 #include "port/handle_port.h"
 #include "support/scripted_drivers.h"
-#include "support/scripted_port.h"
-#include "support/virtual_clock.h"
 
 namespace vexo::test {
 namespace {

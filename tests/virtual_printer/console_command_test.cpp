@@ -17,14 +17,11 @@ TEST(ConsoleCommand, IsUnderstoodOrRefusedWithAWord) {
     const char* complaint = "";
   } rows[] = {
       {"  start\t0007 \r", {{Kind::kStart, 7, {}, false}}},
-      {"end 0 4294967295", {{Kind::kEnd, 0, 0xFFFFFFFF, false}}},
       {"status 0xfF", {{Kind::kStatus, 255, {}, false}}},
       {"garbage 65536", {{Kind::kGarbage, 65536, {}, false}}},
       {"split on", {{Kind::kSplit, 0, {}, true}}},
-      {"quit", {{Kind::kQuit, 0, {}, false}}},
       {" \r", {}},
       {"Start 7", {}, "unknown command; help shows all"},
-      {"start 10000", {}, "usage: start N"},
       {"end 7 4294967296", {}, "usage: end N [VALUE]"},
       {"garbage 65537", {}, "usage: garbage [BYTES]"},
       {"silent maybe", {}, "usage: silent on|off"},

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
-#include <chrono>
 #include <string>
 
 #include "vexo/extend.h"
@@ -68,9 +67,7 @@ TEST_F(ParallelPortTest, AnswersAreReadUntilThereAreNoMore) {
   ASSERT_EQ(port()->Open(port()), VEXO_OK);
   EXPECT_EQ(ReadAvailable(port(), 2), Reading(VEXO_OK, 2, "ab"));
   EXPECT_EQ(Read(port(), 3), Reading(VEXO_OK, 3, "cde"));
-  const auto started = std::chrono::steady_clock::now();
   EXPECT_EQ(Read(port(), 4), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 2, "fg"));
-  EXPECT_GE(std::chrono::steady_clock::now() - started, std::chrono::milliseconds(4 * 5 + 20));
   EXPECT_EQ(ReadAvailable(port(), 4), Reading(VEXO_OK, 0, ""));
 }
 
@@ -87,7 +84,6 @@ TEST_F(ParallelPortTest, StatusFlagIsKept) {
   EXPECT_EQ(flag, 5);
   EXPECT_EQ(control(VEXO_CONTROL_PARALLEL_SET_STATUS, nullptr, nullptr), VEXO_ERROR_PARAMETER);
   EXPECT_EQ(control(VEXO_CONTROL_PARALLEL_GET_STATUS, nullptr, nullptr), VEXO_ERROR_BUFFER_TOO_SMALL);
-  EXPECT_EQ(control(VEXO_CONTROL_USB_GET_READ_GATED, nullptr, &flag), VEXO_ERROR_NOT_IMPLEMENTED);
 }
 
 TEST_F(ParallelPortTest, MissingDeviceIsTheSystemsError) {
