@@ -50,18 +50,15 @@ TEST_F(BufferPortTest, ReadingTakesNothingAwayButCheckOpenAndOpenStartANewJob) {
 }
 
 TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
-  const struct {
-    size_t count;
-    uint32_t failing_allocation;
-    int32_t result;
-  } rows[] = {{2048, 1, 0},                              // The first buffer.
-              {1, 1, -9},   {1, 0, 0},                   // 3072 now.
-              {1023, 1, 0}, {1, 1, -9}, {10'000, 0, 0},  // More than half as much again: just enough.
-              {1, 1, -9}};
+  const std::tuple<size_t, uint32_t, int32_t> rows[] = {{2048, 1, 0},               // The first buffer.
+                                                        {1, 1, -9},     {1, 0, 0},  // 3072 now.
+                                                        {1023, 1, 0},   {1, 1, -9},
+                                                        {10'000, 0, 0},  // More than half as much again: just enough.
+                                                        {1, 1, -9}};
   std::string content;
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.result, Write(std::string(row.count, '-'), row.failing_allocation)) << row.count;
-    content.append(row.result == 0 ? row.count : 0, '-');
+  for (const auto& [count, failing_allocation, result] : rows) {
+    EXPECT_EQ(result, Write(std::string(count, '-'), failing_allocation)) << count;
+    content.append(result == 0 ? count : 0, '-');
     EXPECT_EQ(content, Content());
   }
   EXPECT_EQ(0, port_->Close(port_));
@@ -70,11 +67,8 @@ TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
 }
 
 TEST_F(BufferPortTest, RoomIsTheDifferenceOfTheNumbers) {
-  static constexpr struct {
-    uint32_t third;
-    uint32_t fourth;
-    int32_t code;
-  } kRows[] = {{0, 5, 0}, {0, 4, -2}, {3, 8, 0}, {3, 7, -2}, {8, 3, -2}, {0, 0, -2}, {3, 16, 0}};
+  const std::tuple<uint32_t, uint32_t, int32_t> kRows[] = {{0, 5, 0},  {0, 4, -2}, {3, 8, 0}, {3, 7, -2},
+                                                           {8, 3, -2}, {0, 0, -2}, {3, 16, 0}};
   const auto expect_read = [this](const std::string& text, int32_t code, uint32_t third, uint32_t fourth) {
     for (const auto reader : {&VexoPort::Read, &VexoPort::ReadAvailable}) {
       SCOPED_TRACE(text + " " + std::to_string(third) + ", " + std::to_string(fourth));
@@ -87,8 +81,8 @@ TEST_F(BufferPortTest, RoomIsTheDifferenceOfTheNumbers) {
   };
   expect_read("", 0, 0, 0);
   Write("12345");
-  for (const auto& row : kRows) {
-    expect_read(row.code == 0 ? "12345" : "", row.code, row.third, row.fourth);
+  for (const auto& [third, fourth, code] : kRows) {
+    expect_read(code == 0 ? "12345" : "", code, third, fourth);
   }
 }
 

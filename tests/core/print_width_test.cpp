@@ -23,30 +23,22 @@ struct Printer {
 };
 
 TEST(SetPrintWidth, SendsTheLowSixteenBitsAndHasThemSaved) {
-  const struct {
-    uint32_t width;
-    uint8_t low;
-    uint8_t high;
-  } rows[] = {{640, 0x80, 0x02}, {0x1ABCD, 0xCD, 0xAB}, {0, 0, 0}, {0xFFFFFFFF, 0xFF, 0xFF}};
-  for (const auto& row : rows) {
+  const std::tuple<uint32_t, uint8_t, uint8_t> rows[] = {
+      {640, 0x80, 0x02}, {0x1ABCD, 0xCD, 0xAB}, {0, 0, 0}, {0xFFFFFFFF, 0xFF, 0xFF}};
+  for (const auto& [width, low, high] : rows) {
     Printer printer;
     printer.port.OnRead({0, {1, 2, 3}});
     printer.port.OnRead({0, {0}});
-    EXPECT_EQ(0, printer.Set(row.width));
+    EXPECT_EQ(0, printer.Set(width));
     Bytes set = BytesOf("\x1b\x1c& V1 setkey\r\n\x01\xCC\x00\x02"s);
-    set.insert(set.end(), {row.low, row.high});
+    set.insert(set.end(), {low, high});
     EXPECT_EQ((std::vector<Bytes>{set, BytesOf("\x1b\x1c& V1 do \"save_param_zone\"\r\n")}), printer.port.Written());
     EXPECT_EQ(kSetOperations, printer.port.Operations());
   }
 }
 
 TEST(SetPrintWidth, JudgesTheSavingAlone) {
-  const struct {
-    const char* name;
-    Step acknowledgement;
-    Step saved;
-    int32_t code;
-  } rows[] = {
+  const std::tuple<const char*, Step, Step, int32_t> rows[] = {
       {"no acknowledgement", {-332}, {0, {0}}, 0},
       {"uncounted acknowledgement", {0, {9, 9, 0}, 0}, {0, {0}}, 0},
       {"saved, though the read failed", {}, {-332, {0}}, 0},
@@ -54,12 +46,12 @@ TEST(SetPrintWidth, JudgesTheSavingAlone) {
       {"no answer", {0, {0}}, {-332}, -331},
       {"two bytes", {}, {0, {0}, 2}, -331},
   };
-  for (const auto& row : rows) {
+  for (const auto& [name, acknowledgement, saved, code] : rows) {
     Printer printer;
-    printer.port.OnRead(row.acknowledgement);
-    printer.port.OnRead(row.saved);
-    EXPECT_EQ(row.code, printer.Set()) << row.name;
-    EXPECT_EQ(kSetOperations, printer.port.Operations()) << row.name;
+    printer.port.OnRead(acknowledgement);
+    printer.port.OnRead(saved);
+    EXPECT_EQ(code, printer.Set()) << name;
+    EXPECT_EQ(kSetOperations, printer.port.Operations()) << name;
   }
 }
 
@@ -71,11 +63,7 @@ TEST(SetPrintWidth, AcknowledgementThatFilledTheBufferUncountedFails) {
 }
 
 TEST(GetPrintWidth, AsksForTheKeyAndTakesTwoBytes) {
-  const struct {
-    Step reply;
-    int32_t code;
-    uint32_t width;
-  } rows[] = {
+  const std::tuple<Step, int32_t, uint32_t> rows[] = {
       {{0, {0x40, 0x02}}, 0, 576},
       {{-332, {0, 0}}, 0, 0},
       // Any other count gives the read's own result.
@@ -84,11 +72,11 @@ TEST(GetPrintWidth, AsksForTheKeyAndTakesTwoBytes) {
       {{0, {}}, 0, kUntouched},
       {{0, {1, 2}, 64}, 0, kUntouched},
   };
-  for (const auto& row : rows) {
+  for (const auto& [reply, code, width] : rows) {
     Printer printer;
-    printer.port.OnRead(row.reply);
-    EXPECT_EQ(row.code, printer.Get());
-    EXPECT_EQ(row.width, printer.width);
+    printer.port.OnRead(reply);
+    EXPECT_EQ(code, printer.Get());
+    EXPECT_EQ(width, printer.width);
     EXPECT_EQ((std::vector<Bytes>{BytesOf("\x1b\x1c& V1 getkey\r\n\x01\xCC\x00\x02"s)}), printer.port.Written());
     EXPECT_EQ(kGetOperations, printer.port.Operations());
   }

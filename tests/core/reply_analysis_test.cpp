@@ -36,24 +36,19 @@ TEST(ReplyAnalysis, SplitsAReply) {
 }
 
 TEST(ReplyAnalysis, ValueStartsWhereTheCommandPutsIt) {
-  const struct {
-    std::string payload;
-    std::string line;
-    std::string value;
-    bool status;
-  } rows[] = {
+  const std::tuple<std::string, std::string, std::string, bool> rows[] = {
       {kGetVal + "\x01\x00\x01\x01"s + "v", kGetVal, "v", false},
       {kGetKey + kStatus + "\x01\xcc\x00\x02"s + "v", kGetKey, "v", true},
       {kGetKey + kStatus + "1234", kGetKey, "", true},
       {"\r\n" + kStatus + "v", "\r\n", "v", true},
       {"getkey\n" + kStatus, "", "ey\n" + kStatus, true},
   };
-  for (const auto& row : rows) {
-    const CAnalysisCmdBase reply(Reply(row.payload));
+  for (const auto& [payload, line, value, status] : rows) {
+    const CAnalysisCmdBase reply(Reply(payload));
     EXPECT_TRUE(reply.valid());
-    EXPECT_EQ(row.line, reply.command_line());
-    EXPECT_EQ(row.value, reply.result());
-    EXPECT_EQ(row.status, reply.status()) << testing::PrintToString(row.payload);
+    EXPECT_EQ(line, reply.command_line());
+    EXPECT_EQ(value, reply.result());
+    EXPECT_EQ(status, reply.status()) << testing::PrintToString(payload);
   }
 }
 

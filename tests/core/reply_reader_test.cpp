@@ -1,3 +1,4 @@
+
 #include "protocol/reply_reader.h"
 
 #include "core/core_test.h"
@@ -48,17 +49,13 @@ TEST_F(ReplyReader, CollectsPiecesUntilNothingFollows) {
 }
 
 TEST_F(ReplyReader, ReceivesAtLeastOnceAndPausesAfterAllReceivesButTheFirst) {
-  const struct {
-    int32_t tries;
-    int64_t pause_ms;
-    size_t receives;
-    Sleeps sleeps;
-  } rows[] = {{-5, 20, 1, {}}, {1, 20, 1, {}}, {3, -1, 3, {}}, {5, 20, 5, {20, 20, 20, 20}}};
-  for (const auto& row : rows) {
-    const Reply reply = Read({kSilence, {-332}, kSilence, {-332}, kSilence}, row.tries, row.pause_ms);
+  const std::tuple<int32_t, int64_t, size_t, Sleeps> rows[] = {
+      {-5, 20, 1, {}}, {1, 20, 1, {}}, {3, -1, 3, {}}, {5, 20, 5, {20, 20, 20, 20}}};
+  for (const auto& [tries, pause_ms, receives, sleeps] : rows) {
+    const Reply reply = Read({kSilence, {-332}, kSilence, {-332}, kSilence}, tries, pause_ms);
     EXPECT_EQ("", reply.bytes);
-    EXPECT_EQ(row.receives, reply.receives) << row.tries;
-    EXPECT_EQ(row.sleeps, reply.sleeps) << row.tries;
+    EXPECT_EQ(receives, reply.receives) << tries;
+    EXPECT_EQ(sleeps, reply.sleeps) << tries;
   }
 }
 

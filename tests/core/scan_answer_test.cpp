@@ -16,11 +16,7 @@ std::string ListOf(const std::string& answer) {
 
 TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
   const std::string line(300, 'x');
-  const struct {
-    const char* scenario;
-    std::string answer;
-    std::string list;
-  } cases[] = {
+  const std::tuple<const char*, std::string, std::string> cases[] = {
       {"one line", "ready", ""},
       {"more than the word", "10.0.0.1\r\nready \r\n", ""},
       {"two lines", "10.0.0.1\r\nready", "10.0.0.1;ready;;;;;;;;;;;;;;|"},
@@ -33,9 +29,9 @@ TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
       {"just short enough", "a\r\nready\r\n" + line.substr(0, 234),
        "a;ready;" + line.substr(0, 234) + ";;;;;;;;;;;;;|"},
   };
-  for (const auto& test : cases) {
-    SCOPED_TRACE(test.scenario);
-    EXPECT_EQ(ListOf(test.answer), test.list);
+  for (const auto& [scenario, answer, list] : cases) {
+    SCOPED_TRACE(scenario);
+    EXPECT_EQ(ListOf(answer), list);
   }
 }
 

@@ -39,10 +39,7 @@ std::string Describe(const SdkConfig& config) {
 
 TEST(SdkConfigTables, TakeWhatTheTextHolds) {
   const std::string longest(64, 'x');
-  const struct {
-    std::string text;
-    std::string tables;
-  } rows[] = {
+  const std::pair<std::string, std::string> rows[] = {
       {"[settings]\r\nbaud=9600\r\n\r\n[models]\r\n7,r,T7,,blue,1,2,3,4,0.5\r\n",
        "baud=9600;7:r/T7//blue:1/2/3/4:0.50;"},
       {"[a]\r[b]\r7,,T7\r[c]\r8,,T8\r", "7:/T7//:0/0/0/0:0.00;"},  // No settings; the third section is not read.
@@ -61,8 +58,8 @@ TEST(SdkConfigTables, TakeWhatTheTextHolds) {
       // A zero byte ends its line.
       {"[\nk=v\0w\n\0k=v\na\0=1\n\0\0[\n[\n7,T\0,T7\n\0\0\0"s, "k=v;7:T///:0/0/0/0:0.00;"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(row.tables, Describe(Parse(row.text))) << row.text;
+  for (const auto& [text, tables] : rows) {
+    EXPECT_EQ(tables, Describe(Parse(text))) << text;
   }
 }
 
@@ -100,29 +97,6 @@ TEST(SdkConfigText, IsStoredInAnotherAlphabet) {
   }
   DecodeConfigText(&stored);
   EXPECT_EQ(all, stored);
-}
-
-TEST(SdkConfigText, LinesHaveTheirRowsAndSections) {
-  ConfigLines lines("a\r\n\n[x\n\rb\r\r[y\n[z");
-  static const struct {
-    const char* text;
-    size_t row;
-    ConfigSection section;
-    bool opens_section;
-  } kRows[] = {{"a", 1, ConfigSection::kNone, false},
-               {"[x", 3, ConfigSection::kSettings, true},
-               {"b", 5, ConfigSection::kSettings, false},
-               {"[y", 7, ConfigSection::kModels, true},
-               {"[z", 8, ConfigSection::kUnused, true}};
-  ConfigLine line;
-  for (const auto& row : kRows) {
-    ASSERT_TRUE(lines.Next(&line));
-    EXPECT_EQ(row.text, line.text);
-    EXPECT_EQ(row.row, line.row);
-    EXPECT_EQ(row.section, line.section);
-    EXPECT_EQ(row.opens_section, line.opens_section);
-  }
-  EXPECT_FALSE(lines.Next(&line));
 }
 
 }  // namespace

@@ -86,27 +86,22 @@ TEST_F(SdkConfigFile, ThreadsLoadAndReleaseAsTheyLike) {
 TEST_F(SdkConfigFile, TellsAboutAModel) {
   SetOwnFile(Stored("[\n[\n500,,KM500,,,66051\n-1,," + std::string(64, 'n') + ",,,-2147483648\n70000,,BIG"));
   ASSERT_EQ(0, LoadSdkConfig());
-  const struct {
-    int32_t number;
-    std::string name;
-    uint32_t code;
-    bool known;
-  } rows[] = {{500, "KM500", 500U << 16 | 0x10203, true},
-              {-1, std::string(64, 'n'), 0xFFFF0000, true},
-              {70000, "BIG", 70000U << 16, true},
-              {499, "DEMO", 0, false}};
-  for (const auto& row : rows) {
+  const std::tuple<int32_t, std::string, uint32_t, bool> rows[] = {{500, "KM500", 500U << 16 | 0x10203, true},
+                                                                   {-1, std::string(64, 'n'), 0xFFFF0000, true},
+                                                                   {70000, "BIG", 70000U << 16, true},
+                                                                   {499, "DEMO", 0, false}};
+  for (const auto& [number, name, code, known] : rows) {
     PrinterInfo info;
     info.work_buffer.fill(1);
-    EXPECT_EQ(0, InitPrinterInfo(&info, row.number));
-    EXPECT_EQ(row.number, info.model_number);
-    EXPECT_EQ(row.name, ViewText(info.model_name));
-    EXPECT_EQ(row.code, info.model_code) << row.number;
+    EXPECT_EQ(0, InitPrinterInfo(&info, number));
+    EXPECT_EQ(number, info.model_number);
+    EXPECT_EQ(name, ViewText(info.model_name));
+    EXPECT_EQ(code, info.model_code) << number;
     EXPECT_EQ(256, std::count(info.work_buffer.begin(), info.work_buffer.end(), 0));
     EXPECT_EQ(256U, info.work_buffer_size);
-    EXPECT_EQ(row.known, info.capabilities.has_value());
+    EXPECT_EQ(known, info.capabilities.has_value());
     std::optional<Capabilities> capabilities;
-    EXPECT_EQ(row.known ? 0 : -8, BuildCapabilities(row.number, *LoadedSdkConfig(), &capabilities));
+    EXPECT_EQ(known ? 0 : -8, BuildCapabilities(number, *LoadedSdkConfig(), &capabilities));
   }
   ReleaseSdkConfig();
   PrinterInfo info;

@@ -23,49 +23,42 @@ class TaskControl : public MonitorTest {
 };
 
 TEST_F(TaskControl, SendsItsCommands) {
-  const struct {
-    uint32_t family;
-    int32_t task;
-    std::string tag;
-    std::string clear;
-  } rows[] = {{1, 7, kV1Prefix + "setval \"process_id\" \"0007\"\r\n", "\x1b\x1c&cl"},
-              {0, 9999, "\x1d(H\x06\0"s + "009999", "\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"}};
+  const std::tuple<uint32_t, int32_t, std::string, std::string> rows[] = {
+      {1, 7, kV1Prefix + "setval \"process_id\" \"0007\"\r\n", "\x1b\x1c&cl"},
+      {0, 9999, "\x1d(H\x06\0"s + "009999", "\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"}};
   SetReadTimeOut(monitor_, 0);
-  for (const auto& row : rows) {
-    Open(row.family);
-    EXPECT_EQ(0, SetPrintTaskId(monitor_, row.task));
+  for (const auto& [family, task, tag, clear] : rows) {
+    Open(family);
+    EXPECT_EQ(0, SetPrintTaskId(monitor_, task));
     EXPECT_EQ(-7003, SetClearPrintTask(monitor_));
     uint32_t status = 0;
     EXPECT_EQ(-7003, GetDeviceStatus(monitor_, &status));
     EXPECT_EQ(0, SetPaperFeed(monitor_));
     EXPECT_EQ(-7003, ResetPrinterInteriorId(monitor_, 0));
     EXPECT_EQ(-7003, ResetPrinterInteriorId(monitor_, 1));
-    EXPECT_EQ((Texts{row.tag, row.clear, kV1Prefix + "getval \"reprint_status\"\r\n",
-                     kV1Prefix + "do \"print_feedform\"\r\n", "\x1d(H\x03\0"s + "200", "\x1d(H\x03\0"s + "200\n"}),
+    EXPECT_EQ((Texts{tag, clear, kV1Prefix + "getval \"reprint_status\"\r\n", kV1Prefix + "do \"print_feedform\"\r\n",
+                     "\x1d(H\x03\0"s + "200", "\x1d(H\x03\0"s + "200\n"}),
               Sent());
   }
 }
 
 // Three polls when there is no answer; each pauses for 20 ms after each receive but the first.
 TEST_F(TaskControl, AnswerIsWaitedForInStepsOfTheReadTimeout) {
-  const struct {
-    int64_t read_timeout;
-    size_t receives_per_poll;
-  } rows[] = {{-1000, 1}, {30, 1}, {40, 2}, {1000, 50}};
+  const std::pair<int64_t, size_t> rows[] = {{-1000, 1}, {30, 1}, {40, 2}, {1000, 50}};
   uint32_t status = 0;
   const std::pair<size_t, std::function<int32_t()>> calls[] = {{3, [&] { return SetClearPrintTask(monitor_); }},
                                                                {3, [&] { return ResetPrinterInteriorId(monitor_, 1); }},
                                                                {0, [&] { return ResetPrinterInteriorId(monitor_, 0); }},
                                                                {1, [&] { return GetDeviceStatus(monitor_, &status); }}};
   Open();
-  for (const auto& row : rows) {
-    SetReadTimeOut(monitor_, row.read_timeout);
+  for (const auto& [read_timeout, receives_per_poll] : rows) {
+    SetReadTimeOut(monitor_, read_timeout);
     for (const auto& [polls, call] : calls) {
       SetClock(0);
       const size_t before = Receives();
       EXPECT_EQ(-7003, call());
-      EXPECT_EQ(1 + polls * row.receives_per_poll, Receives() - before) << row.read_timeout;
-      EXPECT_EQ(polls * (row.receives_per_poll - 1) * 20, SleptMs()) << row.read_timeout;
+      EXPECT_EQ(1 + polls * receives_per_poll, Receives() - before) << read_timeout;
+      EXPECT_EQ(polls * (receives_per_poll - 1) * 20, SleptMs()) << read_timeout;
     }
   }
 }
@@ -74,15 +67,12 @@ TEST_F(TaskControl, AnswerEndsTheWaiting) {
   Open();
   SetReadTimeOut(monitor_, 100);
   // The receives are one before the command and five in each of three polls; the last poll's answer is not looked for.
-  for (const auto& [silent_receives, result] :
-       {std::pair(1, 0), std::pair(5, 0), std::pair(10, 0), std::pair(11, -7003)}) {
-    for (const bool clear : {true, false}) {
-      for (int receive = 0; receive < silent_receives; ++receive) {
-        WillHear("");
-      }
-      WillHear(Frame(0x103, "?"));
-      EXPECT_EQ(result, clear ? SetClearPrintTask(monitor_) : ResetPrinterInteriorId(monitor_, 1)) << silent_receives;
+  for (const auto& [silent_receives, result] : {std::pair(1, 0), std::pair(10, 0), std::pair(11, -7003)}) {
+    for (int receive = 0; receive < silent_receives; ++receive) {
+      WillHear("");
     }
+    WillHear(Frame(0x103, "?"));
+    EXPECT_EQ(result, SetClearPrintTask(monitor_)) << silent_receives;
   }
 }
 
@@ -93,10 +83,9 @@ TEST_F(TaskControl, OldAnswersAndEventsAreNoAnswer) {
     Hear(ValueReply(1));
     WillHear(ValueReply(2) + Started("0007"));
     EXPECT_EQ(-7003, clear ? SetClearPrintTask(monitor_) : ResetPrinterInteriorId(monitor_, 0));
-    EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind);
     EXPECT_EQ("task 7 status 1", TakeReport());
-    EXPECT_EQ(-7003, GetLastErrorCode());
   }
+  EXPECT_EQ(-7003, GetLastErrorCode());
 }
 
 TEST_F(TaskControl, DeviceStatusIsInverted) {
@@ -114,9 +103,6 @@ TEST_F(TaskControl, DeviceStatusIsInverted) {
     EXPECT_EQ(0, GetDeviceStatus(monitor_, &status));
     EXPECT_EQ(row.status, status);
   }
-  uint32_t status = 1;
-  EXPECT_EQ(-7003, GetDeviceStatus(monitor_, &status));
-  EXPECT_EQ(1U, status);
 }
 
 }  // namespace

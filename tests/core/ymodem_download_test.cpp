@@ -1,5 +1,4 @@
 // Downloads by YModem.
-
 #include "core/download_fixture.h"
 #include "port/handle_port.h"
 #include "support/scripted_drivers.h"

@@ -4,6 +4,7 @@
 
 #include <numeric>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "test_hosts.h"
@@ -189,20 +190,15 @@ TEST(DownloadFaults, AreReadFromText) {
 }
 
 TEST(DownloadName, NeverLeadsOutOfTheFolder) {
-  const struct {
-    DownloadKind kind;
-    std::string host_name;
-    int number;
-    std::string expected;
-  } rows[] = {
+  const std::tuple<DownloadKind, std::string, int, std::string> rows[] = {
       {DownloadKind::kFile, "ignored", 3, "file-3.bin"},
       {DownloadKind::kYmodem, "C:\\data\\logo.bmp", 1, "ymodem-logo.bmp.bin"},
       {DownloadKind::kYmodem, "../../etc/passwd", 2, "ymodem-passwd-2.bin"},
       {DownloadKind::kYmodem, "a b\n\xE4*", 1, "ymodem-a_b___.bin"},
       {DownloadKind::kYmodem, "C:nul", 1, "ymodem-nul.bin"},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(DownloadFileName({row.kind, row.host_name, {}}, row.number), row.expected);
+  for (const auto& [kind, host_name, number, expected] : rows) {
+    EXPECT_EQ(DownloadFileName({kind, host_name, {}}, number), expected);
   }
 }
 

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <tuple>
 
 #include "test_hosts.h"
 #include "virtual_printer/scan_answer.h"
@@ -11,11 +12,7 @@ namespace {
 const std::string kQuestion = "getval \"printer_message\"";
 
 TEST(NetworkScan, EachPortHasAQuestionOfItsOwn) {
-  const struct {
-    std::string datagram;
-    bool receipt;
-    bool label;
-  } rows[] = {
+  const std::tuple<std::string, bool, bool> rows[] = {
       {kQuestion, true, false},
       {V1(kQuestion), false, true},
       {V1(kQuestion) + "\"192.168.1.7\"\r\n", false, true},
@@ -23,9 +20,9 @@ TEST(NetworkScan, EachPortHasAQuestionOfItsOwn) {
       {"x" + kQuestion, false, false},
       {"", false, false},
   };
-  for (const auto& row : rows) {
-    EXPECT_EQ(AsksForPrinters(ScanKind::kReceiptPrinters, row.datagram), row.receipt) << row.datagram;
-    EXPECT_EQ(AsksForPrinters(ScanKind::kLabelPrinters, row.datagram), row.label) << row.datagram;
+  for (const auto& [datagram, receipt, label] : rows) {
+    EXPECT_EQ(AsksForPrinters(ScanKind::kReceiptPrinters, datagram), receipt) << datagram;
+    EXPECT_EQ(AsksForPrinters(ScanKind::kLabelPrinters, datagram), label) << datagram;
   }
 }
 

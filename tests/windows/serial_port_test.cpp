@@ -104,16 +104,13 @@ TEST_F(SerialPortTest, SetsUpTheLine) {
 
 // A slow line gets the time for a whole chunk, unless the caller knows better.
 TEST_F(SerialPortTest, TimeLimitsReachTheSystem) {
-  const struct {
-    const char* speed;
-    DWORD write_constant;
-  } rows[] = {{"9600", 2000}, {"4800", 3600}, {"2400", 7800}, {"1200", 16200}};
-  for (const auto& row : rows) {
-    ASSERT_EQ(Open(row.speed + std::string(kPlain).substr(6)), VEXO_OK);
-    EXPECT_EQ(driver_->limits.WriteTotalTimeoutConstant, row.write_constant);
+  const std::pair<const char*, DWORD> rows[] = {{"9600", 2000}, {"4800", 3600}, {"2400", 7800}, {"1200", 16200}};
+  for (const auto& [speed, write_constant] : rows) {
+    ASSERT_EQ(Open(speed + std::string(kPlain).substr(6)), VEXO_OK);
+    EXPECT_EQ(driver_->limits.WriteTotalTimeoutConstant, write_constant);
     VexoPortTimeouts limits = {};
     port_->GetTimeouts(port_, &limits);
-    EXPECT_EQ(limits.writeConstant, row.write_constant);
+    EXPECT_EQ(limits.writeConstant, write_constant);
   }
   ASSERT_EQ(port_->SetTimeouts(port_, {11, 12, 13, 14, 15, 16}), VEXO_OK);
   ASSERT_EQ(Open(kPlain), VEXO_OK);
