@@ -71,6 +71,11 @@ scripts/wine.sh $bin/soak.exe "Z:${work//\//\\}" "$quiet" "$busy" "$loading" "NE
 soak_pid=$!
 exec {soak_input}>"$work/input"
 
+until grep -q "^at work" "$work/report"; do
+  kill -0 "$soak_pid"
+  sleep 0.5
+done
+
 # sample NAME: lets the program rest and say what it holds.
 sample() {
   echo "$1" >&"$soak_input"
@@ -111,7 +116,7 @@ ok=yes
 echo end >&"$soak_input"
 wait "$soak_pid" || ok=no
 soak_pid=
-grep -v ^held "$work/report" || true
+grep -v -e ^held -e "^at work" "$work/report" || true
 echo "jobs of vexoctl: $jobs, of which $wrong_jobs went wrong"
 [ "$wrong_jobs" = 0 ] && tr -d '\r' <"$work/report" | grep -qx "jobs of other processes: $jobs" || ok=no
 echo "soak of $((SECONDS - start)) s: $ok"

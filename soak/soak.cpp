@@ -416,6 +416,7 @@ void Run(const std::filesystem::path& folder, const std::string& quiet, const st
   for (const auto& work : works) {
     threads.emplace_back(Repeat, work);
   }
+  std::cerr << "at work" << std::endl;
   std::vector<Holdings> samples;
   for (std::string name; std::getline(std::cin, name) && name != "end";) {
     const std::unique_lock<std::shared_mutex> guard(g_rest);
