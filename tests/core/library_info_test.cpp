@@ -1,5 +1,3 @@
-
-
 #include "core/core_test.h"
 
 namespace {

@@ -36,7 +36,6 @@ TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
     SCOPED_TRACE(row.text);
     VexoPort* port = nullptr;
     ASSERT_EQ(0, OpenPort(&port, row.text.c_str()));
-    EXPECT_EQ(VEXO_PORT_MAGIC, port->magic);
     EXPECT_EQ(row.kind, port->kind);
     char uri[256] = "#";
     uint32_t length = 99;

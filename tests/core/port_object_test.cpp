@@ -136,18 +136,5 @@ TEST_F(PortObject, ClosingWaitsForTheOperationUnderWay) {
   EXPECT_EQ(0U, PortLockReferenceCount());
 }
 
-TEST_F(PortObject, BluetoothDriverIsClosedButKept) {
-  VexoPort* port = nullptr;
-  ASSERT_EQ(0, OpenPort(&port, "BT,001122AABBCC"));
-  EXPECT_EQ(0, port->Open(port));
-  const int32_t drivers = LivingDrivers();
-  EXPECT_EQ(-4, ClosePort(port));
-  EXPECT_EQ(drivers, LivingDrivers());
-  ++drivers_to_stay_;
-  EXPECT_EQ(0, OpenDevices());
-  EXPECT_EQ(1U, PortLockReferenceCount());  // That of port_.
-  ExpectEveryOperationGives(-308, port);
-}
-
 }  // namespace
 }  // namespace vexo::test

@@ -1,4 +1,3 @@
-
 #include "protocol/reply_reader.h"
 
 #include "core/core_test.h"

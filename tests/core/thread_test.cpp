@@ -70,15 +70,5 @@ TEST_F(Threads, PrinterFunctionsMeetTheReopeningOfTheirHandle) {
   EXPECT_EQ(0, strange);
 }
 
-TEST_F(Threads, AbortEndsTheTransfersOfAnotherThreadForGood) {
-  ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
-  std::future<int32_t> writer = StartWriting(handle_.port);
-  EXPECT_EQ(0, handle_.port->Abort(handle_.port));
-  EXPECT_EQ(0, writer.get());
-  uint32_t written = 99;
-  EXPECT_EQ(0, WriteByte(handle_.port, &written));
-  EXPECT_EQ(0U, written);
-}
-
 }  // namespace
 }  // namespace vexo::test

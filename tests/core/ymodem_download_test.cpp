@@ -1,4 +1,6 @@
 // Downloads by YModem.
+#include <numeric>
+
 #include "core/download_fixture.h"
 #include "port/handle_port.h"
 #include "support/scripted_drivers.h"
@@ -105,7 +107,7 @@ TEST_F(YModemDownloadTest, LoaderThatNeverComes) {
 }
 
 // Steps of a file of one block with a loader: mode switch, 1, header, block, 4, closing block, 3, restart.
-TEST_F(YModemDownloadTest, FailureAtEachStep) {
+TEST_F(YModemDownloadTest, WriteThatFailsAtEachStep) {
   for (int write = 0; write < 8; ++write) {
     SCOPED_TRACE(write);
     failing_write_ = write;
@@ -117,22 +119,23 @@ TEST_F(YModemDownloadTest, FailureAtEachStep) {
               result.LastLine());
     EXPECT_EQ(write == 7 ? 0 : 1, handle_.portOpen);
   }
-  failing_write_ = -1;
+}
+
+TEST_F(YModemDownloadTest, AnswersAreWaitedFor) {
   const struct {
     int answer;
     Pieces instead;
     int32_t code;
-    uint32_t slept;  // In all, after the answer's own pause.
-  } rows[] = {{0, {}, -6008, 1000},
-              {1, {}, -6008, 6 * 2000},                   // Six reads of a second each, and a second after each.
-              {1, {{6}, {'C'}}, -6008, 6000 + 5 * 1000},  // In two pieces it does not count.
-              {1, {{'C', 'C'}}, -6009, 0},
-              {1, {{'C', 6}}, 0, 0},
-              {2, {}, -6009, 0},
-              {2, {{'C'}, {6}}, 0, 0},  // Collected.
-              {3, {}, -6008, 1000},
-              {4, {{0x15}}, -6009, 0}};
-  const uint32_t own_pauses[] = {500, 0, 50, 200, 200};
+    uint32_t slept;  // In all.
+  } rows[] = {{0, {}, -6008, 500 + 1000},
+              {1, {}, -6008, 500 + 6 * 2000},                   // Six reads of a second each, and a second after each.
+              {1, {{6}, {'C'}}, -6008, 500 + 6000 + 5 * 1000},  // In two pieces it does not count.
+              {1, {{'C', 'C'}}, -6009, 500},
+              {1, {{'C', 6}}, 0, 950},
+              {2, {}, -6009, 550},
+              {2, {{'C'}, {6}}, 0, 950},  // Collected.
+              {3, {}, -6008, 750 + 1000},
+              {4, {{0x15}}, -6009, 950}};
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
     alter_answer_ = [&](int answer, const Bytes& sound) { return answer == row.answer ? row.instead : Pieces{sound}; };
@@ -142,18 +145,11 @@ TEST_F(YModemDownloadTest, FailureAtEachStep) {
               : row.code == -6008 ? "failed:Data Is Missed..."
                                   : "failed:Slave Response Failed...",
               result.LastLine());
-    uint32_t slept = 0;
-    for (const uint32_t sleep : RecordedSleeps()) {
-      slept += sleep;
-    }
-    uint32_t expected = row.slept;
-    for (int i = 0; i <= (row.code == 0 ? 4 : row.answer); ++i) {
-      expected += own_pauses[i];
-    }
-    EXPECT_EQ(expected, slept);
+    const std::vector<uint32_t> sleeps = RecordedSleeps();
+    EXPECT_EQ(row.slept, std::accumulate(sleeps.begin(), sleeps.end(), 0U));
     EXPECT_EQ(row.code == 0 ? 0 : 1, handle_.portOpen);
-    if (row.answer == 2 && row.instead.empty()) {  // A flush, two answers, and six looks for this one.
-      EXPECT_EQ(1 + 2 + 6, reads_);
+    if (row.answer == 2 && row.instead.empty()) {
+      EXPECT_EQ(1 + 2 + 6, reads_) << "a flush, two answers, and six looks for this one";
     }
   }
 }

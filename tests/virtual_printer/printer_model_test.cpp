@@ -4,11 +4,13 @@
 
 #include <cstdint>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "test_hosts.h"
 #include "virtual_printer/faults.h"
+#include "virtual_printer/scan_answer.h"
 #include "virtual_printer/trace_format.h"
 
 namespace virtual_printer {
@@ -94,6 +96,12 @@ const struct {
      kAskMonitoring + kOn + V1("setval \"job_monitor\" \"Off\"") + kAskMonitoring + kOff + kAskMonitoring,
      {"getval \"job_monitor\"", kIsOff, kMonitoringOn, "setval \"job_monitor\" \"Off\" (not simulated)",
       "getval \"job_monitor\"", kDone, "setval \"job_monitor\" \"off\"", "getval \"job_monitor\"", kIsOff}},
+    {"network details, for the whole question only",
+     "\x12"
+     "CE\x12"
+     "CEX\x12"
+     "CER",
+     {"print data, 7 bytes", "network details wanted", "<-000000000000000000FFFFFF00000000"}},
     {"status is a report for every host",
      kStatus + kGsHOn + kStatus + V1("do \"print_feedform\""),
      {"getval \"reprint_status\"", kStatusZero, kGsHMonitoringOn, "getval \"reprint_status\"", kStatusZero,
@@ -149,6 +157,31 @@ TEST(TraceFormat, WrapsBytesUnderTheFirstRow) {
   EXPECT_EQ(FormatTraceEntry(milliseconds(1234), 1, "->", Bytes(17, 0xAB), "words"),
             "    1.234 #1 -> AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB  words\n"
             "                AB\n");
+}
+
+const std::string kQuestion = "getval \"printer_message\"";
+
+TEST(NetworkScan, EachPortHasAQuestionOfItsOwn) {
+  const std::tuple<std::string, bool, bool> rows[] = {
+      {kQuestion, true, false},
+      {V1(kQuestion), false, true},
+      {V1(kQuestion) + "\"192.168.1.7\"\r\n", false, true},
+      {V1(kQuestion).substr(0, 32), false, false},
+      {"x" + kQuestion, false, false},
+      {"", false, false},
+  };
+  for (const auto& [datagram, receipt, label] : rows) {
+    EXPECT_EQ(AsksForPrinters(ScanKind::kReceiptPrinters, datagram), receipt) << datagram;
+    EXPECT_EQ(AsksForPrinters(ScanKind::kLabelPrinters, datagram), label) << datagram;
+  }
+}
+
+TEST(NetworkScan, AnswerFitsARecord) {
+  NetworkIdentity identity;
+  identity.name = identity.state = std::string(32, 'x');
+  identity.number = 300;
+  identity.address = identity.gateway = {250, 250, 250, 250};
+  EXPECT_LE(ScanAnswer(identity).bytes.size(), 255u);
 }
 
 }  // namespace

@@ -41,6 +41,11 @@ void Connection::Reset() {
   Close();
 }
 
+std::string OwnIp(const std::string& network) {
+  const DWORD process = GetCurrentProcessId();
+  return network + '.' + std::to_string(process / 4 % 250) + '.' + std::to_string(process % 4 + 1);
+}
+
 LoopbackPrinter::LoopbackPrinter(PrinterState state, const std::string& ip, uint16_t port) : ip_(ip) {
   WSADATA data = {};
   EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0);

@@ -51,6 +51,9 @@ enum class PrinterState {
   kRefusing,  // It serves another host.
 };
 
+// "127.9.x.y" for "127.9": an address that no other test run on this machine uses.
+std::string OwnIp(const std::string& network);
+
 class LoopbackPrinter {
  public:
   explicit LoopbackPrinter(PrinterState state = PrinterState::kListening, const std::string& ip = "127.0.0.1",

@@ -72,7 +72,7 @@ struct Variant {
 
 class NetworkScanTest : public ::testing::TestWithParam<Variant> {
  protected:
-  NetworkScanTest() : ip_(OwnIp()), questions_(ip_, GetParam().port) {}
+  NetworkScanTest() : questions_(ip_, GetParam().port) {}
   ~NetworkScanTest() override { WSACleanup(); }
 
   int32_t Scan(int64_t time_limit_ms = kTimeLimitMs, int32_t size = kRoom) {
@@ -95,19 +95,12 @@ class NetworkScanTest : public ::testing::TestWithParam<Variant> {
 
   static constexpr int32_t kRoom = 64 * 256;
 
-  const std::string ip_;
+  WSADATA winsock_ = {};
+  const int winsock_error_ = WSAStartup(MAKEWORD(2, 2), &winsock_);
+  const std::string ip_ = OwnIp("127.10");
   QuestionSocket questions_;
   std::string question_;
   std::string text_;
-
- private:
-  // An address that no other test run on this machine uses.
-  static std::string OwnIp() {
-    WSADATA data = {};
-    EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0);
-    const DWORD process = GetCurrentProcessId();
-    return "127.10." + std::to_string(process / 4 % 250) + '.' + std::to_string(process % 4 + 1);
-  }
 };
 
 INSTANTIATE_TEST_SUITE_P(Exports, NetworkScanTest,

@@ -79,9 +79,7 @@ class TcpPortTest : public DriverPortTest<ObservedTcpPort, VEXO_PORT_NET> {
 TEST_F(TcpPortTest, PortNumberIs9100UnlessGiven) {
   EXPECT_EQ(port_->Configure(port_, "vexo:/dev/bus/NET/DEVICE?ip=+port=9100"), VEXO_ERROR_IO_SETTING);
   EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
-  // An address that no other test run on this machine uses, so that port 9100 is free.
-  const DWORD process = GetCurrentProcessId();
-  const std::string ip = "127.9." + std::to_string(process / 4 % 250) + '.' + std::to_string(process % 4 + 1);
+  const std::string ip = OwnIp("127.9");  // Where port 9100 is free.
   LoopbackPrinter printer(PrinterState::kListening, ip, 9100);
   for (const char* port : {"", "+port=91x"}) {
     SCOPED_TRACE(port);

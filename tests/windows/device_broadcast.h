@@ -1,0 +1,37 @@
+// What the system sends to the windows of hot-plug monitors when a device comes or goes.
+#ifndef VEXO_TESTS_WINDOWS_DEVICE_BROADCAST_H_
+#define VEXO_TESTS_WINDOWS_DEVICE_BROADCAST_H_
+
+#include <windows.h>
+
+// After windows.h.
+#include <dbt.h>
+
+#include <cstddef>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "windows/registered_device.h"
+
+namespace vexo::test {
+
+inline constexpr char kMonitorClass[] = "USBMonitorClass";
+
+// The window has dealt with it when this returns.
+inline void Broadcast(HWND window, WPARAM change, const std::string& path, const GUID& interface_class = kPrinterClass,
+                      DWORD type = DBT_DEVTYP_DEVICEINTERFACE) {
+  constexpr size_t kNameOffset = offsetof(DEV_BROADCAST_DEVICEINTERFACE_A, dbcc_name);
+  std::vector<char> buffer(sizeof(DEV_BROADCAST_DEVICEINTERFACE_A) + path.size());
+  DEV_BROADCAST_DEVICEINTERFACE_A fields = {};
+  fields.dbcc_size = static_cast<DWORD>(buffer.size());
+  fields.dbcc_devicetype = type;
+  fields.dbcc_classguid = interface_class;
+  std::memcpy(buffer.data(), &fields, kNameOffset);
+  std::memcpy(buffer.data() + kNameOffset, path.c_str(), path.size() + 1);
+  SendMessageA(window, WM_DEVICECHANGE, change, reinterpret_cast<LPARAM>(buffer.data()));
+}
+
+}  // namespace vexo::test
+
+#endif  // VEXO_TESTS_WINDOWS_DEVICE_BROADCAST_H_
