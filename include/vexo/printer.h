@@ -148,7 +148,11 @@ struct VexoPort {
    */
   int32_t (*Open)(VexoPort* port);
 
-  /** Closes the device; a buffer port loses its content. Always 0 for a valid object. */
+  /**
+   * Closes the device; a buffer port loses its content. Always 0 for a valid object. A transfer that is under way on
+   * another thread, of a job monitor perhaps, ends: it gives the system's error, or -309, or what it has by then. Close
+   * waits for that, 5 s at most.
+   */
   int32_t (*Close)(VexoPort* port);
 
   /**

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "platform/windows/scoped_handle.h"
 #include "port/transfer_pacing.h"
 #include "vexo/error.h"
 
@@ -11,6 +12,8 @@ namespace {
 
 constexpr DWORD kReadAvailableWaitMs = 100;
 constexpr VexoPortTimeouts kDefaultTimeouts = {10, 5, 2000, 10, 2000, 1000};
+
+using Use = platform::DeviceHandle::Use;
 
 int32_t SystemError(DWORD error) { return static_cast<int32_t>(error); }
 
@@ -54,14 +57,14 @@ int32_t FilePort::OpenDeviceFile() {
   if (set_up != VEXO_OK) {
     return set_up;
   }
-  handle_ = std::move(handle);
+  handle_.Reset(handle.Release());
   is_open_ = true;
   return VEXO_OK;
 }
 
 int32_t FilePort::Close() {
-  handle_.Reset();
   is_open_ = false;
+  handle_.Reset();
   return VEXO_OK;
 }
 
@@ -86,7 +89,7 @@ int32_t FilePort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length,
     return check;
   }
   SetLastError(ERROR_SUCCESS);
-  OverlappedTransfer transfer(handle_.get());
+  OverlappedTransfer transfer(handle_);
   WritePacing pacing(timeouts(), length);
   uint32_t chunk_length = 0;
   uint32_t chunk_end = 0;
@@ -123,7 +126,7 @@ TransferResult FilePort::WriteOnce(OverlappedTransfer* transfer, const uint8_t* 
   }
   // Of a blocking call only the count is judged: a device that took some bytes before it failed is asked again.
   TransferResult result;
-  WriteFile(handle_.get(), bytes, length, &result.bytes, nullptr);
+  WriteFile(Use(handle_).get(), bytes, length, &result.bytes, nullptr);
   return result;
 }
 
@@ -155,7 +158,7 @@ int32_t FilePort::ReadOverlapped(uint8_t* bytes, uint32_t length, uint32_t* read
   uint8_t packets[2 * kLargestPacketSize];
   const uint32_t packet_size = ReadPacketSize(length);
   uint8_t* const landing = packet_size > 0 ? packets : bytes;
-  OverlappedTransfer transfer(handle_.get());
+  OverlappedTransfer transfer(handle_);
   ReadPacing pacing(timeouts(), length);
   int32_t outcome = VEXO_ERROR_IO_READ_TIMEOUT;
   while (pacing.StartAttempt()) {
@@ -188,7 +191,7 @@ int32_t FilePort::ReadOverlapped(uint8_t* bytes, uint32_t length, uint32_t* read
 int32_t FilePort::ReadAvailableOverlapped(uint8_t* bytes, uint32_t length, uint32_t* read) {
   uint8_t packet[kLargestPacketSize];
   const uint32_t packet_size = ReadAvailablePacketSize(length);
-  OverlappedTransfer transfer(handle_.get());
+  OverlappedTransfer transfer(handle_);
   const TransferResult result = packet_size > 0 ? transfer.Read(packet, packet_size, kReadAvailableWaitMs)
                                                 : transfer.Read(bytes, length, kReadAvailableWaitMs);
   *read = result.bytes;
@@ -200,7 +203,7 @@ int32_t FilePort::ReadAvailableOverlapped(uint8_t* bytes, uint32_t length, uint3
 
 TransferResult FilePort::ReadOnce(uint8_t* bytes, uint32_t length) {
   TransferResult result;
-  if (ReadFile(handle_.get(), bytes, length, &result.bytes, nullptr) == 0) {
+  if (ReadFile(Use(handle_).get(), bytes, length, &result.bytes, nullptr) == 0) {
     result.error = GetLastError();
   }
   return result;

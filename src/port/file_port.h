@@ -8,7 +8,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "platform/windows/scoped_handle.h"
+#include "platform/windows/device_handle.h"
 #include "port/device_port.h"
 #include "port/overlapped_transfer.h"
 
@@ -69,7 +69,7 @@ class FilePort : public DevicePort {
   const Mode mode_;
   const uint32_t chunk_size_ = 4096;  // Largest piece given to the system at once.
   std::atomic<bool> is_open_{false};
-  platform::ScopedHandle handle_;
+  platform::DeviceHandle handle_;
 };
 
 // The common form of Control's small settings.

@@ -8,6 +8,8 @@
 namespace vexo {
 namespace {
 
+using Use = platform::DeviceHandle::Use;
+
 // Making an event for each command would cost as much as sending it.
 platform::IdleHandles g_idle_events;
 
@@ -37,7 +39,8 @@ TransferResult OverlappedTransfer::Write(const uint8_t* bytes, DWORD length, DWO
   if (!Prepare(&overlapped)) {
     return Failure(GetLastError());
   }
-  return Finish(WriteFile(device_, bytes, length, nullptr, &overlapped), wait_ms, &overlapped);
+  const Use device(device_);
+  return Finish(device.get(), WriteFile(device.get(), bytes, length, nullptr, &overlapped), wait_ms, &overlapped);
 }
 
 TransferResult OverlappedTransfer::Read(uint8_t* bytes, DWORD length, DWORD wait_ms) {
@@ -45,10 +48,11 @@ TransferResult OverlappedTransfer::Read(uint8_t* bytes, DWORD length, DWORD wait
   if (!Prepare(&overlapped)) {
     return Failure(GetLastError());
   }
-  return Finish(ReadFile(device_, bytes, length, nullptr, &overlapped), wait_ms, &overlapped);
+  const Use device(device_);
+  return Finish(device.get(), ReadFile(device.get(), bytes, length, nullptr, &overlapped), wait_ms, &overlapped);
 }
 
-TransferResult OverlappedTransfer::Finish(BOOL started, DWORD wait_ms, OVERLAPPED* overlapped) {
+TransferResult OverlappedTransfer::Finish(HANDLE device, BOOL started, DWORD wait_ms, OVERLAPPED* overlapped) {
   TransferResult result;
   if (started == FALSE) {
     const DWORD start_error = GetLastError();
@@ -58,14 +62,14 @@ TransferResult OverlappedTransfer::Finish(BOOL started, DWORD wait_ms, OVERLAPPE
     const DWORD waited = platform::WaitForHandle(event_.get(), wait_ms);
     if (waited != WAIT_OBJECT_0) {
       const DWORD wait_error = waited == WAIT_TIMEOUT ? ERROR_SUCCESS : GetLastError();
-      CancelIo(device_);
+      CancelIo(device);
       platform::WaitForHandle(event_.get(), INFINITE);
       result.timed_out = waited == WAIT_TIMEOUT;
       result.error = wait_error;
     }
   }
   // Waits if the system has not let go of the buffer even now.
-  if (GetOverlappedResult(device_, overlapped, &result.bytes, /*bWait=*/TRUE) == 0) {
+  if (GetOverlappedResult(device, overlapped, &result.bytes, /*bWait=*/TRUE) == 0) {
     const DWORD error = GetLastError();
     const bool cancelled_by_us = result.timed_out && error == ERROR_OPERATION_ABORTED;
     const bool ended_by_the_line = error == ERROR_TIMEOUT;  // Its own time limit: no failure, but no more bytes.

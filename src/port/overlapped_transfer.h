@@ -6,6 +6,7 @@
 
 #include <cstdint>
 
+#include "platform/windows/device_handle.h"
 #include "platform/windows/scoped_handle.h"
 
 namespace vexo {
@@ -21,21 +22,21 @@ struct TransferResult {
 // Owns the event that the transfers of one call complete on; taken for the first one.
 class OverlappedTransfer {
  public:
-  explicit OverlappedTransfer(HANDLE device) : device_(device) {}
+  explicit OverlappedTransfer(const platform::DeviceHandle& device) : device_(device) {}
   OverlappedTransfer(const OverlappedTransfer&) = delete;
   OverlappedTransfer& operator=(const OverlappedTransfer&) = delete;
   ~OverlappedTransfer();
 
   // Starts the transfer and waits for it up to `wait_ms`; then cancels it and waits for the end of that. Until the
-  // system has let go of the buffer, neither returns.
+  // system has let go of the buffer, neither returns. When the device is closed meanwhile, ERROR_OPERATION_ABORTED.
   TransferResult Write(const uint8_t* bytes, DWORD length, DWORD wait_ms);
   TransferResult Read(uint8_t* bytes, DWORD length, DWORD wait_ms);
 
  private:
-  TransferResult Finish(BOOL started, DWORD wait_ms, OVERLAPPED* overlapped);
   bool Prepare(OVERLAPPED* overlapped);
+  TransferResult Finish(HANDLE device, BOOL started, DWORD wait_ms, OVERLAPPED* overlapped);
 
-  HANDLE device_;
+  const platform::DeviceHandle& device_;
   platform::ScopedHandle event_;
 };
 

@@ -248,6 +248,9 @@ int32_t SocketPort::AwaitConnection() {
 
 // Connecting the old socket again would report success and lose the job, so the first attempt needs a fresh one, too.
 int32_t SocketPort::Reconnect() {
+  if (!is_open_) {
+    return VEXO_ERROR_IO_NOT_OPEN;  // Another thread has closed the port, which looks like a dropped connection.
+  }
   socket_.ShutDown(SD_BOTH);
   const int32_t result = MakeSocket();
   if (result != VEXO_OK) {

@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <atomic>
 #include <cstring>
+#include <future>
 #include <string>
 
 #include "platform/windows/scoped_handle.h"
 #include "port/serial_port.h"
+#include "support/threads.h"
 #include "windows/driver_port_test.h"
 
 namespace vexo::test {
@@ -21,6 +24,7 @@ class ObservedSerialPort : public SerialPort {
 
   DCB line = {};
   COMMTIMEOUTS limits = {};
+  mutable std::atomic<bool> reads{false};
 
  protected:
   int32_t SetUpDevice(HANDLE device) override {
@@ -28,6 +32,10 @@ class ObservedSerialPort : public SerialPort {
     GetCommState(device, &line);
     GetCommTimeouts(device, &limits);
     return result;
+  }
+  uint32_t ReadPacketSize(uint32_t length) const override {
+    reads = true;
+    return SerialPort::ReadPacketSize(length);
   }
 };
 
@@ -151,6 +159,20 @@ TEST_F(SerialPortTest, AnswersAreReadAsFarAsTheyCome) {
   printer.Send("xyz");
   EXPECT_EQ(ReadAvailable(port_, 2), Reading(VEXO_OK, 2, "xy"));
   EXPECT_EQ(ReadAvailable(port_, 2), Reading(VEXO_OK, 1, "z"));
+}
+
+// A download closes the port when it is done, and a job monitor may be looking for reports on it.
+TEST_F(SerialPortTest, ClosingEndsTheReadOfAnotherThread) {
+  ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 300'000, 10, 2000, 0}), VEXO_OK);
+  ASSERT_EQ(Open(kPlain), VEXO_OK);
+  std::future<Reading> late = std::async(std::launch::async, [this] { return Read(port_, 5); });
+  ASSERT_TRUE(Eventually([this] { return driver_->reads.load(); }));
+  EXPECT_EQ(port_->Close(port_), VEXO_OK);
+  EXPECT_GT(std::get<0>(late.get()), 0) << "the system's word for it";
+  Printer printer;
+  ASSERT_EQ(Open(kPlain), VEXO_OK);
+  printer.Send("xyz");
+  EXPECT_EQ(Read(port_, 3), Reading(VEXO_OK, 3, "xyz"));
 }
 
 }  // namespace

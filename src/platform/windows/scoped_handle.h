@@ -1,4 +1,4 @@
-// Owning type for the kernel handles of the drivers.
+// Owning type for kernel handles.
 #ifndef VEXO_PLATFORM_WINDOWS_SCOPED_HANDLE_H_
 #define VEXO_PLATFORM_WINDOWS_SCOPED_HANDLE_H_
 
@@ -28,6 +28,8 @@ class ScopedHandle {
 
   bool valid() const { return handle_ != nullptr; }
   HANDLE get() const { return handle_; }
+
+  HANDLE Release() { return std::exchange(handle_, nullptr); }
 
   void Reset() {
     if (handle_ != nullptr) {

@@ -1,0 +1,76 @@
+// The handle of a device or socket that one thread may close while others use it.
+#ifndef VEXO_PLATFORM_WINDOWS_GUARDED_HANDLE_H_
+#define VEXO_PLATFORM_WINDOWS_GUARDED_HANDLE_H_
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace vexo::platform {
+
+// Closes the handle it owns. The number of a closed handle goes to whatever is opened next, another printer perhaps,
+// and a thread that was a moment too late would take that printer's bytes: so closing ends the calls under way and
+// waits for them. A call that comes later has no handle, and gets the system's word for it.
+//
+// The traits of a kind of handle: the type Handle; kNone, for no handle; Interrupt, which ends calls that wait; Close.
+template <typename Traits>
+class GuardedHandle {
+ public:
+  using Handle = typename Traits::Handle;
+
+  GuardedHandle() = default;
+  explicit GuardedHandle(Handle handle) : handle_(handle) {}
+  GuardedHandle(const GuardedHandle&) = delete;
+  GuardedHandle& operator=(const GuardedHandle&) = delete;
+  ~GuardedHandle() { Reset(); }
+
+  bool valid() const { return handle_ != Traits::kNone; }
+
+  // For calls that do no harm to another one's handle.
+  Handle get() const { return handle_; }
+
+  // Closes the handle and owns another one.
+  void Reset(Handle handle = Traits::kNone) { Close(handle_.exchange(handle)); }
+
+  // One call to the system.
+  class Use {
+   public:
+    explicit Use(const GuardedHandle& guarded) : uses_(&guarded.uses_) {
+      ++*uses_;
+      handle_ = guarded.handle_;
+    }
+    Use(const Use&) = delete;
+    Use& operator=(const Use&) = delete;
+    ~Use() { --*uses_; }
+
+    Handle get() const { return handle_; }
+
+   private:
+    std::atomic<int>* const uses_;
+    Handle handle_;
+  };
+
+ protected:
+  Handle Release() { return handle_.exchange(Traits::kNone); }
+
+  // A call that nothing can interrupt ends, after a while, by being closed under.
+  void Close(Handle handle) const {
+    constexpr ULONGLONG kPatienceMs = 5000;
+    if (handle == Traits::kNone) {
+      return;
+    }
+    for (const ULONGLONG start = GetTickCount64(); uses_ != 0 && GetTickCount64() - start < kPatienceMs;) {
+      Traits::Interrupt(handle);
+      Sleep(1);
+    }
+    Traits::Close(handle);
+  }
+
+ private:
+  std::atomic<Handle> handle_{Traits::kNone};
+  mutable std::atomic<int> uses_{0};
+};
+
+}  // namespace vexo::platform
+
+#endif  // VEXO_PLATFORM_WINDOWS_GUARDED_HANDLE_H_
