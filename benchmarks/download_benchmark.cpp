@@ -6,6 +6,7 @@
 #include <io.h>
 #include <psapi.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
@@ -46,7 +47,8 @@ void Require(bool succeeded, const char* what) {
   }
 }
 
-// The account that downloads give on the standard output goes nowhere while one lives.
+// The account that downloads give on the standard output goes nowhere while one lives. It has a buffer, as a pipe to a
+// host has: to a device without, Wine writes each character in a call of its own.
 class QuietOutput {
  public:
   QuietOutput() {
@@ -54,6 +56,7 @@ class QuietOutput {
     const int nowhere = _open("NUL", _O_WRONLY);
     _dup2(nowhere, 1);
     _close(nowhere);
+    std::setvbuf(stdout, nullptr, _IOFBF, BUFSIZ);
   }
   QuietOutput(const QuietOutput&) = delete;
   QuietOutput& operator=(const QuietOutput&) = delete;
