@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstring>
@@ -10,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/windows/winsock.h"
 #include "port/tcp_port.h"
 #include "support/threads.h"
 #include "windows/driver_port_test.h"
@@ -150,6 +153,18 @@ TEST_F(TcpPortTest, UsesOfWinsockAreBalanced) {
   EXPECT_EQ(port_->Close(port_), VEXO_OK);
   driver_->network_down = true;
   EXPECT_EQ(port_->Open(port_), WSAENETDOWN);
+  {
+    std::array<std::future<void>, 4> hosts;
+    std::generate(hosts.begin(), hosts.end(), [] {
+      return std::async(std::launch::async, [] {
+        platform::WinsockUse use;
+        for (int i = 0; i < 1'000'000; ++i) {
+          use.Start();
+          use.Stop();
+        }
+      });
+    });
+  }
   EXPECT_EQ(WSACleanup(), 0);
   EXPECT_EQ(WSACleanup(), SOCKET_ERROR) << "a use was left behind";
   WSADATA data = {};

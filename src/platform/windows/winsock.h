@@ -11,6 +11,18 @@
 
 namespace vexo::platform {
 
+// Winsock counts its users. Not every system lets several threads change that count at once: under Wine a count may get
+// lost, and when it is down to nothing all sockets of the process are closed.
+inline SRWLOCK winsock_count_lock = SRWLOCK_INIT;
+
+class WinsockCountGuard {
+ public:
+  WinsockCountGuard() { AcquireSRWLockExclusive(&winsock_count_lock); }
+  WinsockCountGuard(const WinsockCountGuard&) = delete;
+  WinsockCountGuard& operator=(const WinsockCountGuard&) = delete;
+  ~WinsockCountGuard() { ReleaseSRWLockExclusive(&winsock_count_lock); }
+};
+
 // One WSAStartup with its WSACleanup.
 class WinsockUse {
  public:
@@ -21,6 +33,7 @@ class WinsockUse {
 
   // 0, or the Winsock error code. Starting twice changes nothing.
   int Start() {
+    const WinsockCountGuard guard;
     if (started_) {
       return 0;
     }
@@ -35,6 +48,7 @@ class WinsockUse {
   }
 
   void Stop() {
+    const WinsockCountGuard guard;
     if (std::exchange(started_, false)) {
       WSACleanup();
     }
