@@ -44,6 +44,20 @@ downloads "firmware" firmware-1.bin "$image" \
 downloads "file, as JSON" file-2.bin "$blob" $'{"percent":0}\n{"percent":33}\n{"percent":66}\n{"percent":100}' \
   '{"downloaded":"file","bytes":5000}' file "$blob" --json
 
+# A printer may be slower to read the order to start its loader than the host is to connect to that.
+loading_printer
+kill -STOP "${printer_pids[-1]}"
+exec {connection}<>"/dev/tcp/127.0.0.1/$printer_port"
+printf '\e\x1c& V1 do "dfu"\r\n' >&"$connection"
+exec {connection}>&-
+exec {connection}<>"/dev/tcp/127.0.0.1/$printer_port"
+segment 5 0 >&"$connection"
+kill -CONT "${printer_pids[-1]}"
+ok=no
+[ "$(timeout 60 head -c1 <&"$connection" | od -An -tx1)" != " 00" ] || ok=yes
+record "host that is faster than the loader" $ok "$trace"
+exec {connection}>&-
+
 loading_printer --fault bad-checksum@1
 check "each step of a download with a second attempt" 0 "file downloaded, $done" \
   "like *filename =$blob*package 1*failed:Slave Response Failed...*package 2*Completed..." \

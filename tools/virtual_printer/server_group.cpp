@@ -21,6 +21,10 @@ ServerGroup::ServerGroup(asio::io_context& context, Lifetime lifetime, PrinterSe
 ServerGroup::~ServerGroup() { service_.SetOutageListener(nullptr); }
 
 void ServerGroup::Open(PrinterMode mode) {
+  if (is_open_) {
+    return;
+  }
+  is_open_ = true;
   for (const auto& server : servers_) {
     try {
       server->Open(mode);
@@ -32,6 +36,7 @@ void ServerGroup::Open(PrinterMode mode) {
                                (in_use ? "it is in use" : error.code().message()));
     }
   }
+  places_ = Places(mode);
 }
 
 std::string ServerGroup::Places(PrinterMode mode) const {
@@ -54,7 +59,12 @@ void ServerGroup::OnOutage(const Outage& outage) {
   if (lifetime_ == Lifetime::kOneConnection) {
     return;  // It takes no other connection anyway.
   }
-  Close();
+  // Hosts connect again at once. One that waits to be let in must meet what the printer becomes, and not lose what it
+  // has sent already, if that takes no time.
+  const bool stays = outage.duration == outage.duration.zero() && Places(outage.back_as) == places_;
+  if (!stays) {
+    Close();
+  }
   outage_.expires_after(outage.duration);
   outage_.async_wait([this, mode = outage.back_as](const std::error_code& cancelled) {
     if (!cancelled) {
@@ -75,6 +85,7 @@ void ServerGroup::Return(PrinterMode mode) {
 }
 
 void ServerGroup::Close() {
+  is_open_ = false;
   for (const auto& server : servers_) {
     server->Close();
   }

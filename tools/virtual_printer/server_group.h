@@ -12,7 +12,8 @@
 
 namespace virtual_printer {
 
-// All places in which one printer is found. They close and open together: a printer that restarts is nowhere.
+// All places in which one printer is found. They close and open together: a printer that restarts is nowhere, unless
+// that takes it no time.
 class ServerGroup : private HostListener, private OutageListener {
  public:
   enum class Lifetime {
@@ -32,7 +33,8 @@ class ServerGroup : private HostListener, private OutageListener {
   HostListener& Hosts() { return *this; }
   void Add(std::unique_ptr<Server> server) { servers_.push_back(std::move(server)); }
 
-  // Opens all servers or none. Throws std::runtime_error, in words for people, when one of them cannot be opened.
+  // Opens all servers or none, unless they are open. Throws std::runtime_error, in words for people, when one of them
+  // cannot be opened.
   void Open(PrinterMode mode);
 
   // `127.0.0.1:9100`, or several of the kind joined by " and ".
@@ -50,6 +52,8 @@ class ServerGroup : private HostListener, private OutageListener {
   PrinterService& service_;
   const OnBack on_back_;
   std::vector<std::unique_ptr<Server>> servers_;
+  bool is_open_ = false;
+  std::string places_;  // Where it was opened.
 };
 
 }  // namespace virtual_printer
