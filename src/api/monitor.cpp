@@ -1,6 +1,5 @@
 #include <memory>
 #include <new>
-#include <system_error>
 
 #include "monitor/last_error.h"
 #include "monitor/monitor_work.h"
@@ -52,10 +51,10 @@ int32_t SetTime(CVEXOPrinterReadHelper* monitor, void (CVEXOPrinterReadHelper::*
 CVEXOPrinterReadHelper* GetReprintMonitorObj(void) {
   try {
     auto monitor = std::make_unique<CVEXOPrinterReadHelper>();
-    monitor->StartReader();
-    return monitor.release();
-  } catch (const std::bad_alloc&) {
-  } catch (const std::system_error&) {  // No thread to be had: as useless as no object.
+    if (monitor->StartReader()) {
+      return monitor.release();
+    }
+  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): as useless as no thread.
   }
   StoreFailure(VEXO_ERROR_MONITOR_OUT_OF_MEMORY);
   return nullptr;

@@ -1,19 +1,10 @@
 #include <new>
-#include <system_error>
 
 #include "discovery/usb_callback_registry.h"
 #include "discovery/usb_hotplug.h"
 #include "vexo/extend.h"
 
-int32_t StartUSBMonitorThread(void) {
-  try {
-    vexo::StartUsbHotplugMonitor();
-    return VEXO_OK;
-  } catch (const std::bad_alloc&) {
-  } catch (const std::system_error&) {  // No thread to be had.
-  }
-  return VEXO_ERROR_OUT_OF_MEMORY;
-}
+int32_t StartUSBMonitorThread(void) { return vexo::StartUsbHotplugMonitor() ? VEXO_OK : VEXO_ERROR_OUT_OF_MEMORY; }
 
 int32_t StopUSBMonitorThread(void) {
   vexo::StopUsbHotplugMonitor();

@@ -12,11 +12,7 @@ constexpr char kModel[] = "KM451";
 constexpr int64_t kPauseWhileConnecting = 200;
 constexpr int64_t kPauseWhileReceiving = 20;
 
-// DC2 "CER"
-const Bytes& AddressQuestion() {
-  static const Bytes kQuestion = {0x12, 0x43, 0x45, 0x52};
-  return kQuestion;
-}
+const Bytes kAddressQuestion = {0x12, 0x43, 0x45, 0x52};  // DC2 "CER"
 
 }  // namespace
 
@@ -27,7 +23,7 @@ void AskScannedPrinter(ScanRecord* record) {
     return;
   }
   session.set_pause(kPauseWhileReceiving);
-  if (session.Send(AddressQuestion()) == VEXO_OK) {
+  if (session.Send(kAddressQuestion) == VEXO_OK) {
     session.Receive();
   }
   session.Disconnect();

@@ -21,23 +21,23 @@ UsbCallbackRegistry& UsbCallbacks() { return g_callbacks; }
 
 int64_t UsbCallbackRegistry::Add(USBMonitorCallback callback, void* context) {
   const int64_t key = KeyOf(callback);
-  const std::lock_guard<std::recursive_mutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
   callbacks_[key] = {callback, context};
   return key;
 }
 
 void UsbCallbackRegistry::Remove(USBMonitorCallback callback) {
-  const std::lock_guard<std::recursive_mutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
   callbacks_.erase(KeyOf(callback));
 }
 
 void UsbCallbackRegistry::RemoveAll() {
-  const std::lock_guard<std::recursive_mutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
   callbacks_.clear();
 }
 
 void UsbCallbackRegistry::Deliver(const char* device, int32_t event) {
-  const std::lock_guard<std::recursive_mutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
   // Each step looks the next key up: the callback just called may have changed the map.
   for (auto next = callbacks_.begin(); next != callbacks_.end();) {
     const int64_t key = next->first;

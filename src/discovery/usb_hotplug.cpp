@@ -3,15 +3,12 @@
 #include <windows.h>
 
 #include <atomic>
-#include <memory>
 #include <mutex>
-#include <system_error>
-#include <thread>
-#include <utility>
 
 #include "discovery/usb_callback_registry.h"
 #include "discovery/usb_monitor_window.h"
 #include "platform/mutex.h"
+#include "platform/thread.h"
 #include "platform/windows/scoped_module.h"
 
 namespace vexo {
@@ -25,52 +22,43 @@ class HotplugMonitor {
   HotplugMonitor(const HotplugMonitor&) = delete;
   HotplugMonitor& operator=(const HotplugMonitor&) = delete;
 
-  // While a session lasts, the library stays loaded. So this runs without one, or at the end of the process, when the
-  // system has ended the thread already: there is nothing left to wait for, and a thread object that is destroyed
-  // before it is joined would abort the host.
-  ~HotplugMonitor() { static_cast<void>(session_.release()); }
+  // From a start to a stop the library stays loaded. So this runs when nothing is started, or at the end of the
+  // process, when the system has ended the thread already and nothing may be unloaded any more.
+  ~HotplugMonitor() { library_.Release(); }
 
-  void Start() {
-    if (IsOwnThread()) {
-      return;
+  // False: the system has no thread to give.
+  bool Start() {
+    if (thread_.IsCurrent()) {
+      return true;
     }
-    const std::lock_guard<std::mutex> guard(lock_);
-    if (session_ != nullptr) {
-      return;
+    const std::lock_guard<platform::Mutex> guard(lock_);
+    if (started_) {
+      return true;
     }
-    auto session = std::make_unique<Session>();
-    session->library = platform::ScopedModule::At(this);
+    library_ = platform::ScopedModule::At(this);
     stop_requested_ = false;
-    session->thread = std::thread([this] { Run(); });
-    session_ = std::move(session);
+    started_ = thread_.Start([](void* monitor) { static_cast<HotplugMonitor*>(monitor)->Run(); }, this);
+    if (!started_) {
+      library_.Reset();
+    }
+    return started_;
   }
 
   void Stop() {
-    if (IsOwnThread()) {
+    if (thread_.IsCurrent()) {
       RequestStop();
-      // In these words: those of the code itself differ from one C++ library to the next.
-      throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
-                              "resource deadlock would occur");
+      platform::ThrowDeadlock();
     }
-    const std::lock_guard<std::mutex> guard(lock_);
+    const std::lock_guard<platform::Mutex> guard(lock_);
     RequestStop();
-    if (session_ != nullptr) {
-      session_->thread.join();
-    }
+    thread_.Join();
     UsbCallbacks().RemoveAll();
     UnregisterUsbMonitorClass();
-    session_.reset();
+    started_ = false;
+    library_.Reset();
   }
 
  private:
-  // From a start to a stop.
-  struct Session {
-    platform::ScopedModule library;  // This one: its code must be there as long as the thread runs.
-    std::thread thread;
-  };
-
-  bool IsOwnThread() const { return thread_id_ == GetCurrentThreadId(); }
-
   // The request is noted before the window is looked at, and the thread shows its window before it looks for a request:
   // a stop that comes while the thread is starting is seen by one of the two.
   void RequestStop() {
@@ -81,16 +69,12 @@ class HotplugMonitor {
   }
 
   void Run() {
-    thread_id_ = GetCurrentThreadId();
-    {
-      const UsbMonitorWindow window;
-      window_ = window.get();
-      if (window.valid()) {
-        DispatchMessages(window.get());
-      }
-      window_ = nullptr;
+    const UsbMonitorWindow window;
+    window_ = window.get();
+    if (window.valid()) {
+      DispatchMessages(window.get());
     }
-    thread_id_ = 0;
+    window_ = nullptr;
   }
 
   void DispatchMessages(HWND window) const {
@@ -105,17 +89,18 @@ class HotplugMonitor {
   }
 
   platform::Mutex lock_;  // Held over a whole start or stop.
-  std::unique_ptr<Session> session_;
+  bool started_ = false;
+  platform::Thread thread_;
+  platform::ScopedModule library_;  // This one, from a start to a stop: the thread runs its code.
   std::atomic<bool> stop_requested_{false};
   std::atomic<HWND> window_{nullptr};
-  std::atomic<DWORD> thread_id_{0};  // 0: none that runs.
 };
 
 HotplugMonitor g_monitor;
 
 }  // namespace
 
-void StartUsbHotplugMonitor() { g_monitor.Start(); }
+bool StartUsbHotplugMonitor() { return g_monitor.Start(); }
 
 void StopUsbHotplugMonitor() { g_monitor.Stop(); }
 

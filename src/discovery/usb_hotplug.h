@@ -7,8 +7,8 @@
 
 namespace vexo {
 
-// Nothing happens when it has been started. Throws std::bad_alloc or std::system_error when there is no thread for it.
-void StartUsbHotplugMonitor();
+// Nothing happens when it has been started. False: the system has no thread to give.
+bool StartUsbHotplugMonitor();
 
 // Ends the thread, if there is one, waits for it, and removes all callbacks from UsbCallbacks(). Throws
 // std::system_error (resource deadlock would occur) on the thread itself, which cannot wait for its own end; it ends

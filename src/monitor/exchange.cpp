@@ -40,14 +40,14 @@ int32_t SendGsParenH(CVEXOPrinterReadHelper* monitor, const Bytes& body, uint32_
 }
 
 int32_t SendForAnswer(CVEXOPrinterReadHelper* monitor, const Bytes& command) {
-  const std::lock_guard<std::recursive_mutex> guard(monitor->io_lock());
+  const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
   monitor->Poll(0);
   monitor->queue().Purge();
   return monitor->Send(command);
 }
 
 int32_t AwaitAnswer(CVEXOPrinterReadHelper* monitor, const Bytes& command) {
-  const std::lock_guard<std::recursive_mutex> guard(monitor->io_lock());
+  const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
   const int32_t sent = SendForAnswer(monitor, command);
   if (sent != VEXO_OK) {
     return sent;

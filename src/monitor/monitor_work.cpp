@@ -47,7 +47,7 @@ int32_t CopyWord(bool on, char* buffer, int32_t buffer_length) {
 ReportRecord TakeQueryAnswer(CVEXOPrinterReadHelper* monitor) {
   for (int attempt = 0; attempt < kQueryAttempts; ++attempt) {
     {
-      const std::lock_guard<std::recursive_mutex> guard(monitor->io_lock());
+      const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
       ReportRecord answer = monitor->queue().TakeAnswer();
       if (answer.kind != RecordKind::kEmpty) {
         return answer;
@@ -102,7 +102,7 @@ int32_t QueryWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t buffer_
 StatusReport TakeStatusReport(CVEXOPrinterReadHelper* monitor) {
   ReportRecord event;
   {
-    const std::lock_guard<std::recursive_mutex> guard(monitor->io_lock());
+    const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
     event = monitor->queue().TakeEvent();
   }
   StatusReport report;

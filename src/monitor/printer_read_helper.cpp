@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 #include <new>
-#include <system_error>
 #include <utility>
 
 #include "platform/clock.h"
@@ -37,21 +36,17 @@ int32_t ReceiveTries(int64_t timeout_ms) {
 
 }  // namespace
 
-void CVEXOPrinterReadHelper::StartReader() {
-  reader_ = std::thread([this] { ReaderLoop(); });
+bool CVEXOPrinterReadHelper::StartReader() {
+  return reader_.Start([](void* monitor) { static_cast<CVEXOPrinterReadHelper*>(monitor)->ReaderLoop(); }, this);
 }
 
 void CVEXOPrinterReadHelper::StopReader() {
   callbacks_.RemoveAll();
   flags_ = Flags{/*stop_requested=*/true, /*work_open=*/false};
-  if (reader_.get_id() == std::this_thread::get_id()) {
-    // In these words: what a join itself would say differs from one C++ library to the next.
-    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
-                            "resource deadlock would occur");
+  if (reader_.IsCurrent()) {
+    vexo::platform::ThrowDeadlock();
   }
-  if (reader_.joinable()) {
-    reader_.join();
-  }
+  reader_.Join();
 }
 
 // Nothing may escape from here: it would end the host.
@@ -70,7 +65,7 @@ void CVEXOPrinterReadHelper::PollWhileWorkIsOpen() {
   if (!work_open()) {
     return;
   }
-  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
   if (work_open()) {
     Poll(0);
   }
@@ -86,7 +81,7 @@ void CVEXOPrinterReadHelper::PauseReader() const {
 }
 
 int32_t CVEXOPrinterReadHelper::BindPrinter(VexoPrinterHandle* handle) {
-  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
   const int32_t result = vexo::PrinterConnection(handle).Check();
   last_result_ = result;
   printer_ = result == VEXO_OK ? handle : nullptr;
@@ -116,7 +111,7 @@ int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
 }
 
 void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
-  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
   received_.Reserve(kPollSize);  // What has been read must not be lost for want of memory.
   uint8_t bytes[kPollSize];
   uint32_t count = 0;
@@ -190,7 +185,7 @@ uint32_t CVEXOPrinterReadHelper::FetchJobEndValue() {
 }
 
 void CVEXOPrinterReadHelper::ForgetJobs() {
-  const std::lock_guard<std::recursive_mutex> guard(io_lock_);
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
   received_.Clear();
   queue_.Clear();
   requested_task_id_ = 1;

@@ -5,13 +5,13 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
-#include <thread>
 
 #include "monitor/callback_registry.h"
 #include "monitor/receive_buffer.h"
 #include "monitor/reply_queue.h"
 #include "monitor/report_decoder.h"
 #include "platform/mutex.h"
+#include "platform/thread.h"
 #include "protocol/bytes.h"
 #include "vexo/extend.h"
 
@@ -26,8 +26,8 @@ struct CVEXOPrinterReadHelper {
   CVEXOPrinterReadHelper(const CVEXOPrinterReadHelper&) = delete;
   CVEXOPrinterReadHelper& operator=(const CVEXOPrinterReadHelper&) = delete;
 
-  // Throws std::system_error when the system has no thread to give.
-  void StartReader();
+  // False: the system has no thread to give.
+  bool StartReader();
 
   // Removes the callbacks, then ends the reader thread and waits for that: for the rest of its pause, at most 100 ms,
   // and for the poll under way. Throws std::system_error (resource deadlock would occur) on the reader thread itself,
@@ -57,7 +57,7 @@ struct CVEXOPrinterReadHelper {
   // Forgets everything received and both task numbers.
   void ForgetJobs();
 
-  std::recursive_mutex& io_lock() { return io_lock_; }
+  vexo::platform::RecursiveMutex& io_lock() { return io_lock_; }
   vexo::ReplyQueue& queue() { return queue_; }  // Under the I/O lock.
   vexo::CallbackRegistry& callbacks() { return callbacks_; }
 
@@ -85,7 +85,7 @@ struct CVEXOPrinterReadHelper {
   vexo::ReceiveBuffer received_;
   vexo::ReplyQueue queue_;
   vexo::platform::RecursiveMutex io_lock_;
-  std::thread reader_;
+  vexo::platform::Thread reader_;
   std::atomic<Flags> flags_{Flags{}};
   std::atomic<int32_t> requested_task_id_{1};
   int32_t current_task_id_ = 0;  // Of the job that the printer last reported as started.

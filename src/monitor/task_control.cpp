@@ -10,11 +10,10 @@
 namespace vexo {
 namespace {
 
-const Bytes& ClearCommand(ProtocolFamily family) {
-  static const Bytes kV1 = {0x1B, 0x1C, 0x26, 0x63, 0x6C};
-  static const Bytes kGsParenH = {0x10, 0x14, 0x08, 0x01, 0x03, 0x14, 0x01, 0x06, 0x02, 0x08};
-  return family == ProtocolFamily::kV1 ? kV1 : kGsParenH;
-}
+const Bytes kClearV1 = {0x1B, 0x1C, 0x26, 0x63, 0x6C};
+const Bytes kClearGsParenH = {0x10, 0x14, 0x08, 0x01, 0x03, 0x14, 0x01, 0x06, 0x02, 0x08};
+
+const Bytes& ClearCommand(ProtocolFamily family) { return family == ProtocolFamily::kV1 ? kClearV1 : kClearGsParenH; }
 
 // The length field counts three bytes although a fourth one follows when an answer is wanted: printers take it so.
 Bytes ResetCommand(bool await_answer) {
@@ -41,7 +40,7 @@ int32_t TagNextJob(CVEXOPrinterReadHelper* monitor, int32_t task_id) {
 int32_t ClearTasks(CVEXOPrinterReadHelper* monitor) { return AwaitAnswer(monitor, ClearCommand(monitor->family())); }
 
 int32_t QueryDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status) {
-  const std::lock_guard<std::recursive_mutex> guard(monitor->io_lock());
+  const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
   const int32_t sent = SendForAnswer(monitor, BuildGetValCommand("reprint_status"));
   if (sent != VEXO_OK) {
     return sent;

@@ -41,7 +41,7 @@ VexoPort* PortRegistry::Add(const VexoPort& prototype, std::unique_ptr<PortDrive
   if (prototype.kind == VEXO_PORT_BLUETOOTH) {
     live->keepsake_.push_back(live->driver_);
   }
-  const std::lock_guard<std::mutex> guard(mutex_);
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   void* const key = NewKey();
   const auto added = content_->drivers.emplace(key, live).first;
   try {
@@ -81,7 +81,7 @@ std::shared_ptr<LiveDriver> PortRegistry::Use(const VexoPort* port, int32_t* err
   if (port == nullptr) {
     return nullptr;
   }
-  const std::lock_guard<std::mutex> guard(mutex_);
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   if (port->magic != VEXO_PORT_MAGIC) {
     return nullptr;
   }
@@ -95,7 +95,7 @@ std::shared_ptr<LiveDriver> PortRegistry::Use(const VexoPort* port, int32_t* err
 }
 
 std::shared_ptr<LiveDriver> PortRegistry::Remove(const VexoPort* port) {
-  const std::lock_guard<std::mutex> guard(mutex_);
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   const auto found = content_->drivers.find(port->driver);
   if (found == content_->drivers.end() || &*found->second->record_ != port) {
     return nullptr;

@@ -25,7 +25,7 @@ constexpr uint32_t kReceiveSize = 4096;
 bool IsUsb(const std::string& descriptor) { return descriptor.find("USB") != std::string::npos; }
 
 // Every operation looks at the session under its lock; one on a USB port keeps the lock to its end.
-void UnlockUnlessUsb(std::unique_lock<std::mutex>* lock, const std::string& descriptor) {
+void UnlockUnlessUsb(std::unique_lock<platform::Mutex>* lock, const std::string& descriptor) {
   if (!IsUsb(descriptor)) {
     lock->unlock();
   }
@@ -62,7 +62,7 @@ VexoPrinterHandle* DeviceSession::ExternalHandle() {
 }
 
 int32_t DeviceSession::Connect(const std::string& model_name, const std::string& descriptor) {
-  std::unique_lock<std::mutex> lock(mutex_);
+  std::unique_lock<platform::Mutex> lock(mutex_);
   if (handle_ != nullptr || (has_external_handle_ && last_result_ != VEXO_OK)) {
     return last_result_;
   }
@@ -132,7 +132,7 @@ void DeviceSession::ReadUsbIdentity() {
 }
 
 int32_t DeviceSession::Disconnect() {
-  std::unique_lock<std::mutex> lock(mutex_);
+  std::unique_lock<platform::Mutex> lock(mutex_);
   if (handle_ == ExternalHandle()) {
     handle_ = nullptr;
     connected_ = false;
@@ -148,7 +148,7 @@ int32_t DeviceSession::Disconnect() {
 }
 
 int32_t DeviceSession::Send(const Bytes& bytes) {
-  std::unique_lock<std::mutex> lock(mutex_);
+  std::unique_lock<platform::Mutex> lock(mutex_);
   if (!HasConnection()) {
     return Record(VEXO_ERROR_HANDLE);
   }
@@ -163,7 +163,7 @@ int32_t DeviceSession::Send(const Bytes& bytes) {
 }
 
 int32_t DeviceSession::Receive() {
-  std::unique_lock<std::mutex> lock(mutex_);
+  std::unique_lock<platform::Mutex> lock(mutex_);
   if (!HasConnection()) {
     return Record(VEXO_ERROR_HANDLE);
   }
@@ -202,7 +202,7 @@ int32_t DeviceSession::ReceiveOnce(uint32_t* count) {
 }
 
 bool DeviceSession::IsConnected() const {
-  const std::lock_guard<std::mutex> lock(mutex_);
+  const std::lock_guard<platform::Mutex> lock(mutex_);
   return HasConnection();
 }
 

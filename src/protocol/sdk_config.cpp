@@ -59,7 +59,7 @@ int32_t LoadSdkConfig() {
 }
 
 int32_t LoadSdkConfig(SdkConfigReference* loaded) {
-  const std::lock_guard<std::mutex> guard(g_mutex);
+  const std::lock_guard<platform::Mutex> guard(g_mutex);
   if (g_tables == nullptr) {
     try {
       g_tables = MakeTables();
@@ -74,14 +74,14 @@ int32_t LoadSdkConfig(SdkConfigReference* loaded) {
 
 void ReleaseSdkConfig() {
   SdkConfigReference released;  // Destroyed after the lock is given back.
-  const std::lock_guard<std::mutex> guard(g_mutex);
+  const std::lock_guard<platform::Mutex> guard(g_mutex);
   if (g_uses > 0 && --g_uses == 0) {
     released = std::move(g_tables);
   }
 }
 
 SdkConfigReference LoadedSdkConfig() {
-  const std::lock_guard<std::mutex> guard(g_mutex);
+  const std::lock_guard<platform::Mutex> guard(g_mutex);
   return g_tables;
 }
 

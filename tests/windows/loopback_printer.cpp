@@ -15,6 +15,14 @@ bool AwaitReadable(const Socket& socket) {
   return select(0, &set, nullptr, nullptr, &limit) == 1;
 }
 
+sockaddr_in AddressOf(const std::string& ip, uint16_t port) {
+  sockaddr_in address = {};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = inet_addr(ip.c_str());
+  address.sin_port = htons(port);
+  return address;
+}
+
 }  // namespace
 
 std::string Connection::Receive(size_t length) {
@@ -50,10 +58,7 @@ LoopbackPrinter::LoopbackPrinter(PrinterState state, const std::string& ip, uint
   WSADATA data = {};
   EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0);
   listener_ = Socket(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
-  sockaddr_in address = {};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = inet_addr(ip.c_str());
-  address.sin_port = htons(port);
+  sockaddr_in address = AddressOf(ip, port);
   EXPECT_EQ(bind(listener_.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0) << WSAGetLastError();
   int size = sizeof(address);
   getsockname(listener_.get(), reinterpret_cast<sockaddr*>(&address), &size);
@@ -71,6 +76,12 @@ LoopbackPrinter::~LoopbackPrinter() {
 Connection LoopbackPrinter::Accept() {
   EXPECT_TRUE(AwaitReadable(listener_)) << "no host connects";
   return Connection(Socket(accept(listener_.get(), nullptr, nullptr)));
+}
+
+void LoopbackPrinter::Visit() const {
+  const Socket host(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
+  const sockaddr_in address = AddressOf(ip_, port_);
+  EXPECT_EQ(connect(host.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0) << WSAGetLastError();
 }
 
 }  // namespace vexo::test

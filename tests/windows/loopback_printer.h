@@ -69,6 +69,9 @@ class LoopbackPrinter {
   // The next connection that hosts have made.
   Connection Accept();
 
+  // A host connects and leaves again: ends an Accept on another thread.
+  void Visit() const;
+
  private:
   const std::string ip_;
   uint16_t port_ = 0;

@@ -3,15 +3,16 @@
 
 #include <array>
 
+#include "platform/windows/exception_memory.h"
+
 namespace {
 
 #if defined(__MINGW32__)
 
-// The compiler's thread library keeps two handles for each thread that has run code of this DLL and gives them back
-// when the thread ends, and one thread-local slot that it never gives back. The thread that unloads the DLL lives on: a
-// host that loads the library for each job would lose two handles every time, and run out of slots after a thousand.
-// (Other threads that have called the library and outlive it keep theirs: only the system could tell the DLL of them.
-// And half a KiB of the memory in which that library describes a thread cannot be had back.)
+// The compiler's thread library keeps two handles for the thread that has started the C++ library of this DLL and gives
+// them back when that thread ends, and one thread-local slot that it never gives back. The thread that unloads the DLL
+// lives on: a host that loads the library for each job would lose two handles every time, and run out of slots after a
+// thousand. (Half a KiB of the memory in which that library describes a thread cannot be had back.)
 
 constexpr DWORD kThreadLocalSlots = 64 + 1024;
 
@@ -53,30 +54,13 @@ void LeaveThread(HINSTANCE /*library*/) {}
 
 }  // namespace
 
-#if defined(__GLIBCXX__)
-
-// The C++ library keeps memory for exceptions that are thrown when there is none, 73 KiB. It has no header for the
-// function that gives it back, and does not call it.
-namespace __gnu_cxx {
-void __freeres() noexcept;  // NOLINT(bugprone-reserved-identifier): its own name.
-}  // namespace __gnu_cxx
-
-namespace {
-void GiveReserveBack() { __gnu_cxx::__freeres(); }
-}  // namespace
-
-#else
-
-namespace {
-void GiveReserveBack() {}
-}  // namespace
-
-#endif
-
 extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID process_ends) {
+  if (reason == DLL_THREAD_DETACH) {
+    vexo::platform::ReleaseExceptionMemoryOfThread();
+  }
   if (reason == DLL_PROCESS_DETACH && process_ends == nullptr) {
+    vexo::platform::ReleaseExceptionMemory();
     LeaveThread(library);
-    GiveReserveBack();
   }
   return TRUE;
 }

@@ -2,10 +2,10 @@
 #ifndef VEXO_PLATFORM_WINDOWS_IDLE_HANDLES_H_
 #define VEXO_PLATFORM_WINDOWS_IDLE_HANDLES_H_
 
+#include <array>
 #include <cstddef>
 #include <mutex>
 #include <utility>
-#include <vector>
 
 #include "platform/mutex.h"
 #include "platform/windows/scoped_handle.h"
@@ -16,31 +16,26 @@ namespace vexo::platform {
 // any thread.
 class IdleHandles {
  public:
-  IdleHandles() { handles_.reserve(kMost); }
-
   // Not valid: none is idle.
   ScopedHandle Take() {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    if (handles_.empty()) {
-      return {};
-    }
-    ScopedHandle handle = std::move(handles_.back());
-    handles_.pop_back();
-    return handle;
+    const std::lock_guard<Mutex> guard(mutex_);
+    return count_ > 0 ? std::move(handles_[--count_]) : ScopedHandle();
   }
 
+  // Without room, the handle is closed.
   void GiveBack(ScopedHandle handle) {
-    const std::lock_guard<std::mutex> guard(mutex_);
-    if (handle.valid() && handles_.size() < handles_.capacity()) {
-      handles_.push_back(std::move(handle));  // Needs no memory; without room, the handle is closed.
+    const std::lock_guard<Mutex> guard(mutex_);
+    if (handle.valid() && count_ < handles_.size()) {
+      handles_[count_++] = std::move(handle);
     }
   }
 
  private:
   static constexpr size_t kMost = 64;
 
-  platform::Mutex mutex_;
-  std::vector<ScopedHandle> handles_;
+  Mutex mutex_;
+  std::array<ScopedHandle, kMost> handles_;
+  size_t count_ = 0;
 };
 
 }  // namespace vexo::platform

@@ -31,6 +31,9 @@ class ScopedModule {
     return found;
   }
 
+  // Gives the reference up without giving it back.
+  void Release() { module_ = nullptr; }
+
   void Reset() {
     if (module_ != nullptr) {
       FreeLibrary(std::exchange(module_, nullptr));

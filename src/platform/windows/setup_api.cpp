@@ -20,28 +20,26 @@ bool FindAll(HMODULE library, SetupApi* api) {
          Find(library, "CM_Get_Device_IDA", &api->GetDeviceId);
 }
 
-// Stays loaded: this library must not unload another one while it is being unloaded itself.
-struct LoadedSetupApi {
-  LoadedSetupApi() {
-    const HMODULE library = LoadLibraryExA("setupapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
-    complete = library != nullptr && FindAll(library, &api);
-    error = complete ? ERROR_SUCCESS : GetLastError();
-  }
+SetupApi g_api = {};
 
-  SetupApi api = {};
-  bool complete = false;
-  DWORD error = ERROR_SUCCESS;
-};
+// setupapi.dll stays loaded: this library must not unload another one while it is being unloaded itself.
+BOOL CALLBACK Load(INIT_ONCE* /*once*/, void* error, void** /*context*/) {
+  const HMODULE library = LoadLibraryExA("setupapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+  const bool complete = library != nullptr && FindAll(library, &g_api);
+  *static_cast<DWORD*>(error) = complete ? ERROR_SUCCESS : GetLastError();
+  return complete ? TRUE : FALSE;
+}
 
 }  // namespace
 
 const SetupApi* LoadSetupApi() {
-  static const LoadedSetupApi loaded;
-  if (!loaded.complete) {
-    SetLastError(loaded.error);
+  static INIT_ONCE once = INIT_ONCE_STATIC_INIT;
+  DWORD error = ERROR_SUCCESS;
+  if (InitOnceExecuteOnce(&once, Load, &error, nullptr) == FALSE) {
+    SetLastError(error);
     return nullptr;
   }
-  return &loaded.api;
+  return &g_api;
 }
 
 }  // namespace vexo::platform

@@ -1,0 +1,16 @@
+#include <system_error>
+
+#include "platform/thread.h"
+
+namespace vexo::platform {
+namespace {
+
+// Made when the library is loaded; copies share its text.
+const std::system_error kDeadlock(std::make_error_code(std::errc::resource_deadlock_would_occur),
+                                  "resource deadlock would occur");
+
+}  // namespace
+
+void ThrowDeadlock() { throw kDeadlock; }
+
+}  // namespace vexo::platform
