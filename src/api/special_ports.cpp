@@ -13,11 +13,12 @@ constexpr uint32_t kScannerGunClasses = 5;
 constexpr uint32_t kImagingClass = 6;
 
 int32_t OpenByClass(VexoPrinterHandle* handle, const char* descriptor, uint32_t device_class) {
-  const int32_t result = vexo::ReplaceHandlePort(handle, descriptor);
+  VexoPort* port = nullptr;
+  const int32_t result = vexo::ReplaceHandlePort(handle, descriptor, &port);
   if (result != VEXO_OK) {
     return result;
   }
-  return vexo::MarkHandleOpen(handle, vexo::OpenDeviceOfClass(handle->port, device_class, 1));
+  return vexo::MarkHandleOpen(handle, port, vexo::OpenDeviceOfClass(port, device_class, 1));
 }
 
 }  // namespace
@@ -31,18 +32,18 @@ int32_t ScannerPortOpen(VexoPrinterHandle* handle, const char* descriptor) {
 }
 
 int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descriptor) {
-  const int32_t result = vexo::ReplaceHandlePort(handle, descriptor);
+  VexoPort* port = nullptr;
+  const int32_t result = vexo::ReplaceHandlePort(handle, descriptor, &port);
   if (result != VEXO_OK) {
     return result;
   }
-  VexoPort* const port = handle->port;
   switch (port->kind) {
     case VEXO_PORT_USB:
-      return vexo::MarkHandleOpen(handle, vexo::OpenDeviceOfClass(port, kFirstScannerGunClass, kScannerGunClasses));
+      return vexo::MarkHandleOpen(handle, port,
+                                  vexo::OpenDeviceOfClass(port, kFirstScannerGunClass, kScannerGunClasses));
     case VEXO_PORT_SERIAL:
-      return vexo::MarkHandleOpen(handle, port->Open(port));
-    default:
-      return vexo::MarkHandleOpen(handle,
-                                  VEXO_OK);  // Its user opens it: a printer's own connection is not to be taken here.
+      return vexo::MarkHandleOpen(handle, port, port->Open(port));
+    default:  // Its user opens it: a printer's own connection is not to be taken here.
+      return vexo::MarkHandleOpen(handle, port, VEXO_OK);
   }
 }

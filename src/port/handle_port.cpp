@@ -1,43 +1,66 @@
 #include "port/handle_port.h"
 
+#include <mutex>
+
+#include "platform/mutex.h"
 #include "port/port_factory.h"
 #include "port/port_object.h"
 #include "port/shared_field.h"
 #include "vexo/error.h"
 
 namespace vexo {
+namespace {
 
-// The handle lets go of the old object before that is closed, so that another thread which still uses the handle finds
-// it closed and not half torn down. Whatever closing reports must not keep a host from opening the next port.
-int32_t ReplaceHandlePort(VexoPrinterHandle* handle, const char* descriptor) {
-  if (handle == nullptr || handle->magic != VEXO_PRINTER_MAGIC) {
-    return VEXO_ERROR_HANDLE;
-  }
-  VexoPort* const old_port = handle->port;
+// Held while the two fields of a handle are changed together, never while a port is used.
+platform::Mutex g_handles;
+
+// Gives the port that the handle held.
+VexoPort* Exchange(VexoPrinterHandle* handle, VexoPort* port) {
+  const std::lock_guard<platform::Mutex> guard(g_handles);
+  VexoPort* const old_port = LoadField(handle->port);
   StoreField<uint8_t>(&handle->portOpen, 0);
-  StoreField<VexoPort*>(&handle->port, nullptr);
+  StoreField(&handle->port, port);
+  return old_port;
+}
+
+// Whatever closing reports must not keep a host from opening the next port.
+void ReplaceWith(VexoPrinterHandle* handle, VexoPort* port) {
+  VexoPort* const old_port = Exchange(handle, port);
   if (old_port != nullptr) {
     ClosePort(old_port);
   }
-  VexoPort* port = nullptr;
-  const int32_t result = OpenPort(&port, descriptor);
-  StoreField(&handle->port, port);
+}
+
+}  // namespace
+
+// The handle lets go of the old object before that is closed, so that another thread which still uses the handle finds
+// it closed and not half torn down.
+int32_t ReplaceHandlePort(VexoPrinterHandle* handle, const char* descriptor, VexoPort** port) {
+  if (handle == nullptr || LoadField(handle->magic) != VEXO_PRINTER_MAGIC) {
+    return VEXO_ERROR_HANDLE;
+  }
+  ReplaceWith(handle, nullptr);
+  VexoPort* made = nullptr;
+  const int32_t result = OpenPort(&made, descriptor);
+  if (result == VEXO_OK) {
+    ReplaceWith(handle, made);
+    *port = made;
+  }
   return result;
 }
 
-int32_t MarkHandleOpen(VexoPrinterHandle* handle, int32_t result) {
-  if (result == VEXO_OK) {
+int32_t MarkHandleOpen(VexoPrinterHandle* handle, const VexoPort* port, int32_t result) {
+  const std::lock_guard<platform::Mutex> guard(g_handles);
+  if (result == VEXO_OK && LoadField(handle->port) == port) {
     StoreField<uint8_t>(&handle->portOpen, 1);
   }
   return result;
 }
 
 int32_t ReconnectHandle(VexoPrinterHandle* handle, const char* descriptor) {
-  const int32_t result = ReplaceHandlePort(handle, descriptor);
-  if (result != VEXO_OK) {
-    return result;
-  }
-  return MarkHandleOpen(handle, handle->port->Open(handle->port));
+  VexoPort* port = nullptr;
+  const int32_t result = ReplaceHandlePort(handle, descriptor, &port);
+  return result == VEXO_OK ? MarkHandleOpen(handle, port, port->Open(port)) : result;
 }
 
 }  // namespace vexo

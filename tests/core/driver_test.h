@@ -14,7 +14,7 @@ class DriverTest : public ::testing::Test {
   DriverTest() { SetDriverScript({}); }
   ~DriverTest() override {
     SetDriverScript({});
-    ReplaceHandlePort(&handle_, "");  // Gives the port back.
+    DiskPortOpen(&handle_, "");  // Gives the port back.
     ExpectNothingHeld();
   }
 

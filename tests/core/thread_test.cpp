@@ -70,5 +70,19 @@ TEST_F(Threads, PrinterFunctionsMeetTheReopeningOfTheirHandle) {
   EXPECT_EQ(0, strange);
 }
 
+// The handle keeps one of the ports, and all others are given back.
+TEST_F(Threads, PortsAreOpenedIntoOneHandleBySeveralThreads) {
+  RunOnThreads(3, [&](int thread) {
+    for (int round = 0; round < 500; ++round) {
+      const char* const text = thread == 0 ? "COM1,9600" : thread == 1 ? "NET,10.0.0.5" : "";
+      const int32_t result = ScannerGunPortOpen(&handle_, text);
+      EXPECT_TRUE(result == (thread == 2 ? -301 : 0) || (thread == 0 && result == -6)) << result;
+    }
+  });
+  EXPECT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
+  EXPECT_EQ(drivers_to_stay_ + 1, LivingDrivers());
+  EXPECT_EQ(1, handle_.portOpen);
+}
+
 }  // namespace
 }  // namespace vexo::test
