@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <limits>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -20,6 +21,7 @@ int32_t BufferPort::Open() {
   if (bytes == nullptr) {
     return VEXO_ERROR_OUT_OF_MEMORY;
   }
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   bytes_ = std::move(bytes);
   capacity_ = kFirstCapacity;
   fill_ = 0;
@@ -27,6 +29,7 @@ int32_t BufferPort::Open() {
 }
 
 int32_t BufferPort::Close() {
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   bytes_.reset();
   capacity_ = 0;
   fill_ = 0;
@@ -34,11 +37,13 @@ int32_t BufferPort::Close() {
 }
 
 int32_t BufferPort::CheckOpen() {
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   fill_ = 0;
   return VEXO_OK;
 }
 
 int32_t BufferPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   if (capacity_ - fill_ < length) {
     if (length > std::numeric_limits<uint32_t>::max() - fill_) {
       return VEXO_ERROR_OUT_OF_MEMORY;
@@ -74,6 +79,7 @@ int32_t BufferPort::Grow(uint32_t needed) {
 }
 
 int32_t BufferPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
+  const std::lock_guard<platform::Mutex> guard(mutex_);
   if (fill_ == 0) {
     return VEXO_OK;
   }

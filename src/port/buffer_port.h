@@ -5,10 +5,12 @@
 #include <cstdint>
 #include <memory>
 
+#include "platform/mutex.h"
 #include "port/port_driver.h"
 
 namespace vexo {
 
+// Safe to close while another thread writes or reads.
 class BufferPort : public PortDriver {
  public:
   // Starts with an empty buffer of 2048 bytes. -9: no memory; what was there stays.
@@ -29,6 +31,7 @@ class BufferPort : public PortDriver {
  private:
   int32_t Grow(uint32_t needed);
 
+  platform::Mutex mutex_;
   std::unique_ptr<uint8_t[]> bytes_;
   uint32_t capacity_ = 0;
   uint32_t fill_ = 0;

@@ -135,7 +135,8 @@ int32_t ClosePort(VexoPort* port) {
   if (ours != nullptr) {
     const bool in_use = ours.use_count() > 1;
     if (in_use) {
-      (*ours)->Abort();  // Another thread is in the middle of a transfer. It is to end soon, and then closes.
+      (*ours)->Abort();  // Another thread is in the middle of a transfer, which is to end.
+      (*ours)->Close();
     }
   } else if (port->Close != nullptr) {
     port->Close(port);

@@ -19,8 +19,8 @@ VexoPort* MakePortObject(uint32_t kind, std::unique_ptr<PortDriver> driver, Port
 // own Close and nothing of it is freed. -6: null or wrong magic. -4: a Bluetooth port; it is closed, but its driver is
 // deliberately not freed. 0 otherwise, whatever Close returned.
 //
-// A transfer that another thread has under way is aborted, and the device is closed when it has returned; later
-// operations on the stale record give -6 (Bluetooth: -308).
+// A transfer that another thread has under way is aborted and ends; later operations on the stale record give -6
+// (Bluetooth: -308).
 int32_t ClosePort(VexoPort* port);
 
 // Opens the device of a port object made here by device class; see PortDriver::OpenDeviceOfClass.

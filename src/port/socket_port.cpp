@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <mutex>
 #include <utility>
 
 #include "platform/clock.h"
@@ -18,8 +19,6 @@ constexpr timeval kNoWait = {0, 0};
 timeval ToTimeval(uint32_t milliseconds) {
   return {static_cast<long>(milliseconds / 1000), static_cast<long>(milliseconds % 1000) * 1000};
 }
-
-using Use = platform::ScopedSocket::Use;
 
 // A set of one socket for select.
 struct SocketSet {
@@ -91,8 +90,23 @@ int Receive(SOCKET socket, uint8_t* bytes, uint32_t length) {
   return recv(socket, reinterpret_cast<char*>(bytes), ToInt(length), 0);
 }
 
+}  // namespace
+
+// One call to the system on the socket of an opening; INVALID_SOCKET when that is over. The socket is looked at before
+// the opening is: one that another opening has put in place is never used.
+class SocketPort::Use {
+ public:
+  Use(const SocketPort& port, Opening opening) : use_(port.socket_), over_(port.IsOver(opening)) {}
+
+  SOCKET get() const { return over_ ? INVALID_SOCKET : use_.get(); }
+
+ private:
+  const platform::ScopedSocket::Use use_;
+  const bool over_;
+};
+
 // The time left to a Write; a budget of 0 means no limit.
-class WriteBudget {
+class SocketPort::WriteBudget {
  public:
   explicit WriteBudget(uint32_t milliseconds)
       : limited_(milliseconds != 0), left_(milliseconds), last_step_(platform::TickCount()) {}
@@ -119,7 +133,27 @@ class WriteBudget {
   timeval limit_ = {};
 };
 
-}  // namespace
+SocketPort::Opening SocketPort::BeginOpening() {
+  const std::lock_guard<platform::Mutex> guard(replacing_);
+  return ++opening_;
+}
+
+int32_t SocketPort::EndOpening(Opening opening, int32_t result) {
+  const std::lock_guard<platform::Mutex> guard(replacing_);
+  if (IsOver(opening)) {
+    return VEXO_ERROR_IO_NOT_OPEN;
+  }
+  is_open_ = result == VEXO_OK;
+  if (!socket_.valid()) {
+    winsock_.Stop();
+  }
+  return result;
+}
+
+// What a step has met after its opening was over comes of that.
+int32_t SocketPort::Judge(Opening opening, int32_t result) const {
+  return result != VEXO_OK && IsOver(opening) ? VEXO_ERROR_IO_NOT_OPEN : result;
+}
 
 int32_t SocketPort::Open() {
   if (!configured()) {
@@ -129,26 +163,29 @@ int32_t SocketPort::Open() {
     return VEXO_ERROR_IO_ALREADY_OPEN;
   }
   Close();  // An Open that failed half-way may have left its socket made.
+  const Opening opening = BeginOpening();
   const int start_error = winsock_.Start();
   if (start_error != 0) {
     return start_error;
   }
   SetAddress();
-  int32_t result = MakeSocket();
+  int32_t result = MakeSocket(opening);
   if (result == VEXO_OK) {
-    result = Connect();
+    result = Connect(opening);
   }
-  is_open_ = result == VEXO_OK;
-  if (!socket_.valid()) {
-    winsock_.Stop();
-  }
-  return result;
+  return EndOpening(opening, result);
 }
 
 int32_t SocketPort::Close() {
-  is_open_ = false;
-  has_socket_ = false;
-  socket_.ShutDown(SD_RECEIVE);
+  SOCKET socket = INVALID_SOCKET;
+  {
+    const std::lock_guard<platform::Mutex> guard(replacing_);
+    ++opening_;
+    is_open_ = false;
+    has_socket_ = false;
+    socket = socket_.Exchange(INVALID_SOCKET);
+  }
+  socket_.ShutDown(socket, SD_RECEIVE);
   winsock_.Stop();
   return VEXO_OK;
 }
@@ -162,7 +199,7 @@ int32_t SocketPort::Abort() {
 
 int32_t SocketPort::SetTimeouts(const VexoPortTimeouts& timeouts) {
   DevicePort::SetTimeouts(timeouts);
-  const Use use(socket_);
+  const platform::ScopedSocket::Use use(socket_);
   if (use.get() != INVALID_SOCKET) {
     SetTransferTimeouts(use.get());
   }
@@ -177,62 +214,79 @@ void SocketPort::SetTransferTimeouts(SOCKET socket) const {
   setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, reinterpret_cast<const char*>(&send_ms), sizeof(send_ms));
 }
 
+// The old socket is shut down. When the opening is over, it is the new one that is closed, and nothing has changed.
+bool SocketPort::PutInPlace(Opening opening, SOCKET socket) {
+  bool over = false;
+  SOCKET old = socket;
+  {
+    const std::lock_guard<platform::Mutex> guard(replacing_);
+    over = IsOver(opening);
+    if (!over) {
+      old = socket_.Exchange(socket);
+      has_socket_ = has_socket_ || socket != INVALID_SOCKET;
+    }
+  }
+  socket_.ShutDown(old, SD_BOTH);
+  return !over;
+}
+
+void SocketPort::DropSocket(Opening opening) {
+  PutInPlace(opening, INVALID_SOCKET);
+  const std::lock_guard<platform::Mutex> guard(replacing_);
+  has_socket_ = has_socket_ && IsOver(opening);
+}
+
 // Options that failed leave the socket made.
-int32_t SocketPort::MakeSocket() {
-  socket_.Reset(CreateSocket());
-  if (!socket_.valid()) {
+int32_t SocketPort::MakeSocket(Opening opening) {
+  const SOCKET socket = CreateSocket();
+  if (socket == INVALID_SOCKET) {
     const int error = WSAGetLastError();
-    has_socket_ = false;
+    DropSocket(opening);
     return error;
   }
-  has_socket_ = true;
-  return SetOptions(Use(socket_).get());
+  const int32_t result = SetOptions(socket);
+  return PutInPlace(opening, socket) ? result : VEXO_ERROR_IO_NOT_OPEN;
 }
 
 // A failed attempt spoils its socket, so the second one starts with a fresh one. After the last, none is left: what
 // looks like a connection must be one.
-int32_t SocketPort::Connect() {
+int32_t SocketPort::Connect(Opening opening) {
   for (int attempt = 1;; ++attempt) {
-    int32_t result = ConnectOnce();
+    int32_t result = ConnectOnce(opening);
     if (result == VEXO_OK) {
       return VEXO_OK;
     }
-    socket_.ShutDown(SD_BOTH);
-    if (attempt < kConnectAttempts) {
-      result = MakeSocket();
+    PutInPlace(opening, INVALID_SOCKET);
+    if (attempt < kConnectAttempts && !IsOver(opening)) {
+      result = MakeSocket(opening);
       if (result == VEXO_OK) {
         continue;
       }
     }
-    DropSocket();
-    return result;
+    DropSocket(opening);
+    return Judge(opening, result);
   }
-}
-
-void SocketPort::DropSocket() {
-  socket_.ShutDown(SD_BOTH);
-  has_socket_ = false;
 }
 
 bool SocketPort::IsConnectedByBinding(SOCKET /*socket*/) { return false; }
 
-int32_t SocketPort::ConnectOnce() {
-  if (IsConnectedByBinding(Use(socket_).get())) {
+int32_t SocketPort::ConnectOnce(Opening opening) {
+  if (IsConnectedByBinding(Use(*this, opening).get())) {
     return VEXO_OK;
   }
-  if (SetBlocking(Use(socket_).get(), false) == SOCKET_ERROR) {
+  if (SetBlocking(Use(*this, opening).get(), false) == SOCKET_ERROR) {
     return WSAGetLastError();
   }
-  const int32_t result = AwaitConnection();
-  SetBlocking(Use(socket_).get(), true);
+  const int32_t result = AwaitConnection(opening);
+  SetBlocking(Use(*this, opening).get(), true);
   return result;
 }
 
 // Only "writable" is waited for: a printer that refuses the connection, perhaps because it serves another host just
 // now, gets the whole time and is reported as not answering. So does one that no network leads to at this moment,
 // though its socket is not even connecting then: the second attempt may find the cable plugged in again.
-int32_t SocketPort::AwaitConnection() {
-  if (StartConnect(Use(socket_).get()) == 0) {
+int32_t SocketPort::AwaitConnection(Opening opening) {
+  if (StartConnect(Use(*this, opening).get()) == 0) {
     return VEXO_OK;
   }
   const timeval limit = ToTimeval(timeouts().connect);
@@ -242,29 +296,27 @@ int32_t SocketPort::AwaitConnection() {
     case 0:
       return VEXO_ERROR_IO_OPEN_FAILED;
     default:
-      return PendingError(Use(socket_).get());
+      return PendingError(Use(*this, opening).get());
   }
 }
 
 // Connecting the old socket again would report success and lose the job, so the first attempt needs a fresh one, too.
-int32_t SocketPort::Reconnect() {
-  if (!is_open_) {
-    return VEXO_ERROR_IO_NOT_OPEN;  // Another thread has closed the port, which looks like a dropped connection.
-  }
-  socket_.ShutDown(SD_BOTH);
-  const int32_t result = MakeSocket();
+// A port that another thread has closed looks like a dropped connection, and must not be connected again.
+int32_t SocketPort::Reconnect(Opening opening) {
+  PutInPlace(opening, INVALID_SOCKET);
+  const int32_t result = MakeSocket(opening);
   if (result != VEXO_OK) {
-    DropSocket();
-    return result;
+    DropSocket(opening);
+    return Judge(opening, result);
   }
-  return Connect();
+  return Connect(opening);
 }
 
 // Looks without waiting, once for all that matters: a look costs as much as sending a small piece. Printers drop idle
 // connections; the drop shows as an error, or as an end of the data.
-bool SocketPort::IsDropped(bool* writable) const {
+bool SocketPort::IsDropped(Opening opening, bool* writable) const {
   *writable = false;
-  const Use use(socket_);
+  const Use use(*this, opening);
   const SOCKET socket = use.get();
   if (socket == INVALID_SOCKET) {
     return true;
@@ -282,6 +334,7 @@ bool SocketPort::IsDropped(bool* writable) const {
 }
 
 int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
+  const Opening opening = opening_;
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
@@ -289,14 +342,19 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
     return VEXO_OK;
   }
   WSASetLastError(0);
-  bool writable_already = false;
-  if (IsDropped(&writable_already)) {
-    writable_already = false;
-    const int32_t result = Reconnect();
+  bool writable = false;
+  if (IsDropped(opening, &writable)) {
+    writable = false;
+    const int32_t result = Reconnect(opening);
     if (result != VEXO_OK) {
       return result;
     }
   }
+  return Judge(opening, WriteAll(opening, writable, buffer + offset, length, written));
+}
+
+// `writable`: whether the first piece needs no waiting.
+int32_t SocketPort::WriteAll(Opening opening, bool writable, const uint8_t* bytes, uint32_t length, uint32_t* written) {
   const uint32_t largest_piece = buffer_size_ != 0 ? buffer_size_ : kDefaultPiece;
   WriteBudget budget(TransferBudget(timeouts().writeMultiplier, length, timeouts().writeConstant));
   bool reconnected = false;
@@ -305,13 +363,12 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
     if (!budget.Step()) {
       return retried_error;
     }
-    const int writable = std::exchange(writable_already, false) ? 1 : AwaitWritable(socket_.get(), budget.limit());
-    if (writable <= 0) {
-      return writable == 0 ? VEXO_ERROR_IO_WRITE_TIMEOUT : WSAGetLastError();
+    const int room = std::exchange(writable, false) ? 1 : AwaitWritable(socket_.get(), budget.limit());
+    if (room <= 0) {
+      return room == 0 ? VEXO_ERROR_IO_WRITE_TIMEOUT : WSAGetLastError();
     }
     const uint32_t piece = std::min(largest_piece, length - *written);
-    const int sent =
-        send(Use(socket_).get(), reinterpret_cast<const char*>(buffer + offset + *written), ToInt(piece), 0);
+    const int sent = send(Use(*this, opening).get(), reinterpret_cast<const char*>(bytes + *written), ToInt(piece), 0);
     if (sent >= 0) {
       *written += static_cast<uint32_t>(sent);
       retried_error = VEXO_OK;
@@ -322,11 +379,10 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
       retried_error = error;
       continue;
     }
-    if (error != WSAECONNRESET || reconnected) {
+    if (error != WSAECONNRESET || std::exchange(reconnected, true)) {
       return error;
     }
-    reconnected = true;
-    const int32_t result = Reconnect();
+    const int32_t result = Reconnect(opening);
     if (result != VEXO_OK) {
       return result;
     }
@@ -335,18 +391,15 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
 }
 
 int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
+  const Opening opening = opening_;
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
-  if (length == 0 || IsAborted()) {
-    return VEXO_OK;
-  }
-  if (!socket_.valid()) {
-    const int32_t result = Reconnect();
-    if (result != VEXO_OK) {
-      return result;
-    }
-  }
+  return length == 0 ? VEXO_OK : Judge(opening, ReadAll(opening, buffer + offset, length, read));
+}
+
+// After a reconnect that failed there is no socket, and select says so.
+int32_t SocketPort::ReadAll(Opening opening, uint8_t* bytes, uint32_t length, uint32_t* read) {
   const uint32_t budget = TransferBudget(timeouts().readMultiplier, length, timeouts().readConstant);
   timeval wait = ToTimeval(budget);
   const timeval* const limit = budget != 0 ? &wait : nullptr;
@@ -355,12 +408,12 @@ int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint
     if (readable <= 0) {
       return readable == 0 ? VEXO_ERROR_IO_READ_TIMEOUT : WSAGetLastError();
     }
-    const int received = Receive(Use(socket_).get(), buffer + offset + *read, length - *read);
+    const int received = Receive(Use(*this, opening).get(), bytes + *read, length - *read);
     if (received == SOCKET_ERROR) {
       return WSAGetLastError();
     }
     if (received == 0) {
-      return Reconnect();
+      return Reconnect(opening);
     }
     *read += static_cast<uint32_t>(received);
     wait = ToTimeval(timeouts().readInterval);
@@ -369,24 +422,22 @@ int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint
 }
 
 int32_t SocketPort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
+  const Opening opening = opening_;
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
   if (from > to) {
     return VEXO_ERROR_PARAMETER;
   }
-  const Use use(socket_);
-  if (use.get() == INVALID_SOCKET) {
-    return VEXO_ERROR_IO_NOT_OPEN;  // Connecting again would take time; the next Write or Read does it.
-  }
   WSASetLastError(0);
+  const Use use(*this, opening);
   const int readable = AwaitReadable(use.get(), &kNoWait);
-  if (readable <= 0) {
-    return readable == 0 ? VEXO_OK : WSAGetLastError();
+  if (readable == 0) {
+    return VEXO_OK;
   }
-  const int received = Receive(use.get(), buffer + from, to - from);
+  const int received = readable > 0 ? Receive(use.get(), buffer + from, to - from) : SOCKET_ERROR;
   if (received == SOCKET_ERROR) {
-    return WSAGetLastError();
+    return Judge(opening, WSAGetLastError());
   }
   *read = static_cast<uint32_t>(received);
   return VEXO_OK;

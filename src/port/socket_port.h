@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/mutex.h"
 #include "platform/windows/winsock.h"
 #include "port/device_port.h"
 
@@ -45,17 +46,34 @@ class SocketPort : public DevicePort {
   uint32_t buffer_size() const { return buffer_size_; }
 
  private:
-  int32_t MakeSocket();
-  int32_t Connect();
-  int32_t ConnectOnce();
-  int32_t AwaitConnection();
-  int32_t Reconnect();
-  void DropSocket();
-  bool IsDropped(bool* writable) const;
+  // What the steps of one call of Open, Write or Read belong to: from an Open to the next Close, which may come from
+  // another thread at any time. A step that finds its opening over does nothing any more.
+  using Opening = uint32_t;
+
+  class Use;
+  class WriteBudget;
+
+  Opening BeginOpening();
+  int32_t EndOpening(Opening opening, int32_t result);
+  bool IsOver(Opening opening) const { return opening_ != opening; }
+  int32_t Judge(Opening opening, int32_t result) const;
+  bool PutInPlace(Opening opening, SOCKET socket);
+  int32_t MakeSocket(Opening opening);
+  int32_t Connect(Opening opening);
+  int32_t ConnectOnce(Opening opening);
+  int32_t AwaitConnection(Opening opening);
+  int32_t Reconnect(Opening opening);
+  void DropSocket(Opening opening);
+  bool IsDropped(Opening opening, bool* writable) const;
+  int32_t WriteAll(Opening opening, bool writable, const uint8_t* bytes, uint32_t length, uint32_t* written);
+  int32_t ReadAll(Opening opening, uint8_t* bytes, uint32_t length, uint32_t* read);
 
   const uint32_t buffer_size_;
   platform::WinsockUse winsock_;
   platform::ScopedSocket socket_;
+  platform::Mutex
+      replacing_;  // Held while the socket is replaced, by a reconnect or for good, and never while waiting.
+  std::atomic<Opening> opening_{0};
   std::atomic<bool> is_open_{false};
 
   // Stays true while a reconnect replaces the socket, so that an Abort from another thread is not lost meanwhile.

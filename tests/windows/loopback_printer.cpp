@@ -8,9 +8,9 @@
 namespace vexo::test {
 namespace {
 
-bool AwaitReadable(const Socket& socket) {
+bool AwaitReadable(const Socket& socket, long seconds = 30) {
   fd_set set = {};
-  timeval limit = {30, 0};
+  timeval limit = {seconds, 0};
   FD_SET(socket.get(), &set);
   return select(0, &set, nullptr, nullptr, &limit) == 1;
 }
@@ -77,6 +77,17 @@ Connection LoopbackPrinter::Accept() {
   EXPECT_TRUE(AwaitReadable(listener_)) << "no host connects";
   return Connection(Socket(accept(listener_.get(), nullptr, nullptr)));
 }
+
+void LoopbackPrinter::Listen() {
+  const BOOL again = TRUE;
+  const sockaddr_in address = AddressOf(ip_, port_);
+  listener_ = Socket(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
+  setsockopt(listener_.get(), SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&again), sizeof(again));
+  EXPECT_EQ(bind(listener_.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0);
+  EXPECT_EQ(listen(listener_.get(), 5), 0) << WSAGetLastError();
+}
+
+bool LoopbackPrinter::HasVisitor() const { return AwaitReadable(listener_, 0); }
 
 void LoopbackPrinter::Visit() const {
   const Socket host(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));

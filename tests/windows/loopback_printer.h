@@ -69,6 +69,13 @@ class LoopbackPrinter {
   // The next connection that hosts have made.
   Connection Accept();
 
+  // Refuses connections from now on, and takes them again.
+  void StopListening() { listener_.Close(); }
+  void Listen();
+
+  // Whether a host has connected that was not accepted yet.
+  bool HasVisitor() const;
+
   // A host connects and leaves again: ends an Accept on another thread.
   void Visit() const;
 

@@ -8,6 +8,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstring>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
@@ -31,6 +32,7 @@ class ObservedTcpPort : public TcpPort {
   SOCKET socket = INVALID_SOCKET;  // The latest one.
   int sockets_made = 0;
   bool network_down = false;
+  std::function<void(const std::string& step)> before;  // "socket 2", "options 2", "connect 2".
 
  protected:
   SOCKET CreateSocket() override {
@@ -39,7 +41,23 @@ class ObservedTcpPort : public TcpPort {
       return INVALID_SOCKET;
     }
     ++sockets_made;
+    Announce("socket ");
     return socket = TcpPort::CreateSocket();
+  }
+  int32_t SetOptions(SOCKET made) override {
+    Announce("options ");
+    return TcpPort::SetOptions(made);
+  }
+  int StartConnect(SOCKET made) override {
+    Announce("connect ");
+    return TcpPort::StartConnect(made);
+  }
+
+ private:
+  void Announce(const char* step) const {
+    if (const auto announce = before) {
+      announce(step + std::to_string(sockets_made));
+    }
   }
 };
 
@@ -224,7 +242,9 @@ TEST_F(TcpPortTest, DroppedConnectionIsRestoredBeforeAWrite) {
     (connection.*drop)();
     driver_->network_down = true;
     EXPECT_EQ(Write(port_, "abc"), Written(WSAENETDOWN, 0));
-    EXPECT_EQ(Read(port_, 3), Reading(WSAENETDOWN, 0, ""));
+    EXPECT_EQ(Read(port_, 3), Reading(WSAENOTSOCK, 0, "")) << "only a Write connects again";
+    EXPECT_EQ(ReadAvailable(port_, 3), Reading(WSAENOTSOCK, 0, ""));
+    EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
     driver_->network_down = false;
     EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3));
     EXPECT_EQ(printer_.Accept().Receive(3), "abc");
@@ -256,6 +276,56 @@ TEST_F(TcpPortTest, RestGoesOverTheRestoredConnectionWhichIsRestoredOnce) {
     EXPECT_EQ(written == kLarge, !again);
     EXPECT_EQ(driver_->sockets_made, 2);
     close.wait();
+  }
+}
+
+// Another thread closes the port while a transfer, or the opening itself, connects: nothing is connected or sent any
+// more, though the printer would take it.
+TEST_F(TcpPortTest, PortClosedWhileItConnectsStaysClosed) {
+  for (const char* const transfer : {"Write", "Read", "Open"}) {
+    for (const char* const step : {"socket 1", "options 1", "connect 1", "socket 2", "options 2", "connect 2"}) {
+      for (const bool opens_again : {false, true}) {
+        SCOPED_TRACE(testing::Message() << transfer << " closed before " << step << ", " << opens_again);
+        Connection connection = Connect({10, 0, 20'000, 0, 20'000, 50});
+        if (transfer == std::string("Open")) {
+          port_->Close(port_);
+        }
+        connection.Reset();
+        printer_.StopListening();
+        driver_->sockets_made = 0;
+        std::future<void> closing;
+        driver_->before = [&](const std::string& now) {
+          if (now != step) {
+            return;
+          }
+          driver_->before = nullptr;
+          closing = std::async(std::launch::async, [&] {
+            port_->Close(port_);
+            printer_.Listen();
+            EXPECT_TRUE(!opens_again || port_->Open(port_) == VEXO_OK);
+          });
+          if (now.front() != 'c') {  // A connect that has begun is waited for by the closing.
+            closing.wait();
+          }
+        };
+        if (transfer == std::string("Write")) {
+          EXPECT_EQ(Write(port_, Pattern(3000)), Written(VEXO_ERROR_IO_NOT_OPEN, 0));
+        } else if (transfer == std::string("Read")) {
+          const auto [result, read, bytes] = Read(port_, 10);
+          EXPECT_TRUE(result == VEXO_ERROR_IO_NOT_OPEN || result == WSAECONNRESET) << result;
+        } else {
+          EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_NOT_OPEN);
+        }
+        closing.wait();
+        if (opens_again) {
+          EXPECT_EQ(Write(port_, "a"), Written(VEXO_OK, 1));
+          Connection second = printer_.Accept();
+          port_->Close(port_);
+          EXPECT_EQ(second.ReceiveRest(), "a");
+        }
+        EXPECT_FALSE(printer_.HasVisitor());
+      }
+    }
   }
 }
 

@@ -29,6 +29,8 @@ void SleepMs(uint32_t milliseconds) {
   Time().now += milliseconds;
 }
 
+void RestMs(uint32_t milliseconds) { SleepMs(milliseconds); }
+
 DWORD WaitForHandle(HANDLE handle, DWORD milliseconds) {
   if (milliseconds == INFINITE) {
     return WaitForSingleObject(handle, kPatienceMs);

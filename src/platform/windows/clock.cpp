@@ -77,6 +77,8 @@ void SleepMs(uint32_t milliseconds) {
   }
 }
 
+void RestMs(uint32_t milliseconds) { Sleep(milliseconds); }
+
 // Alertable, so that the host's asynchronous procedure calls go on while a thread waits for the spin flag.
 void YieldThread() { SleepEx(0, TRUE); }
 

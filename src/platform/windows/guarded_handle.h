@@ -30,7 +30,24 @@ class GuardedHandle {
   Handle get() const { return handle_; }
 
   // Closes the handle and owns another one.
-  void Reset(Handle handle = Traits::kNone) { Close(handle_.exchange(handle)); }
+  void Reset(Handle handle = Traits::kNone) { Close(Exchange(handle)); }
+
+  // Owns another handle; the old one is the caller's to close.
+  Handle Exchange(Handle handle) { return handle_.exchange(handle); }
+
+  // Closes a handle that this object has owned. A call that nothing can interrupt ends, after a while, by being closed
+  // under.
+  void Close(Handle handle) const {
+    constexpr ULONGLONG kPatienceMs = 5000;
+    if (handle == Traits::kNone) {
+      return;
+    }
+    for (const ULONGLONG start = GetTickCount64(); uses_ != 0 && GetTickCount64() - start < kPatienceMs;) {
+      Traits::Interrupt(handle);
+      Sleep(1);
+    }
+    Traits::Close(handle);
+  }
 
   // One call to the system.
   class Use {
@@ -49,22 +66,6 @@ class GuardedHandle {
     std::atomic<int>* const uses_;
     Handle handle_;
   };
-
- protected:
-  Handle Release() { return handle_.exchange(Traits::kNone); }
-
-  // A call that nothing can interrupt ends, after a while, by being closed under.
-  void Close(Handle handle) const {
-    constexpr ULONGLONG kPatienceMs = 5000;
-    if (handle == Traits::kNone) {
-      return;
-    }
-    for (const ULONGLONG start = GetTickCount64(); uses_ != 0 && GetTickCount64() - start < kPatienceMs;) {
-      Traits::Interrupt(handle);
-      Sleep(1);
-    }
-    Traits::Close(handle);
-  }
 
  private:
   std::atomic<Handle> handle_{Traits::kNone};

@@ -69,8 +69,10 @@ struct SocketTraits {
 class ScopedSocket : public GuardedHandle<SocketTraits> {
  public:
   // Closes the socket. `how`: SD_RECEIVE or SD_BOTH, which directions are ended before.
-  void ShutDown(int how) {
-    const SOCKET old = Release();
+  void ShutDown(int how) { ShutDown(Exchange(INVALID_SOCKET), how); }
+
+  // Closes a socket that this object has owned.
+  void ShutDown(SOCKET old, int how) const {
     if (old != INVALID_SOCKET) {
       shutdown(old, how);
       Close(old);
