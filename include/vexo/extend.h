@@ -269,11 +269,12 @@ VEXO_API int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor);
  * Tells whether job monitoring is on: asks the printer (family 1) or the monitor itself (family 0).
  *
  * @param monitor      the monitor object.
- * @param buffer       receives "on" or "off" without a terminating zero: pass a zeroed buffer of at least 4 bytes.
+ * @param buffer       receives "on" or "off", as far as it fits, without a terminating zero: pass a zeroed buffer of
+ *                     at least 4 bytes.
  * @param bufferLength its size in bytes.
- * @return 0; -7002 null or bufferLength 0; -7003 no answer within 200 ms, known after up to 400 ms; -7007 the answer,
- *         or the word, is longer than the buffer, nothing is written then; codes of sending as in
- *         OpenReprintMonitorWork.
+ * @return 0; -7002 null or bufferLength 0; -7003 no answer within 200 ms, known after up to 400 ms; -7007 the
+ *         printer's answer (two bytes, as a rule) is longer than the buffer, nothing is written then; codes of sending
+ *         as in OpenReprintMonitorWork.
  */
 VEXO_API int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t bufferLength);
 

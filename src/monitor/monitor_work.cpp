@@ -34,13 +34,10 @@ constexpr struct {
     {ProtocolFamily::kGsParenH, kReplyJobEnded, 2, true}, {ProtocolFamily::kGsParenH, kReplyTrackingReset, 3, false},
 };
 
-// Hosts pass a zeroed buffer: no terminating zero is written.
+// Hosts pass a zeroed buffer: no terminating zero is written. Of a word that does not fit they get the beginning.
 int32_t CopyWord(bool on, char* buffer, int32_t buffer_length) {
   const std::string_view word = on ? kOn : kOff;
-  if (buffer_length < static_cast<int32_t>(word.size())) {
-    return VEXO_ERROR_MONITOR_ANSWER_TOO_LONG;
-  }
-  std::copy(word.begin(), word.end(), buffer);
+  word.copy(buffer, static_cast<size_t>(std::max(buffer_length, 0)));
   return VEXO_OK;
 }
 

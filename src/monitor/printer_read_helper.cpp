@@ -21,6 +21,10 @@ constexpr uint32_t kJobEndReplySize = 1024;
 // The reader looks for a stop request at least this often, however long the host makes its pauses.
 constexpr uint32_t kLongestSleepMs = 100;
 
+// A callback that asks the printer may be told of the next event while it does, and its stack is the host's: events
+// that are decoded at this depth wait until the first of the callbacks has returned.
+constexpr int kDeepestDelivery = 8;
+
 constexpr int32_t kEventJobStarted = 1;
 constexpr int32_t kEventJobEnded = 2;
 
@@ -75,7 +79,7 @@ void CVEXOPrinterReadHelper::PauseReader() const {
   auto left = static_cast<uint32_t>(polling_time_.load());
   do {
     const uint32_t step = std::min(left, kLongestSleepMs);
-    vexo::platform::SleepMs(step);
+    vexo::platform::RestMs(step);
     left -= step;
   } while (left > 0 && !stop_requested());
 }
@@ -115,7 +119,7 @@ void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
   received_.Reserve(kPollSize);  // What has been read must not be lost for want of memory.
   uint8_t bytes[kPollSize];
   uint32_t count = 0;
-  last_result_ = vexo::ReadReply(printer_, bytes, 0, kPollSize, &count, ReceiveTries(timeout_ms), kReceiveStepMs);
+  last_result_ = vexo::ReadStream(printer_, bytes, kPollSize, &count, ReceiveTries(timeout_ms), kReceiveStepMs);
   if (count > 0) {
     received_.Append(bytes, count);
   }
@@ -127,6 +131,7 @@ void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
 // that is being destroyed has nobody left to tell.
 void CVEXOPrinterReadHelper::Decode() {
   while (!stop_requested()) {
+    DeliverPostponed();
     vexo::DecodeStep step = vexo::DecodeNextReport(received_.data(), received_.size(), family_);
     received_.Consume(step.consumed);
     if (step.record.kind == vexo::RecordKind::kEmpty) {
@@ -156,13 +161,41 @@ void CVEXOPrinterReadHelper::Accept(vexo::ReportRecord record) {
     record.task_id = current_task_id_;
     record.value = FetchJobEndValue();
   }
-  Deliver(std::move(record));
+  DeliverInTurn(std::move(record));
 }
 
-void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord record) {
-  const int32_t event = IsJobStart(record) ? kEventJobStarted : kEventJobEnded;
-  if (!callbacks_.Deliver(event, record.task_id, record.value)) {
-    queue_.Add(std::move(record));
+// Whatever comes behind an event that waits has to wait, too.
+void CVEXOPrinterReadHelper::DeliverInTurn(vexo::ReportRecord record) {
+  if (deliveries_ + 1 >= kDeepestDelivery || !postponed_.empty()) {
+    postponed_.push_back(std::move(record));
+  } else {
+    Deliver(&record);
+  }
+}
+
+// What the outermost delivery does when it is over. Events that a callback receives meanwhile are put behind those that
+// wait already.
+void CVEXOPrinterReadHelper::DeliverPostponed() {
+  while (deliveries_ == 0 && !postponed_.empty() && !stop_requested()) {
+    std::list<vexo::ReportRecord> next;
+    next.splice(next.begin(), postponed_, postponed_.begin());
+    try {
+      Deliver(&next.front());
+    } catch (const std::bad_alloc&) {
+      postponed_.splice(postponed_.begin(), next);  // No room in the queue: the next pass tries again.
+      throw;
+    }
+  }
+}
+
+// Callbacks do not throw. When the queue has no room for the record, it is as it was.
+void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord* record) {
+  const int32_t event = IsJobStart(*record) ? kEventJobStarted : kEventJobEnded;
+  ++deliveries_;
+  const bool called = callbacks_.Deliver(event, record->task_id, record->value);
+  --deliveries_;
+  if (!called) {
+    queue_.Add(std::move(*record));
   }
 }
 
@@ -188,6 +221,7 @@ void CVEXOPrinterReadHelper::ForgetJobs() {
   const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
   received_.Clear();
   queue_.Clear();
+  postponed_.clear();
   requested_task_id_ = 1;
   current_task_id_ = 0;
 }

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <list>
 #include <mutex>
 
 #include "monitor/callback_registry.h"
@@ -74,7 +75,9 @@ struct CVEXOPrinterReadHelper {
   void PauseReader() const;
   void Decode();
   void Accept(vexo::ReportRecord record);
-  void Deliver(vexo::ReportRecord record);
+  void DeliverInTurn(vexo::ReportRecord record);
+  void DeliverPostponed();
+  void Deliver(vexo::ReportRecord* record);
   uint32_t FetchJobEndValue();
 
   std::atomic<int32_t> last_result_{0};  // Of the last send, read or binding.
@@ -84,6 +87,8 @@ struct CVEXOPrinterReadHelper {
   std::atomic<int64_t> polling_time_{100};
   vexo::ReceiveBuffer received_;
   vexo::ReplyQueue queue_;
+  std::list<vexo::ReportRecord> postponed_;  // Job events that wait for the outermost delivery, in their order.
+  int deliveries_ = 0;                       // Under way now, one inside the other.
   vexo::platform::RecursiveMutex io_lock_;
   vexo::platform::Thread reader_;
   std::atomic<Flags> flags_{Flags{}};

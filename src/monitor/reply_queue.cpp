@@ -1,45 +1,48 @@
 #include "monitor/reply_queue.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace vexo {
 namespace {
 
-bool IsReply(const ReportRecord& record) {
-  return record.kind == RecordKind::kIntermediate || record.kind == RecordKind::kReply;
+ReportRecord TakeFirst(std::deque<ReportRecord>* records) {
+  if (records->empty()) {
+    return {};
+  }
+  ReportRecord record = std::move(records->front());
+  records->pop_front();
+  return record;
 }
 
 }  // namespace
 
-void ReplyQueue::Purge() { records_.erase(std::remove_if(records_.begin(), records_.end(), IsReply), records_.end()); }
-
-ReportRecord ReplyQueue::TakeReply() {
-  const auto found = std::find_if(records_.begin(), records_.end(), IsReply);
-  if (found == records_.end()) {
-    return {};
+void ReplyQueue::Add(ReportRecord&& record) {
+  if (record.kind == RecordKind::kJobEvent) {
+    events_.push_back(std::move(record));
+    return;
   }
-  ReportRecord record = std::move(*found);
-  records_.erase(found);
-  return record;
+  replies_.push_back(std::move(record));
+  if (replies_.size() > kMostReplies) {
+    replies_.pop_front();
+  }
+}
+
+void ReplyQueue::Clear() {
+  events_.clear();
+  replies_.clear();
 }
 
 ReportRecord ReplyQueue::TakeAnswer() {
-  ReportRecord record = TakeReply();
+  ReportRecord record = TakeFirst(&replies_);
   while (record.kind == RecordKind::kIntermediate) {
-    record = TakeReply();
+    record = TakeFirst(&replies_);
   }
   return record;
 }
 
 ReportRecord ReplyQueue::TakeEvent() {
   Purge();
-  if (records_.empty()) {
-    return {};
-  }
-  ReportRecord record = std::move(records_.front());
-  records_.pop_front();
-  return record;
+  return TakeFirst(&events_);
 }
 
 }  // namespace vexo

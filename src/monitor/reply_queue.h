@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <deque>
-#include <utility>
 
 #include "monitor/report_record.h"
 
@@ -13,12 +12,17 @@ namespace vexo {
 // Not locked: the monitor's I/O lock guards it. A record of kind kEmpty stands for "none".
 class ReplyQueue {
  public:
-  void Add(ReportRecord record) { records_.push_back(std::move(record)); }
-  void Clear() { records_.clear(); }
-  size_t size() const { return records_.size(); }
+  // Of replies that nobody takes, from a printer that talks without being asked, only so many newest are kept. Events
+  // are never dropped.
+  static constexpr size_t kMostReplies = 1024;
+
+  // Throws std::bad_alloc; queue and record are as they were then.
+  void Add(ReportRecord&& record);
+  void Clear();
+  size_t size() const { return events_.size() + replies_.size(); }
 
   // Drops the replies; job events stay. An exchange does so before it asks, so that it cannot take an old answer.
-  void Purge();
+  void Purge() { replies_.clear(); }
 
   // The answer that an exchange waits for: the first reply.
   ReportRecord TakeAnswer();
@@ -28,9 +32,8 @@ class ReplyQueue {
   ReportRecord TakeEvent();
 
  private:
-  ReportRecord TakeReply();
-
-  std::deque<ReportRecord> records_;
+  std::deque<ReportRecord> events_;
+  std::deque<ReportRecord> replies_;
 };
 
 }  // namespace vexo

@@ -13,8 +13,12 @@ uint32_t TickCount();
 int64_t PerformanceCounter();
 int64_t PerformanceFrequency();
 
-// Sleeps for at least `milliseconds`, and not for a whole further period of a coarse system timer.
+// Sleeps for at least `milliseconds`, and not for a whole further period of a coarse system timer. For the waits of a
+// conversation with a printer: short ones are waited out awake in part.
 void SleepMs(uint32_t milliseconds);
+
+// An ordinary sleep of the system, which costs least. For threads that look now and then.
+void RestMs(uint32_t milliseconds);
 
 // Lets another thread run while a spin flag is busy.
 void YieldThread();

@@ -11,11 +11,40 @@
 namespace vexo {
 namespace {
 
-constexpr uint32_t kSmallReply = 512;  // Larger ones take memory for the time of the call.
+constexpr uint32_t kLargestPacket = 64;  // USB ports that are asked for less keep only the end of a packet.
+constexpr uint32_t kSmallReply = 512;    // Larger ones take memory for the time of the call.
 
 void Pause(int64_t milliseconds) {
   constexpr int64_t kLongest = std::numeric_limits<uint32_t>::max();
   platform::SleepMs(static_cast<uint32_t>(std::min(milliseconds, kLongest)));
+}
+
+// One receive after the other. `receive` gives the result of one and how many bytes that brought and how many of them
+// were stored; `wants_more` whether there is a point in another one.
+struct Received {
+  int32_t result = VEXO_OK;
+  uint32_t brought = 0;
+  uint32_t stored = 0;
+};
+
+template <typename Receive, typename WantsMore>
+uint32_t Collect(int32_t tries, int64_t pause_ms, Receive receive, WantsMore wants_more) {
+  uint32_t total = 0;
+  for (int32_t tried = 0;;) {
+    const Received received = receive(total);
+    total += received.stored;
+    const bool failed = received.result != VEXO_OK && received.result != VEXO_ERROR_IO_READ_TIMEOUT;
+    const bool ended = total > 0 && received.brought == 0;
+    if (failed || ended || !wants_more(total)) {
+      return total;
+    }
+    if (tried > 0 && pause_ms > 0) {
+      Pause(pause_ms);
+    }
+    if (++tried >= tries) {
+      return total;
+    }
+  }
 }
 
 }  // namespace
@@ -34,28 +63,32 @@ int32_t ReadReply(VexoPrinterHandle* handle, uint8_t* destination, uint32_t firs
   uint8_t small[kSmallReply];
   Bytes large(size > kSmallReply ? size : 0);
   uint8_t* const work = large.empty() ? small : large.data();
-  uint32_t total = 0;
-  for (int32_t tried = 0;;) {
-    uint32_t received = 0;
-    const int32_t result = printer.ReadAvailable(work, 0, size, &received);
+  const auto receive = [&](uint32_t total) {
+    Received received;
+    received.result = printer.ReadAvailable(work, 0, size, &received.brought);
     // The count may exceed the room, see PrinterConnection.
-    const uint32_t copied = std::min({received, size, size - total});
-    std::copy_n(work, copied, destination + first + total);
-    total += copied;
+    received.stored = std::min({received.brought, size, size - total});
+    std::copy_n(work, received.stored, destination + first + total);
+    return received;
+  };
+  *stored = Collect(tries, pause_ms, receive, [](uint32_t /*total*/) { return true; });
+  return VEXO_OK;
+}
 
-    const bool failed = result != VEXO_OK && result != VEXO_ERROR_IO_READ_TIMEOUT;
-    const bool ended = total > 0 && received == 0;
-    if (failed || ended) {
-      break;
-    }
-    if (tried > 0 && pause_ms > 0) {
-      Pause(pause_ms);
-    }
-    if (++tried >= tries) {
-      break;
-    }
+int32_t ReadStream(VexoPrinterHandle* handle, uint8_t* destination, uint32_t size, uint32_t* stored, int32_t tries,
+                   int64_t pause_ms) {
+  const PrinterConnection printer(handle);
+  const int32_t check = printer.Check();
+  if (check != VEXO_OK) {
+    return check;
   }
-  *stored = total;
+  const auto receive = [&](uint32_t total) {
+    Received received;
+    received.result = printer.ReadAvailable(destination + total, 0, size - total, &received.brought);
+    received.stored = std::min(received.brought, size - total);
+    return received;
+  };
+  *stored = Collect(tries, pause_ms, receive, [=](uint32_t total) { return size - total >= kLargestPacket; });
   return VEXO_OK;
 }
 

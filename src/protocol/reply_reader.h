@@ -17,6 +17,12 @@ namespace vexo {
 int32_t ReadReply(VexoPrinterHandle* handle, uint8_t* destination, uint32_t first, uint32_t end, uint32_t* stored,
                   int32_t tries, int64_t pause_ms);
 
+// As ReadReply, for a stream that goes on behind the reply: nothing that is received may be dropped. So each receive
+// asks for no more than there is room for, and the last one leaves less than a packet's worth (64 bytes). Needs no
+// memory of its own.
+int32_t ReadStream(VexoPrinterHandle* handle, uint8_t* destination, uint32_t size, uint32_t* stored, int32_t tries,
+                   int64_t pause_ms);
+
 }  // namespace vexo
 
 #endif  // VEXO_PROTOCOL_REPLY_READER_H_

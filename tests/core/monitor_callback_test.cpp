@@ -1,8 +1,11 @@
 // Job events that go to the host's callbacks.
 #include <algorithm>
+#include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "monitor_fixture.h"
+#include "support/allocation_faults.h"
 
 namespace vexo::test {
 namespace {
@@ -16,8 +19,11 @@ std::function<void()> g_during;
 
 template <int kIndex>
 void Note(int32_t event, int32_t task, uint32_t value) {
-  g_events.push_back("ABC"[kIndex] + " "s + std::to_string(event) + " " + std::to_string(task) + " " +
-                     std::to_string(value));
+  {
+    const UncountedAllocations uncounted;
+    g_events.push_back("ABC"[kIndex] + " "s + std::to_string(event) + " " + std::to_string(task) + " " +
+                       std::to_string(value));
+  }
   if (kIndex == 0 && g_during) {
     g_during();
   }
@@ -108,6 +114,92 @@ TEST_F(MonitorCallbacks, MayCallExportsThatReceive) {
   EXPECT_EQ((Texts{"A 1 1 0", "A 1 2 0", "A 1 3 0", "A 2 1 1", "A 2 2 2"}), Events(""));
   EXPECT_EQ(0, result);
   EXPECT_EQ(~5U, status);
+}
+
+// Each answer brings the next event, so events nest. From a depth on they wait for the outermost delivery, and
+// the question asked there gets its answer. (Further out a question of a callback inside takes the answer away.)
+TEST_F(MonitorCallbacks, MayAskAtEachOfTenThousandEvents) {
+  constexpr uint32_t kEvents = 10'000;
+  constexpr int kDeepest = 7;
+  SetReadTimeOut(monitor_, 0);
+  Add(kA);
+  uint32_t sent = 0;
+  const auto next = [&] { return ++sent <= kEvents ? Ended("0007", sent) : ""; };
+  uint32_t called = 0;
+  int depth = 0;
+  int deepest = 0;
+  const auto ask = [&](const std::string& answer) {
+    port_.OnWrite({0, {}, {}, [=] { WillHear(answer); }});
+    uint32_t status = 0;
+    const int32_t result = GetDeviceStatus(monitor_, &status);
+    EXPECT_TRUE(result == 0 || (result == -7003 && depth < kDeepest)) << result;
+  };
+  g_during = [&] {
+    ASSERT_EQ("A 2 7 " + std::to_string(++called), std::exchange(g_events, {}).back());
+    deepest = std::max(deepest, ++depth);
+    ask(ValueReply(1) + next());
+    --depth;
+  };
+  Hear(next());
+  EXPECT_EQ(kEvents, called);
+  EXPECT_EQ(kDeepest, deepest);
+
+  // When nobody listens any more, those that wait go to the queue; closing the work forgets them.
+  for (const bool closes : {false, true}) {
+    g_during = [&] {
+      ++depth;
+      if (depth < kDeepest) {
+        ask(Started("0001"));
+      } else {
+        ask(Started("0002") + Started("0003") + ValueReply(1));
+        EXPECT_EQ(0, closes ? CloseReprintMonitorWork(monitor_)
+                            : RemoveReprintMonitorFun(monitor_, reinterpret_cast<intptr_t>(kA)));
+      }
+      --depth;
+    };
+    Hear(Started("0001"));
+    EXPECT_EQ(closes ? "none" : "task 2 status 1", TakeReport());
+    EXPECT_EQ(closes ? "none" : "task 3 status 1", TakeReport());
+    Add(kA);
+  }
+}
+
+// However deep the callback stands that gets no memory, each event reaches it once.
+TEST_F(MonitorCallbacks, AreCalledOnceForEachEventWhateverMemoryThereIs) {
+  SetReadTimeOut(monitor_, 0);
+  Add(kA);
+  size_t called = 0;
+  size_t sent = 0;
+  const auto send_two = [&] {
+    const UncountedAllocations uncounted;
+    sent += 2;
+    WillHear(Started("0001") + Started("0002"));
+  };
+  g_during = [&] {
+    if (++called < 20) {
+      {
+        const UncountedAllocations uncounted;
+        port_.OnWrite({0, {}, {}, send_two});
+      }
+      uint32_t status = 0;
+      GetDeviceStatus(monitor_, &status);
+    }
+  };
+  bool struck = true;
+  for (uint32_t nth = 1; struck; ++nth) {
+    called = sent = 0;
+    send_two();
+    AllocationFault fault(nth);
+    try {
+      monitor_->Poll(0);
+    } catch (const std::bad_alloc&) {
+    }
+    struck = fault.Lift();
+    for (int look = 0; look < 100; ++look) {
+      monitor_->Poll(0);
+    }
+    EXPECT_EQ(sent, called) << nth;
+  }
 }
 
 TEST_F(MonitorCallbacks, MayCloseTheWork) {

@@ -173,5 +173,13 @@ TEST_F(MonitorObject, MemoryThatRunsOutLosesNoReport) {
   }
 }
 
+TEST_F(MonitorObject, LookThatBringsNothingNeedsNoMemory) {
+  Open();
+  Hear("");
+  AllocationFault fault(1);
+  monitor_->Poll(0);
+  EXPECT_FALSE(fault.Lift());
+}
+
 }  // namespace
 }  // namespace vexo::test

@@ -59,9 +59,9 @@ TEST_F(MonitorWork, QueryAsksThePrinterOfFamilyOne) {
     std::string payload;
     int32_t length;
     std::string answer;
-  } rows[] = {{"", 8, "off"},         {"?\x01", 2, "on"},       {"?\x01", 1, "-7007"},
-              {"?\0"s, 3, "off"},     {"?\0"s, 2, "-7007"},     {"?\x02", 8, "off"},
-              {"?\x01", -1, "-7007"}, {"?\x01_23456", 8, "on"}, {"?\x01_23456", 7, "-7007"}};
+  } rows[] = {{"", 8, "off"},           {"?\x01", 2, "on"},         {"?\x01", 1, "-7007"}, {"?\0"s, 3, "off"},
+              {"?\0"s, 2, "of"},        {"?\x02", 8, "off"},        {"?", 1, "o"},         {"?\x01", -1, "-7007"},
+              {"?\x01_23456", 8, "on"}, {"?\x01_23456", 7, "-7007"}};
   for (const auto& row : rows) {
     WillHear(Frame(0x103, "?"));  // From before, and no answer.
     WillHear(Frame(0x103, row.payload));
@@ -93,7 +93,8 @@ TEST_F(MonitorWork, QueryOfFamilyZeroAsksTheMonitor) {
   Open(0);
   const size_t operations = port_.Operations().size();
   EXPECT_EQ("on", Query(2));
-  EXPECT_EQ("-7007", Query(-1));
+  EXPECT_EQ("o", Query(1));
+  EXPECT_EQ("", Query(-1));
   EXPECT_EQ(operations, port_.Operations().size());
 }
 
@@ -107,6 +108,22 @@ TEST_F(MonitorWork, ReportsComeInOrderWithTheValueInverted) {
   EXPECT_EQ(1, status);
   EXPECT_EQ(-1, GetStatusReport(monitor_, &status, nullptr));
   EXPECT_EQ(kUntouched, GetLastErrorCode());
+  EXPECT_EQ("none", TakeReport());
+}
+
+// A printer may talk without end while nobody asks.
+TEST_F(MonitorWork, NewestRepliesAreKeptAndAllEvents) {
+  for (uint32_t reply = 0; reply < 3000; ++reply) {
+    Hear(ValueReply(reply) + (reply % 2 == 0 ? Started("0007") : ""));
+  }
+  EXPECT_EQ(1500U + 1024U, monitor_->queue().size());
+  for (uint32_t reply = 3000 - 1024; reply < 3000; ++reply) {
+    ASSERT_EQ(reply, monitor_->queue().TakeAnswer().value);
+  }
+  EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind);
+  for (int event = 0; event < 1500; ++event) {
+    ASSERT_EQ("task 7 status 1", TakeReport());
+  }
   EXPECT_EQ("none", TakeReport());
 }
 

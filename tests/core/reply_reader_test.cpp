@@ -73,6 +73,30 @@ TEST_F(ReplyReader, BytesWithoutRoomAreDropped) {
   EXPECT_EQ("abcdefgh", Read({{0, BytesOf("abcdefgh"), 64}}, 10, 0).bytes);
 }
 
+// Behind the reply others may follow: what is received is kept, and what there is no room for stays where it is.
+TEST(StreamReader, AsksForWhatFits) {
+  ScriptedPort port;
+  VexoPrinterHandle handle = OpenHandle(&port);
+  uint8_t buffer[300];
+  uint32_t stored = 99;
+  for (const size_t size : {100, 80, 57}) {
+    port.OnRead({0, Bytes(size, static_cast<uint8_t>(size))});
+  }
+  EXPECT_EQ(0, ReadStream(&handle, buffer, sizeof(buffer), &stored, 10, 20));
+  EXPECT_EQ(237U, stored);
+  EXPECT_EQ((std::vector<std::string>{"ReadAvailable(0, 300)", "ReadAvailable(0, 200)", "ReadAvailable(0, 120)"}),
+            port.Operations())
+      << "a packet of 64 bytes might be cut";
+  EXPECT_EQ(100, buffer[99]);
+  EXPECT_EQ(80, buffer[179]);
+  EXPECT_EQ(57, buffer[236]);
+  port.OnRead({0, Bytes(300, 1), 400});
+  EXPECT_EQ(0, ReadStream(&handle, buffer, sizeof(buffer), &stored, 10, 20));
+  EXPECT_EQ(300U, stored) << "more is counted than there is room for";
+  handle.portOpen = 0;
+  EXPECT_EQ(-309, ReadStream(&handle, buffer, sizeof(buffer), &stored, 1, 0));
+}
+
 TEST_F(ReplyReader, RefusesBeforeAnythingIsReceived) {
   ScriptedPort port;
   handle_ = OpenHandle(&port);

@@ -16,7 +16,7 @@ namespace vexo::test {
 
 class StreamPort : public VexoPort {
  public:
-  using Source = std::function<std::string(size_t room)>;  // Gives the next bytes; `room` is 1024 or more.
+  using Source = std::function<std::string(size_t room)>;  // Gives the next bytes; `room` is 64 or more.
   using WriteResult = std::function<int32_t(uint32_t length)>;
 
   explicit StreamPort(

@@ -86,6 +86,8 @@ void SleepMs(uint32_t milliseconds) {
   YieldThread();
 }
 
+void RestMs(uint32_t milliseconds) { SleepMs(milliseconds); }
+
 void YieldThread() { std::this_thread::yield(); }
 
 }  // namespace platform

@@ -16,6 +16,8 @@ int64_t PerformanceFrequency() { return 1'000'000'000; }
 
 void SleepMs(uint32_t milliseconds) { std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds)); }
 
+void RestMs(uint32_t milliseconds) { SleepMs(milliseconds); }
+
 void YieldThread() { std::this_thread::yield(); }
 
 }  // namespace vexo::platform
