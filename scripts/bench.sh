@@ -18,9 +18,12 @@ cmake --preset host-release --log-level=WARNING
 cmake --build build/host-release --target virtual_printer
 
 exec {peer_output}< <(exec python3 benchmarks/peer.py)
-peer_pid=$!
-trap 'kill "$peer_pid"; stop_printers; release_wine' EXIT
+peer_pids=($!)
+exec {scanned_output}< <(exec python3 benchmarks/scanned_printers.py)
+peer_pids+=($!)
+trap 'kill "${peer_pids[@]}"; stop_printers; release_wine' EXIT
 read -r -a ports <&"$peer_output"
+read -r _ <&"$scanned_output"
 hold_wine
 start_printer build/host-release/bin/virtual_printer /dev/null --loader-delay 0 --restart-time 0
 

@@ -189,9 +189,7 @@ int32_t ScanNetwork(ScannedPrinters printers, int64_t time_limit_ms, const char*
   if (list.empty()) {
     return VEXO_ERROR_NO_PRINTER;
   }
-  for (ScanRecord& record : list.records()) {
-    AskScannedPrinter(&record);
-  }
+  AskScannedPrinters(&list);
   *text = list.Text();
   return VEXO_OK;
 }

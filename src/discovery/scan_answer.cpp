@@ -1,5 +1,6 @@
 #include "discovery/scan_answer.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -30,6 +31,41 @@ bool IsReady(std::string_view answer) {
   return answer.substr(0, answer.find(kLineEnd)) == kReady;
 }
 
+// A number of at most 255, without further zeros in front: the system reads those as octal. Nothing else may follow but
+// what `text` then begins with.
+std::optional<uint32_t> TakeNumber(std::string_view* text) {
+  const size_t length = std::min(text->find_first_not_of("0123456789"), text->size());
+  const std::string_view digits = text->substr(0, length);
+  if (digits.empty() || digits.size() > 3 || (digits.size() > 1 && digits.front() == '0')) {
+    return std::nullopt;
+  }
+  text->remove_prefix(length);
+  uint32_t number = 0;
+  for (const char digit : digits) {
+    number = number * 10 + static_cast<uint32_t>(digit - '0');
+  }
+  return number <= 255 ? std::optional(number) : std::nullopt;
+}
+
+std::optional<uint32_t> ReadDottedAddress(std::string_view text) {
+  constexpr int kNumbers = 4;
+  uint32_t address = 0;
+  for (int i = 0; i < kNumbers; ++i) {
+    if (i > 0) {
+      if (text.empty() || text.front() != '.') {
+        return std::nullopt;
+      }
+      text.remove_prefix(1);
+    }
+    const std::optional<uint32_t> number = TakeNumber(&text);
+    if (!number) {
+      return std::nullopt;
+    }
+    address = address << 8 | *number;
+  }
+  return text.empty() ? std::optional(address) : std::nullopt;
+}
+
 }  // namespace
 
 ScanFields SplitScanAnswer(std::string_view answer) {
@@ -44,6 +80,8 @@ ScanFields SplitScanAnswer(std::string_view answer) {
   }
   return fields;
 }
+
+std::optional<uint32_t> ScanRecord::Address() const { return ReadDottedAddress(fields_[kAddressField]); }
 
 std::string ScanRecord::DescriptorOfPrinter() const {
   const std::string address(fields_[kAddressField]);

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,6 +34,10 @@ class ScanRecord {
   ~ScanRecord() = default;
 
   const ScanFields& fields() const { return fields_; }
+
+  // The address that the printer gives itself, first number in the high byte. None unless it is four decimal numbers
+  // with dots: the text came from the network, and nothing else may be connected to.
+  std::optional<uint32_t> Address() const;
 
   // Names the port on which the printer tells more.
   std::string DescriptorOfPrinter() const;

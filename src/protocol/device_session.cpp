@@ -101,7 +101,28 @@ int32_t DeviceSession::OpenPrinter(const std::string& model_name, const std::str
   if (own_handle_ == nullptr) {
     return ModelHandleError();
   }
-  return ReconnectHandle(own_handle_.get(), descriptor.c_str());
+  VexoPort* port = nullptr;
+  const int32_t made = ReplaceHandlePort(own_handle_.get(), descriptor.c_str(), &port);
+  if (made != VEXO_OK) {
+    return made;
+  }
+  ApplyConnectLimit(port);
+  return MarkHandleOpen(own_handle_.get(), port, port->Open(port));
+}
+
+void DeviceSession::ApplyConnectLimit(VexoPort* port) const {
+  VexoPortTimeouts timeouts = {};
+  if (port->GetTimeouts(port, &timeouts) == VEXO_OK && timeouts.connect > connect_limit_) {
+    timeouts.connect = connect_limit_;
+    port->SetTimeouts(port, timeouts);
+  }
+}
+
+void DeviceSession::LimitConnecting(uint32_t milliseconds) {
+  connect_limit_ = milliseconds;
+  if (own_handle_ != nullptr && own_handle_->port != nullptr) {
+    ApplyConnectLimit(own_handle_->port);
+  }
 }
 
 void DeviceSession::GiveBackPrinter() {

@@ -3,6 +3,7 @@
 #define VEXO_PROTOCOL_DEVICE_SESSION_H_
 
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -50,6 +51,10 @@ class DeviceSession {
   void set_external_handle(bool external) { has_external_handle_ = external; }
   static VexoPrinterHandle* ExternalHandle();
 
+  // How long each attempt to connect may take, if that is less than the port allows by itself: from now on, also while
+  // the session is connected and the port has to connect again.
+  void LimitConnecting(uint32_t milliseconds);
+
   // After each receive that brings nothing, in milliseconds.
   void set_pause(int64_t milliseconds) { pause_ = milliseconds; }
 
@@ -74,6 +79,7 @@ class DeviceSession {
  private:
   bool HasConnection() const { return handle_ != nullptr && connected_; }
   int32_t OpenPrinter(const std::string& model_name, const std::string& descriptor);
+  void ApplyConnectLimit(VexoPort* port) const;
   void GiveBackPrinter();
   void Remember(const std::string& model_name, const std::string& descriptor);
   void ReadUsbIdentity();
@@ -97,6 +103,7 @@ class DeviceSession {
   std::string message_;
   Bytes received_;
   int64_t pause_ = kDefaultPause;
+  uint32_t connect_limit_ = std::numeric_limits<uint32_t>::max();
   char serial_number_[kSerialNumberSize] = {};
   char device_identifier_[kDeviceIdSize] = {};
 };

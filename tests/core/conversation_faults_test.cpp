@@ -102,10 +102,10 @@ int32_t HearTaskOver(Host& host) {
 }
 
 int32_t AskForDetails(Host& /*host*/) {
-  ScanRecord record("192.168.1.100\r\nready\r\nTill");
-  AskScannedPrinter(&record);
-  std::string text;
-  record.AppendTo(&text);
+  ScanList list;
+  list.Add("192.168.1.100\r\nready\r\nTill");
+  AskScannedPrinters(&list);
+  const std::string text = list.Text();
   return text.rfind("192.168.1.100;ready;Till;", 0) == 0 ? VEXO_OK : VEXO_ERROR_IO;
 }
 

@@ -41,6 +41,16 @@ TEST(ScanAnswerTest, DescriptorNamesThePrinterInAtMost63Characters) {
   EXPECT_EQ(ScanRecord(std::string(2000, 'x')).DescriptorOfPrinter(), "NET," + std::string(59, 'x'));
 }
 
+TEST(ScanAnswerTest, OnlyDottedAddressesAreAddresses) {
+  EXPECT_EQ(ScanRecord("192.168.1.50\r\nready").Address(), 0xC0A80132U);
+  EXPECT_EQ(ScanRecord("0.0.255.0").Address(), 0xFF00U);
+  for (const char* const text : {"", "1.2.3", "1.2.3.", "1.2.3.4.", "1.2.3.4.5", ".1.2.3.4", "1..2.3", "1.2.3.256",
+                                 "1.2.3.004", "1.2.3.1000", "1.2.3.4 ", " 1.2.3.4", "1.2.3.-4", "0x1.2.3.4", "16909060",
+                                 "printer.example", "1.2.3.4,5", "1.2.3.4?port=1"}) {
+    EXPECT_EQ(ScanRecord(text).Address(), std::nullopt) << text;
+  }
+}
+
 TEST(ScanAnswerTest, AddressesAreTakenAsFarAsTheReplyGoes) {
   const std::string reply = std::string("........\x01\x02\xa8\xc0\x00\xff\xff\xff", 16);
   const std::pair<size_t, const char*> rows[] = {

@@ -156,6 +156,30 @@ TEST_P(NetworkScanTest, ReadyPrintersTellTheirAddressesOverTcp) {
             "CER");
 }
 
+// Anybody may send answers: neither many of them nor addresses where nobody is keep the scan from its end.
+TEST_P(NetworkScanTest, ForgedAnswersDoNotKeepTheScanFromItsEnd) {
+  constexpr int kForged = 40;
+  const std::string network = OwnIp("127.11");
+  std::string expected;
+  std::vector<std::string> answers;
+  for (int i = 0; i < kForged; ++i) {
+    const std::string address = network.substr(0, network.rfind('.') + 1) + std::to_string(100 + i);
+    answers.push_back(address + "\r\nready\r\n" + '\0');
+    expected += address + Record("");
+  }
+  const std::future<void> forger = std::async(std::launch::async, [&] {
+    questions_.Receive();
+    for (const std::string& answer : answers) {
+      questions_.Answer(answer);
+      Sleep(1);  // The library's socket has a small buffer.
+    }
+  });
+  std::future<int32_t> scan = std::async(std::launch::async, [&] { return Scan(); });
+  EXPECT_EQ(scan.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+  EXPECT_EQ(scan.get(), VEXO_OK);
+  EXPECT_EQ(text_, expected);
+}
+
 TEST_P(NetworkScanTest, WithoutTimeTheQuestionIsSentAllTheSame) {
   EXPECT_EQ(Scan(INT64_MIN), VEXO_ERROR_NO_PRINTER);
   EXPECT_EQ(questions_.Receive().rfind(GetParam().question, 0), 0U);
