@@ -11,17 +11,19 @@ namespace virtual_printer {
 struct Console::Shared {
   std::mutex mutex;
   asio::io_context* context = nullptr;  // Null once the console is gone.
+  bool ended = false;                   // There is no more input.
   std::function<void(const std::string&)> on_line;
 
   void ReadLines() {
-    std::string line;
-    while (std::getline(std::cin, line)) {
+    for (std::string line; std::getline(std::cin, line);) {
       const std::lock_guard<std::mutex> lock(mutex);
       if (context == nullptr) {
         return;
       }
       asio::post(*context, [on_line = on_line, line] { on_line(line); });
     }
+    const std::lock_guard<std::mutex> lock(mutex);
+    ended = true;
   }
 };
 
@@ -29,12 +31,21 @@ Console::Console(asio::io_context& context, std::function<void(const std::string
     : shared_(std::make_shared<Shared>()) {
   shared_->context = &context;
   shared_->on_line = std::move(on_line);
-  std::thread([shared = shared_] { shared->ReadLines(); }).detach();
+  reader_ = std::thread([shared = shared_] { shared->ReadLines(); });
 }
 
 Console::~Console() {
-  const std::lock_guard<std::mutex> lock(shared_->mutex);
-  shared_->context = nullptr;
+  bool ended = false;
+  {
+    const std::lock_guard<std::mutex> lock(shared_->mutex);
+    shared_->context = nullptr;
+    ended = shared_->ended;
+  }
+  if (ended) {
+    reader_.join();
+  } else {
+    reader_.detach();
+  }
 }
 
 }  // namespace virtual_printer

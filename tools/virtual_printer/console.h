@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace virtual_printer {
 
@@ -16,8 +17,8 @@ class Console {
   // ends nothing else.
   Console(asio::io_context& context, std::function<void(const std::string&)> on_line);
 
-  // The thread may be waiting for a line that never comes. It is left to the end of the program, and what it still
-  // reads goes nowhere.
+  // The thread may be waiting for a line that never comes. It is then left to the end of the program, and what it
+  // still reads goes nowhere.
   ~Console();
 
   Console(const Console&) = delete;
@@ -27,6 +28,7 @@ class Console {
   struct Shared;
 
   std::shared_ptr<Shared> shared_;
+  std::thread reader_;
 };
 
 }  // namespace virtual_printer
