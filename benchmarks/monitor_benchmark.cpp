@@ -8,9 +8,11 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include "measure.h"
 #include "vexo/extend.h"
@@ -26,6 +28,8 @@ constexpr int kEvents = 100;
 constexpr int kMonitors = 64;
 constexpr int kObservedMs = 5000;
 constexpr int kDestroyed = 20;
+constexpr int kCompared = 50;  // Monitors, and threads that sleep.
+constexpr int kComparedMs = 3000;
 constexpr std::string_view kFrame("\x1b\x1c& V1 report\x00\x01\x05\x00?0042", 22);
 
 void Require(bool succeeded, const char* what) {
@@ -59,9 +63,10 @@ class Printer : public VexoPort {
 
 class MonitoredPrinter {
  public:
-  MonitoredPrinter() {
+  explicit MonitoredPrinter(int polling_ms = kPollingMs, bool opens = true) {
     Require(monitor_ != nullptr && RegisterPrinter(monitor_, &handle_) == VEXO_OK &&
-                SetPollingTime(monitor_, kPollingMs) == VEXO_OK && OpenReprintMonitorWork(monitor_) == VEXO_OK,
+                SetPollingTime(monitor_, polling_ms) == VEXO_OK &&
+                (!opens || OpenReprintMonitorWork(monitor_) == VEXO_OK),
             "starting a monitor");
   }
   MonitoredPrinter(const MonitoredPrinter&) = delete;
@@ -136,15 +141,57 @@ double ProcessorMilliseconds() {
   return (ticks(kernel) + ticks(user)) / 10'000;
 }
 
-void MeasureIdleCost() {
-  std::vector<std::unique_ptr<MonitoredPrinter>> printers(kMonitors);
-  for (auto& printer : printers) {
-    printer = std::make_unique<MonitoredPrinter>();
-  }
+// The share of one core that this process takes.
+double ProcessorShare(int observed_ms) {
   const double before = ProcessorMilliseconds();
-  const double seconds = Seconds([] { std::this_thread::sleep_for(std::chrono::milliseconds(kObservedMs)); });
-  const double share = (ProcessorMilliseconds() - before) / (seconds * 1000);
-  Report("64 monitors polling, % of one core", share * 100, "<=", 3);
+  const double seconds = Seconds([=] { std::this_thread::sleep_for(std::chrono::milliseconds(observed_ms)); });
+  return (ProcessorMilliseconds() - before) / (seconds * 1000);
+}
+
+std::vector<std::unique_ptr<MonitoredPrinter>> MakeMonitors(int count, int polling_ms, bool open) {
+  std::vector<std::unique_ptr<MonitoredPrinter>> printers(static_cast<size_t>(count));
+  for (auto& printer : printers) {
+    printer = std::make_unique<MonitoredPrinter>(polling_ms, open);
+  }
+  return printers;
+}
+
+void MeasureIdleCost() {
+  const auto printers = MakeMonitors(kMonitors, kPollingMs, true);
+  Report("64 monitors polling, % of one core", ProcessorShare(kObservedMs) * 100, "<=", 3);
+}
+
+// Threads that do nothing but sleep for so long, again and again.
+double ShareOfSleepers(int count, int sleep_ms) {
+  std::atomic<bool> done{false};
+  std::vector<std::thread> sleepers;
+  for (int i = 0; i < count; ++i) {
+    sleepers.emplace_back([&] {
+      while (!done) {
+        Sleep(static_cast<DWORD>(sleep_ms));
+      }
+    });
+  }
+  const double share = ProcessorShare(kComparedMs);
+  done = true;
+  for (std::thread& sleeper : sleepers) {
+    sleeper.join();
+  }
+  return share;
+}
+
+// A reader thread that has nothing to do should cost little more than its sleep, however short that is.
+void MeasureShortPauses() {
+  for (const int polling_ms : {1, 5, 20, 50, 100}) {
+    const double asleep = ShareOfSleepers(kCompared, polling_ms);
+    const auto share = [=](bool open) {
+      const auto printers = MakeMonitors(kCompared, polling_ms, open);
+      return ProcessorShare(kComparedMs);
+    };
+    const std::string pause = "monitor at " + std::to_string(polling_ms) + " ms ";
+    Report((pause + "closed, against Sleep").c_str(), share(false) / asleep, "<=", 1.5);
+    Report((pause + "open, against Sleep").c_str(), share(true) / asleep, "<=", 3);
+  }
 }
 
 void MeasureDestroying() {
@@ -163,6 +210,7 @@ void MeasureDestroying() {
 int main() {
   vexo::benchmark::MeasureLatency();
   vexo::benchmark::MeasureIdleCost();
+  vexo::benchmark::MeasureShortPauses();
   vexo::benchmark::MeasureDestroying();
   return 0;
 }
