@@ -72,7 +72,7 @@ void RequireQualification(const vexo::UsbDevice& device) {
   } else if (Contains(hardware_id, gated) || Contains(parent_id, gated)) {
     expected = vexo::UsbQualification::kGated;
   }
-  vexo::UsbQualifier qualifier([] { return false; });
+  vexo::UsbQualifier qualifier([](std::string_view /*hardware_id*/) { return false; });
   Require(qualifier.Judge(device) == expected);
 }
 

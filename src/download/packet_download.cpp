@@ -128,11 +128,8 @@ int32_t RestartAfterFile(DownloadSession* session) {
   downloadTrace("restart printer...\n");
   session->sendDoCommand(kResetPrinter);
   const int32_t closed = session->printer().Close();
-  if (closed != VEXO_OK) {
-    return closed;
-  }
-  session->Complete();
-  return VEXO_OK;
+  session->Complete();  // Also when the handle can no longer be used.
+  return closed;
 }
 
 int32_t RestartAfterFont(DownloadSession* session) {

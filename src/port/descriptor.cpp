@@ -56,14 +56,13 @@ void CutTrailingBlanks(char* text) {
   }
 }
 
-// A comma at the very start is skipped and one at the very end adds no field.
+// A comma at the very start is skipped, and one at the very end, with or without blanks behind it, adds no field.
 Fields SplitFields(char* text) {
   Fields fields;
   if (*text == ',') {
     ++text;
   }
-  while (*text != '\0' && fields.count < kMaxFields) {
-    char* const field = SkipBlanks(text);
+  for (char* field = SkipBlanks(text); *field != '\0' && fields.count < kMaxFields; field = SkipBlanks(text)) {
     char* const comma = std::strchr(field, ',');
     if (comma != nullptr) {
       *comma = '\0';

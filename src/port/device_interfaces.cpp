@@ -13,12 +13,15 @@ HDEVINFO ListDevices(const platform::SetupApi* api, const GUID& device_class, DW
   return api != nullptr && has_class ? api->GetClassDevs(&device_class, nullptr, nullptr, flags) : INVALID_HANDLE_VALUE;
 }
 
-// `find_relative`: GetParent or GetChild. It may succeed without saying which device it found.
+// `find_relative`: GetParent or GetChild. It may succeed without saying which device it found. 0: there is none.
 template <typename Find>
-void ReadRelativeId(const platform::SetupApi& api, Find find_relative, DEVINST device, char* text, ULONG size) {
+DEVINST FindRelative(Find find_relative, DEVINST device) {
   DEVINST relative = 0;
-  if (find_relative(&relative, device, 0) != CR_SUCCESS || relative == 0 ||
-      api.GetDeviceId(relative, text, size, 0) != CR_SUCCESS) {
+  return find_relative(&relative, device, 0) == CR_SUCCESS ? relative : 0;
+}
+
+void ReadId(const platform::SetupApi& api, DEVINST device, char* text, ULONG size) {
+  if (device == 0 || api.GetDeviceId(device, text, size, 0) != CR_SUCCESS) {
     text[0] = '\0';
   }
   text[size - 1] = '\0';
@@ -79,11 +82,19 @@ void DeviceInterfaces::ReadProperty(const DEVPROPKEY& key, UINT code_page, char 
 }
 
 void DeviceInterfaces::ReadChildId(char (&text)[kDeviceIdSize]) {
-  ReadRelativeId(list_.api(), list_.api().GetChild, device_.DevInst, text, sizeof(text));
+  ReadId(list_.api(), FindRelative(list_.api().GetChild, device_.DevInst), text, sizeof(text));
 }
 
 void DeviceInterfaces::ReadParentId(char (&text)[kDeviceIdSize]) {
-  ReadRelativeId(list_.api(), list_.api().GetParent, device_.DevInst, text, sizeof(text));
+  ReadId(list_.api(), FindRelative(list_.api().GetParent, device_.DevInst), text, sizeof(text));
+}
+
+void DeviceInterfaces::ReadParentLocation(char* text, ULONG size) {
+  const DEVINST parent = FindRelative(list_.api().GetParent, device_.DevInst);
+  ULONG length = size;
+  const bool read = parent != 0 && list_.api().GetDevNodeRegistryProperty(parent, CM_DRP_LOCATION_INFORMATION, nullptr,
+                                                                          text, &length, 0) == CR_SUCCESS;
+  text[read ? std::min(length, size - 1) : 0] = '\0';
 }
 
 }  // namespace vexo

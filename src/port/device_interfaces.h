@@ -58,13 +58,20 @@ class DeviceInterfaces {
 
   static constexpr ULONG kDeviceIdSize = 256;
   void ReadChildId(char (&text)[kDeviceIdSize]);
+
+  // Of the device above; empty where there is none.
   void ReadParentId(char (&text)[kDeviceIdSize]);
+  template <size_t size>
+  void ReadParentLocation(char (&text)[size]) {
+    ReadParentLocation(text, size);
+  }
 
  private:
   SP_DEVICE_INTERFACE_DETAIL_DATA_A* detail() const {
     return reinterpret_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_A*>(detail_.get());
   }
   bool ReadRegistryText(DWORD property, char* text, DWORD size);
+  void ReadParentLocation(char* text, ULONG size);
 
   const GUID class_;
   const DeviceInfoList list_;

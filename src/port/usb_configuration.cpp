@@ -10,7 +10,7 @@ constexpr char kFileName[] = "vidpid_cfg.txt";
 }  // namespace
 
 // Closed at once, so that looking for devices again and again uses up no files, and the host can replace it.
-bool HasUsbConfiguration() {
+bool IsConfiguredDevice(std::string_view /*hardware_id*/) {
   std::FILE* const file = std::fopen(kFileName, "r");
   if (file == nullptr) {
     return false;

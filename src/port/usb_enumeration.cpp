@@ -41,8 +41,6 @@ constexpr struct {
 
 constexpr DEVPROPKEY kBusRelations = {{0x4340A6C5, 0x93FA, 0x4706, {0x97, 0x2C, 0x7B, 0x64, 0x80, 0x08, 0xA5, 0xA7}},
                                       7};
-constexpr DEVPROPKEY kLocationInfo = {{0xA45C254E, 0xDF1C, 0x4EFD, {0x80, 0x20, 0x67, 0xD1, 0x46, 0xA8, 0x50, 0xE0}},
-                                      15};
 constexpr DEVPROPKEY kInstanceId = {{0x78C34FC8, 0x104A, 0x4ACA, {0x9E, 0xA4, 0x52, 0x4D, 0x52, 0x99, 0x6E, 0x57}},
                                     256};
 
@@ -82,15 +80,29 @@ int32_t SystemFailure() {
   return error != ERROR_SUCCESS ? static_cast<int32_t>(error) : VEXO_ERROR_IO;
 }
 
+// False: the device tells too little to be looked at. A printer has a location; a disk or a gun in a printer has none
+// of its own, and is where the device above it is.
+bool ReadForSearch(DeviceInterfaces* devices, Parents parents, DeviceTexts* texts) {
+  if (!ReadUpperCased(devices, SPDRP_HARDWAREID, texts->hardware_id)) {
+    return false;
+  }
+  const bool has_location = ReadUpperCased(devices, SPDRP_LOCATION_INFORMATION, texts->location);
+  if (parents == Parents::kIgnored) {
+    return has_location;
+  }
+  devices->ReadParentId(texts->parent_id);
+  if (!has_location) {
+    devices->ReadParentLocation(texts->location);
+    UpperCaseAscii(texts->location);
+  }
+  return true;
+}
+
 // Reads the device of the current interface and decides on it. Only what qualifies is asked for everything.
 bool IsSelected(DeviceInterfaces* devices, Parents parents, UsbQualifier* qualifier, const UsbCriteria& criteria,
                 DeviceTexts* texts, bool* gated) {
-  if (!ReadUpperCased(devices, SPDRP_HARDWAREID, texts->hardware_id) ||
-      !ReadUpperCased(devices, SPDRP_LOCATION_INFORMATION, texts->location)) {
+  if (!ReadForSearch(devices, parents, texts)) {
     return false;
-  }
-  if (parents == Parents::kCount) {
-    devices->ReadParentId(texts->parent_id);
   }
   const UsbQualification qualification = Judge(qualifier, devices, texts->View());
   if (qualification == UsbQualification::kNone) {
@@ -116,7 +128,7 @@ FoundUsbDevice Found(const char* path, const DeviceTexts& texts, Parents parents
 }
 
 int32_t Search(DeviceInterfaces* devices, Parents parents, const UsbCriteria& criteria, FoundUsbDevice* found) {
-  UsbQualifier qualifier(HasUsbConfiguration);
+  UsbQualifier qualifier(IsConfiguredDevice);
   while (devices->Next()) {
     const DeviceInterfaces::Detail detail = devices->ReadDetail();
     if (detail == DeviceInterfaces::Detail::kNoMemory) {
@@ -133,21 +145,17 @@ int32_t Search(DeviceInterfaces* devices, Parents parents, const UsbCriteria& cr
   return VEXO_ERROR_USB_NOT_FOUND;
 }
 
-// For the list, texts are in the code page of the calling thread. Where the system has no location among the registry
-// properties of a device, it may still have one among the others.
+// For the list, texts are in the code page of the calling thread. The location is the one that the search goes by, so
+// that a printer can be opened by what the list shows.
 void ReadForDescription(DeviceInterfaces* devices, DeviceTexts* texts) {
   devices->ReadProperty(kBusRelations, CP_THREAD_ACP, texts->bus_relations);
   devices->ReadProperty(kInstanceId, CP_THREAD_ACP, texts->instance_id);
-  if (!ReadUpperCased(devices, SPDRP_LOCATION_INFORMATION, texts->location)) {
-    char location_info[DeviceInterfaces::kPropertyTextSize];
-    devices->ReadProperty(kLocationInfo, CP_THREAD_ACP, location_info);
-    CopyText(texts->location, sizeof(texts->location), location_info);
-  }
+  ReadUpperCased(devices, SPDRP_LOCATION_INFORMATION, texts->location);
 }
 
 }  // namespace
 
-int32_t FindUsbPrinter(const UsbCriteria& criteria, FoundUsbDevice* found) {
+int32_t ResolveUsbDevicePath(const UsbCriteria& criteria, FoundUsbDevice* found) {
   SetLastError(ERROR_SUCCESS);
   DeviceInterfaces devices(kPrinterClass, kPresentInterfaces);
   return devices.valid() ? Search(&devices, Parents::kIgnored, criteria, found) : SystemFailure();
@@ -174,7 +182,7 @@ int32_t ListUsbPrinters(char* buffer, size_t size) {
   if (!devices.valid()) {
     return SystemFailure();
   }
-  UsbQualifier qualifier(HasUsbConfiguration);
+  UsbQualifier qualifier(IsConfiguredDevice);
   while (devices.Next()) {
     DeviceTexts texts;
     if (devices.ReadDetail() != DeviceInterfaces::Detail::kRead) {

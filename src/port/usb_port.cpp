@@ -67,7 +67,7 @@ void UsbPort::Adopt(const FoundUsbDevice& found) {
 int32_t UsbPort::ResolveDevicePath() {
   read_gated_ = 0;
   FoundUsbDevice found;
-  const int32_t result = FindUsbPrinter(Criteria(), &found);
+  const int32_t result = ResolveUsbDevicePath(Criteria(), &found);
   if (result == VEXO_OK) {
     Adopt(found);
   }

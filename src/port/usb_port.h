@@ -23,7 +23,7 @@ class UsbPort : public FilePort {
   int32_t OpenDeviceOfClass(uint32_t first_class, uint32_t class_count) override;
 
  protected:
-  // Finds the printer that the URI describes; the results of FindUsbPrinter.
+  // Finds the printer that the URI describes; the results of ResolveUsbDevicePath.
   int32_t ResolveDevicePath() override;
 
   uint32_t ReadPacketSize(uint32_t length) const override;

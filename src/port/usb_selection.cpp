@@ -88,16 +88,16 @@ bool IsMakerDevice(std::string_view hardware_id) {
 }
 
 UsbQualification UsbQualifier::Judge(const UsbDevice& device) {
-  if (IsMakerDevice(device.hardware_id) || IsMakerDevice(device.parent_id) || IsConfigured()) {
+  if (IsMakerDevice(device.hardware_id) || IsMakerDevice(device.parent_id) || IsConfigured(device)) {
     return UsbQualification::kMaker;
   }
   const bool gated = Contains(device.hardware_id, kGatedPrinter) || Contains(device.parent_id, kGatedPrinter);
   return gated ? UsbQualification::kGated : UsbQualification::kNone;
 }
 
-bool UsbQualifier::IsConfigured() {
+bool UsbQualifier::IsConfigured(const UsbDevice& device) {
   if (!configured_) {
-    configured_ = is_configured_();
+    configured_ = is_configured_(device.hardware_id);
   }
   return *configured_;
 }

@@ -41,9 +41,9 @@ enum class UsbQualification {
 // Judges the devices of one walk over the system's interfaces.
 class UsbQualifier {
  public:
-  // `is_configured` tells whether the configuration lets every device through. It is asked at most once in a walk, and
-  // only when a device is not the maker's.
-  explicit UsbQualifier(bool (*is_configured)()) : is_configured_(is_configured) {}
+  // `is_configured` tells whether the configuration lets a device with this hardware id through, and with it every
+  // other. It is asked at most once in a walk, and only when a device is not the maker's.
+  explicit UsbQualifier(bool (*is_configured)(std::string_view)) : is_configured_(is_configured) {}
 
   UsbQualification Judge(const UsbDevice& device);
 
@@ -53,9 +53,9 @@ class UsbQualifier {
   void NoteService(std::string_view service);
 
  private:
-  bool IsConfigured();
+  bool IsConfigured(const UsbDevice& device);
 
-  bool (*const is_configured_)();
+  bool (*const is_configured_)(std::string_view);
   std::optional<bool> configured_;
   bool met_print_service_ = false;
 };

@@ -30,6 +30,8 @@ TEST(Descriptor, BecomesUri) {
       {"NET,192.168.1.100", "NET/DEVICE?ip=192.168.1.100+port=9100"},
       {"network, 10.0.0.5 , 9101 ", "NET/DEVICE?ip=10.0.0.5+port=9101"},
       {"NET,10.0.0.5,", "NET/DEVICE?ip=10.0.0.5+port=9100"},
+      {"NET,10.0.0.5,  ", "NET/DEVICE?ip=10.0.0.5+port=9100"},
+      {"NET,10.0.0.5,, ", "NET/DEVICE?ip=10.0.0.5+port="},
       {"NET,10.0.0.5,,x", "NET/DEVICE?ip=10.0.0.5+port="},
       {",NET,Host.Name", "NET/DEVICE?ip=Host.Name+port=9100"},
       {"BT,001122AABBCC", "BT/DEVICE?address=001122AABBCC+pin=8642"},
@@ -60,7 +62,7 @@ TEST(Descriptor, BecomesUri) {
 }
 
 TEST(Descriptor, WithoutARequiredFieldOrAKnownWordIsRefused) {
-  for (const char* const descriptor : {"", ",", "COM1", "COM1,", "BSP1", "NET", "BT", "FILE"}) {
+  for (const char* const descriptor : {"", ",", "  ", ", ", "COM1", "COM1,", "COM1, ", "BSP1", "NET", "BT", "FILE"}) {
     EXPECT_EQ("-301", Convert(descriptor)) << descriptor;
   }
   for (const char* const descriptor : {"XYZ,1", "BTX,1", "FOO,1", "F", "B", "Bluetooth,1", "NE", " ,NET"}) {

@@ -194,6 +194,11 @@ TEST_F(PacketDownloadTest, HandleThatLosesItsPort) {
     on_write_ = [&](int write) { handle_.portOpen = write >= lost_at ? 0 : 1; };
     EXPECT_EQ(codes[lost_at], DownloadFont(FileContent(3000), 2048).code) << lost_at;
   }
+  on_write_ = [&](int write) { handle_.magic = write == 3 ? 1 : VEXO_PRINTER_MAGIC; };
+  const Result file = DownloadFile(FileContent(3000));
+  EXPECT_EQ(-6, file.code);
+  EXPECT_EQ("Completed...", file.LastLine());
+  handle_.magic = VEXO_PRINTER_MAGIC;
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
 }
 
 TEST_F(PortFactory, RefusesOtherTexts) {
-  for (const char* const text : {static_cast<const char*>(nullptr), "", "BT", "XYZ", "COM1", "NET,10.0.0.5,,x", "USB, ",
+  for (const char* const text : {static_cast<const char*>(nullptr), "", "BT", "XYZ", "COM1", "NET,10.0.0.5,,x", "USB,,",
                                  "vexo:/dev/bus/NET/DEVICE?ip="}) {
     ExpectRefused(-301, text);
   }

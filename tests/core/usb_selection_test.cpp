@@ -56,8 +56,8 @@ TEST(UsbSelection, FamiliesHaveHundredModels) {
 }
 
 int asked = 0;
-bool Configured() { return ++asked > 0; }
-bool NotConfigured() { return ++asked == 0; }
+bool Configured(std::string_view /*hardware_id*/) { return ++asked > 0; }
+bool NotConfigured(std::string_view /*hardware_id*/) { return ++asked == 0; }
 
 TEST(UsbSelection, DevicesQualifyInOrder) {
   using Qualification = UsbQualification;

@@ -5,8 +5,8 @@
 
 #include <atomic>
 #include <cstdlib>
-#include <cstring>
-#include <utility>
+
+#include "windows/replaced_imports.h"
 
 namespace vexo::test {
 namespace {
@@ -58,7 +58,7 @@ uintptr_t MakeThread(void* security, unsigned stack, unsigned(__stdcall* run)(vo
   return Fails() ? 0 : _beginthreadex(security, stack, run, argument, flags, id);
 }
 
-const std::pair<const char*, void*> kReplacements[] = {
+const ReplacedImports kReplacements = {
     {"malloc", reinterpret_cast<void*>(Allocate)},
     {"calloc", reinterpret_cast<void*>(AllocateZeroed)},
     {"realloc", reinterpret_cast<void*>(Reallocate)},
@@ -69,46 +69,6 @@ const std::pair<const char*, void*> kReplacements[] = {
     {"CreateWaitableTimerExW", reinterpret_cast<void*>(MakeTimer)},
     {"_beginthreadex", reinterpret_cast<void*>(MakeThread)},
 };
-
-template <typename T>
-T* AtOffset(HMODULE library, ULONGLONG offset) {
-  return reinterpret_cast<T*>(reinterpret_cast<char*>(library) + offset);
-}
-
-void* ReplacementOf(const char* name) {
-  for (const auto& [replaced, by] : kReplacements) {
-    if (std::strcmp(name, replaced) == 0) {
-      return by;
-    }
-  }
-  return nullptr;
-}
-
-// @return how many imports were replaced.
-int ReplaceImports(HMODULE library) {
-  const auto* const dos = AtOffset<IMAGE_DOS_HEADER>(library, 0);
-  const auto* const header = AtOffset<IMAGE_NT_HEADERS>(library, static_cast<DWORD>(dos->e_lfanew));
-  const DWORD offset = header->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
-  int replaced = 0;
-  for (const auto* from = AtOffset<IMAGE_IMPORT_DESCRIPTOR>(library, offset); from->Name != 0; ++from) {
-    const auto* name = AtOffset<IMAGE_THUNK_DATA>(library, from->OriginalFirstThunk);
-    auto* entry = AtOffset<IMAGE_THUNK_DATA>(library, from->FirstThunk);
-    for (; name->u1.AddressOfData != 0; ++name, ++entry) {
-      if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
-        continue;
-      }
-      void* const by = ReplacementOf(
-          reinterpret_cast<const char*>(AtOffset<IMAGE_IMPORT_BY_NAME>(library, name->u1.AddressOfData)->Name));
-      DWORD protection = 0;
-      if (by != nullptr && VirtualProtect(entry, sizeof(*entry), PAGE_READWRITE, &protection) != FALSE) {
-        entry->u1.Function = reinterpret_cast<ULONG_PTR>(by);
-        VirtualProtect(entry, sizeof(*entry), protection, &protection);
-        ++replaced;
-      }
-    }
-  }
-  return replaced;
-}
 
 std::string CopyOfTheLibrary() {
   char path[MAX_PATH] = {};
@@ -121,7 +81,7 @@ std::string CopyOfTheLibrary() {
 }  // namespace
 
 FaultyLibrary::FaultyLibrary() : file_(CopyOfTheLibrary()), library_(LoadLibraryA(file_.c_str())) {
-  EXPECT_GE(ReplaceImports(library_), 6);
+  EXPECT_GE(ReplaceImports(library_, kReplacements), 6);
 }
 
 FaultyLibrary::~FaultyLibrary() {

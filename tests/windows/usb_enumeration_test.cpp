@@ -1,8 +1,11 @@
 // USB devices through the exports: listed, found and opened. The system's devices are the test's.
 #include <gtest/gtest.h>
 #include <windows.h>
+// After windows.h.
+#include <cfgmgr32.h>
 
 #include <algorithm>
+#include <cstring>
 #include <fstream>
 #include <memory>
 #include <string>
@@ -13,6 +16,7 @@
 #include "windows/port_calls.h"
 #include "windows/process_resources.h"
 #include "windows/registered_device.h"
+#include "windows/replaced_imports.h"
 
 namespace vexo::test {
 namespace {
@@ -28,11 +32,63 @@ const DeviceEntry kNameless = {"USB\\VID_1A2D&PID_0101\\9&1", "USB\\VID_1A2D&PID
 constexpr char kModelRecord[] = "USB,ABC123;ABC123;MODEL;VID_1A2B&PID_0001;USB001;PORT_#0001.HUB_#0002";
 constexpr char kForeignRecord[] = "USB,XYZ789;XYZ789; ;VID_04B8&PID_0202;;PORT_#0004";
 
+// The device above all others, when a test has one: the system here knows none.
+struct ParentDevice {
+  const char* id = nullptr;
+  const char* location = nullptr;  // Null: it has none.
+};
+ParentDevice g_parent;
+constexpr DEVINST kParent = 4711;
+
+CONFIGRET WINAPI GetParent(DEVINST* parent, DEVINST /*device*/, ULONG /*flags*/) {
+  *parent = kParent;
+  return g_parent.id != nullptr ? CR_SUCCESS : CR_NO_SUCH_DEVNODE;
+}
+
+CONFIGRET WINAPI GetDeviceId(DEVINST device, char* text, ULONG size, ULONG flags) {
+  if (device != kParent) {
+    return CM_Get_Device_IDA(device, text, size, flags);
+  }
+  strncpy(text, g_parent.id, size);
+  return CR_SUCCESS;
+}
+
+CONFIGRET WINAPI GetRegistryProperty(DEVINST device, ULONG property, ULONG* /*type*/, void* text, ULONG* size,
+                                     ULONG /*flags*/) {
+  if (device != kParent || property != CM_DRP_LOCATION_INFORMATION || g_parent.location == nullptr) {
+    return CR_NO_SUCH_VALUE;
+  }
+  *size = static_cast<ULONG>(strlen(g_parent.location));  // A text in the registry need not end.
+  memcpy(text, g_parent.location, *size);
+  return CR_SUCCESS;
+}
+
+FARPROC WINAPI FindFunction(HMODULE library, const char* name) {
+  const std::pair<const char*, void*> own[] = {
+      {"CM_Get_Parent", reinterpret_cast<void*>(GetParent)},
+      {"CM_Get_Device_IDA", reinterpret_cast<void*>(GetDeviceId)},
+      {"CM_Get_DevNode_Registry_PropertyA", reinterpret_cast<void*>(GetRegistryProperty)}};
+  for (const auto& [replaced, by] : own) {
+    if (strcmp(name, replaced) == 0) {
+      return reinterpret_cast<FARPROC>(by);
+    }
+  }
+  return GetProcAddress(library, name);
+}
+
 class UsbEnumerationTest : public ::testing::Test {
  protected:
+  // Before the library has looked the functions up, which it does once.
+  static void SetUpTestSuite() {
+    EXPECT_EQ(
+        ReplaceImports(GetModuleHandleA("vexoextend.dll"), {{"GetProcAddress", reinterpret_cast<void*>(FindFunction)}}),
+        1);
+  }
+
   ~UsbEnumerationTest() override {
     DiskPortOpen(&handle_, "");
     RemoveConfiguration();
+    g_parent = {};
   }
 
   RegisteredDevice& Plug(const DeviceEntry& entry) {
@@ -211,6 +267,34 @@ TEST_F(UsbEnumerationTest, ExportsSearchTheirClasses) {
     }
     EXPECT_EQ(open(&handle_, "USB,PORT_#0004"), VEXO_ERROR_USB_NOT_FOUND);
     devices_.clear();
+  }
+}
+
+// A disk says of itself only what any disk says.
+TEST_F(UsbEnumerationTest, DiskIsKnownByThePrinterAboveIt) {
+  DeviceEntry disk = {"USBSTOR\\DISK&VEN_X\\7&1", "USBSTOR\\DiskX"};
+  disk.device_class = kDiskClass;
+  const std::string path = Plug(disk).path();
+  DeviceFile file(path);
+  const struct {
+    ParentDevice parent;
+    const char* descriptor;
+    bool finds;
+  } rows[] = {{{}, "USB", false},
+              {{"USB\\VID_04B8&PID_0202\\1", "Port_#0001"}, "USB", false},
+              {{"USB\\VID_1A2B&PID_0001\\ABC123", nullptr}, "USB,VID_0X1A2B,PID_0X0001", true},
+              {{"USB\\VID_1A2B&PID_0001\\ABC123", nullptr}, "USB,PORT_#0001", false},
+              {{"USB\\VID_1A2B&PID_0001\\ABC123", "Port_#0001"}, "USB,PORT_#0001", true}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(&row - rows);
+    g_parent = row.parent;
+    EXPECT_EQ(DiskPortOpen(&handle_, row.descriptor), row.finds ? VEXO_OK : VEXO_ERROR_USB_NOT_FOUND);
+    EXPECT_EQ(FoundPath(), row.finds ? path : "");
+    if (row.finds) {
+      EXPECT_EQ(Uri().find("location=PORT_#0001+") != std::string::npos, row.parent.location != nullptr);
+    }
+    DiskPortOpen(&handle_, "");
+    file.Renew();
   }
 }
 

@@ -17,7 +17,8 @@ bool FindAll(HMODULE library, SetupApi* api) {
          Find(library, "SetupDiGetDeviceRegistryPropertyA", &api->GetDeviceRegistryProperty) &&
          Find(library, "SetupDiGetDevicePropertyW", &api->GetDeviceProperty) &&
          Find(library, "CM_Get_Parent", &api->GetParent) && Find(library, "CM_Get_Child", &api->GetChild) &&
-         Find(library, "CM_Get_Device_IDA", &api->GetDeviceId);
+         Find(library, "CM_Get_Device_IDA", &api->GetDeviceId) &&
+         Find(library, "CM_Get_DevNode_Registry_PropertyA", &api->GetDevNodeRegistryProperty);
 }
 
 SetupApi g_api = {};

@@ -21,6 +21,7 @@ struct SetupApi {
   decltype(&CM_Get_Parent) GetParent;
   decltype(&CM_Get_Child) GetChild;
   decltype(&CM_Get_Device_IDA) GetDeviceId;
+  decltype(&CM_Get_DevNode_Registry_PropertyA) GetDevNodeRegistryProperty;
 };
 
 // Null when the system does not have them all; GetLastError says why.
