@@ -48,7 +48,8 @@ VEXO_API int32_t GetLastErrorCode(void);
  * Opens a port on the disk interface of a USB printer and puts it into a printer handle.
  *
  * The device is found by the rules of printer.h for opening USB printers. Beside its own identifiers those of the
- * device above it count: a disk in a printer is the printer's, and vid, pid and DEVICE may be those of the printer. So
+ * device above it count: a disk in a printer is the printer's, and vid, pid and DEVICE may be those of the printer; its
+ * location is the printer's, too, unless it has one of its own. So
  * disks of anybody else are never opened, unless a vidpid_cfg.txt lets every device through (GetUsbDescList).
  * "location" and "deviceid" are added to the port's URI, but no "sn".
  *
@@ -60,6 +61,9 @@ VEXO_API int32_t GetLastErrorCode(void);
  * On USB the object's own Open looks for a printer, whatever the function looked for. So a host opens a USB printer
  * without the SDK's main library: any of these functions makes the port object, -372 or not; then the host calls the
  * object's Close and Open and sets portOpen to 1.
+ *
+ * Several threads may open ports into one handle: the one that is put into it last stays there, and each of the others
+ * is closed; who opened it gets -6 or -309 for what it does with it then.
  *
  * Give ports back before the library is unloaded: devices that are open then stay so until the process ends. The driver
  * of a Bluetooth port stays in memory, some hundred bytes for each port.
@@ -148,6 +152,9 @@ VEXO_API int32_t GetPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
  * Destroy all monitors before the library is unloaded: the thread of one that is left would run on in code that is
  * gone. At the end of the process nothing needs to be done.
  *
+ * Replies that nobody asked for are kept until an answer is awaited, the newest 1,024 of them; events are kept until
+ * they are taken.
+ *
  * A printer that goes away is not reported: events stop, and commands may fail. On a network the next command connects
  * again; a printer that was switched off has forgotten that monitoring was on: call OpenReprintMonitorWork again.
  *
@@ -170,8 +177,9 @@ typedef struct CVEXOPrinterReadHelper CVEXOPrinterReadHelper;
  * waits for a reply inside a job monitor function. Other threads' calls on the same monitor wait meanwhile: a callback
  * must not wait for a thread that makes one, nor take a lock that such a thread holds. The callback may call the job
  * monitor functions, and add and remove callbacks, but must not destroy the monitor. A function that waits for a reply
- * may receive further reports, so callbacks run once more inside the one that called it. A C++ exception that a
- * callback throws is dropped.
+ * may receive further reports, so callbacks run once more inside the one that called it, up to seven deep; from then on
+ * events wait, in their order, until the outermost callback has returned. A C++ exception that a callback throws is
+ * dropped.
  */
 typedef void (*MonitorCallback)(int32_t event, int32_t taskId, uint32_t value);
 
@@ -465,8 +473,10 @@ VEXO_API int32_t DownloadFontFile(VexoPrinterHandle* handle, int32_t packetSize,
  * ReadData error..." (refused). "Successfully restarted the device..." is the last line of a success. After "Openfail"
  * the handle holds no open port.
  *
- * An image whose last segment is longer than what is left of the file never ends: the download repeats "Successfully
- * distributed..." until setCancel. Check images before sending them.
+ * An image whose last segment announces a longer body than the file still has never ends: once its header is accepted,
+ * the download repeats "Successfully distributed..." until setCancel. Fewer than 76 bytes behind the last segment do
+ * end it: they are sent as a header, filled up with zeros, and whatever the printer says to that, no body follows.
+ * Check images before sending them.
  *
  * @param handle     printer handle with an open port.
  * @param fileName   path of the image.
@@ -607,16 +617,20 @@ VEXO_API int32_t GetUsbDescList(char* buffer, int32_t size);
  * is exactly "ready" become records, in the order of their answers; every other answer is dropped. A printer that
  * answers twice gives two records.
  *
- * Each of them is then asked over TCP port 9100, one after the other, for the addresses that replace its fields 10 and
- * 11 (dotted, "192.168.1.1"); a printer that does not answer there keeps the fields as they are.
+ * Each address that the records name is then asked once, over TCP port 9100, for the addresses that replace fields 10
+ * and 11 (dotted, "192.168.1.1") of all records that name it. At most 16 are asked at a time, and all of it ends after
+ * 7 s: a record whose printer has not answered by then keeps the fields as they are. So does one whose first line is
+ * not a dotted IPv4 address ("192.168.1.50", without further zeros): nothing else is connected to.
  *
  * The result is one text: for each record its 16 fields, separated by ";", and a "|" behind them:
  *
  *   192.168.1.50;ready;...;...;...;...;...;...;...;...;192.168.1.1;255.255.255.0;...;...;...;...|
  *
  * Fields are counted from 0. Lines that are missing give empty fields, so does an empty line; lines after the 16th are
- * dropped. A record has at most 255 characters before its "|", the rest is cut off, separators, too. Nothing keeps a
- * printer from sending ";" or "|" in its fields. Texts are as the printers send them, in no particular code page.
+ * dropped. A record has at most 255 characters before its "|", the rest is cut off, separators, too. Texts are as
+ * they came, in no particular code page. Anybody on the network can send an answer: take the fields for what they are,
+ * text from a stranger. They may hold ";" or "|" and look like further records, name another machine, or be meant for
+ * whatever shows them.
  *
  * An answer that is shorter than the one received before it ends in the remainder of that one, unless it ends in a zero
  * byte of its own: printers that send different lengths should end theirs so. An answer counts up to its first zero. An
@@ -627,10 +641,10 @@ VEXO_API int32_t GetUsbDescList(char* buffer, int32_t size);
 /**
  * Scans for receipt printers, on UDP port 3289.
  *
- * Blocks for the whole time limit, and then for the questions over TCP: some 20 ms for a printer that answers at once,
- * and 6 s for one that cannot be connected to. The scan listens on the local port 3289, too; when somebody else has
- * that one, it takes another and misses printers that answer to 3289 whatever port the question came from. Several
- * threads may scan at the same time.
+ * Blocks for the whole time limit, and then for the questions over TCP: some 20 ms for up to 16 printers that answer at
+ * once, 6 s when one cannot be connected to, and 7 s at most. The scan listens on the local port 3289, too; when
+ * somebody else has that one, it takes another and misses printers that answer to 3289 whatever port the question came
+ * from. Several threads may scan at the same time.
  *
  * @param timeLimitMs how long to wait for answers, in milliseconds, kept to 20 ms however many arrive. Below 1: the
  *                    question is sent, but no answer is waited for, and the result is -103.

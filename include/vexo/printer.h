@@ -125,7 +125,8 @@ struct VexoPort {
   int32_t (*GetUri)(VexoPort* port, char* buffer, uint32_t size, uint32_t* length);
 
   /**
-   * Opens the device or connects. -301: not configured. -310: open already, left as it was. -311: no connection
+   * Opens the device or connects. -301: not configured. -310: open already, left as it was; so is a TCP port that could
+   * not connect again, until Close. -309: closed by another thread meanwhile. -311: no connection
    * within the connect timeout, twice; a printer that refuses the connection or that no network leads to is reported so
    * too, after the same time. -312: not a serial line, -313: the line refuses its settings; it stays closed. -372: no
    * such USB printer. -9: no memory for its path. Positive: the system's error. A buffer port is empty afterwards,
@@ -151,7 +152,8 @@ struct VexoPort {
   /**
    * Closes the device; a buffer port loses its content. Always 0 for a valid object. A transfer that is under way on
    * another thread, of a job monitor perhaps, ends: it gives the system's error, or -309, or what it has by then. Close
-   * waits for that, 5 s at most.
+   * waits for that, 5 s at most. A TCP port that is just connecting stops that: nothing is connected or sent once Close
+   * has returned, and the call on the other thread gives -309.
    */
   int32_t (*Close)(VexoPort* port);
 
@@ -165,7 +167,7 @@ struct VexoPort {
 
   /**
    * 0 when open. File ports: -301 not configured, -309 not open. TCP: always 0, even if it was never opened; a dropped
-   * connection is restored by the next Write or Read. A buffer port is emptied by this call.
+   * connection is restored by the next Write, or by the Read that meets it. A buffer port is emptied by this call.
    */
   int32_t (*CheckOpen)(VexoPort* port);
 
@@ -194,7 +196,8 @@ struct VexoPort {
    * A USB port that is asked for at most 254 bytes takes whole packets: when more came than was asked for, the buffer
    * receives the last length bytes and *read counts all of them, so it may exceed length (64 for a 64-byte packet read
    * as 10 bytes). A TCP port whose printer closed the connection reconnects and returns the result of that, 0 or as
-   * Open's, with the bytes read so far. A buffer port copies all its content without consuming it; the room it sees is
+   * Open's, with the bytes read so far; after one that failed, each Read gives 10038 (no socket) until a
+   * Write has connected again. A buffer port copies all its content without consuming it; the room it sees is
    * length - offset, and content that is longer gives -2.
    */
   int32_t (*Read)(VexoPort* port, uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read);
@@ -203,9 +206,9 @@ struct VexoPort {
    * One short read of at most to - from bytes into buffer + from: what is there now (TCP), what comes within 100 ms
    * (serial, USB), or byte by byte what comes for as long as the system waits for each (parallel). Nothing there gives
    * 0 with *read 0, as does a TCP connection that the printer has closed. from > to gives -1 (a buffer port: no room).
-   * USB ports asked for at most 63 bytes take whole packets and count as in Read. -7: as Read. -309: not open, or a TCP
-   * port that could not connect again. Positive: the system's error. A buffer port copies all its content as Read does;
-   * the room is to - from.
+   * USB ports asked for at most 63 bytes take whole packets and count as in Read. -7: as Read. -309: not open.
+   * Positive: the system's error; on a TCP port that could not connect again 10038, as for Read: only a Write tries
+   * anew. A buffer port copies all its content as Read does; the room is to - from.
    */
   int32_t (*ReadAvailable)(VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read);
 

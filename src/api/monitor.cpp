@@ -183,7 +183,7 @@ int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCallback ca
     return BadArgument();
   }
   return Run(monitor, [=](auto* object) {
-    *id = object->callbacks().Add(callback);
+    *id = object->AddCallback(callback);
     return VEXO_OK;
   });
 }
@@ -192,6 +192,6 @@ int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_t id) {
   if (monitor == nullptr) {
     return BadArgument();
   }
-  monitor->callbacks().Remove(id);
+  monitor->RemoveCallback(id);
   return VEXO_OK;
 }

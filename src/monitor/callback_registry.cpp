@@ -16,23 +16,23 @@ void CallSafely(MonitorCallback callback, int32_t event, int32_t task_id, uint32
 
 int64_t CallbackRegistry::Add(MonitorCallback callback) {
   const auto key = static_cast<int64_t>(reinterpret_cast<intptr_t>(callback));
-  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(*lock_);
   callbacks_[key] = callback;
   return key;
 }
 
 void CallbackRegistry::Remove(int64_t key) {
-  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(*lock_);
   callbacks_.erase(key);
 }
 
 void CallbackRegistry::RemoveAll() {
-  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(*lock_);
   callbacks_.clear();
 }
 
 bool CallbackRegistry::Deliver(int32_t event, int32_t task_id, uint32_t value) {
-  const std::lock_guard<platform::RecursiveMutex> guard(lock_);
+  const std::lock_guard<platform::RecursiveMutex> guard(*lock_);
   if (callbacks_.empty()) {
     return false;
   }

@@ -15,6 +15,8 @@ namespace vexo {
 // lock is recursive, so callbacks may add and remove callbacks.
 class CallbackRegistry {
  public:
+  // Every operation takes the lock, which must outlive the registry.
+  explicit CallbackRegistry(platform::RecursiveMutex* lock) : lock_(lock) {}
   // Gives the key.
   int64_t Add(MonitorCallback callback);
 
@@ -27,7 +29,7 @@ class CallbackRegistry {
   bool Deliver(int32_t event, int32_t task_id, uint32_t value);
 
  private:
-  platform::RecursiveMutex lock_;
+  platform::RecursiveMutex* const lock_;
   std::map<int64_t, MonitorCallback> callbacks_;
 };
 

@@ -41,16 +41,16 @@ int32_t ReceiveTries(int64_t timeout_ms) {
 }  // namespace
 
 bool CVEXOPrinterReadHelper::StartReader() {
-  return reader_.Start([](void* monitor) { static_cast<CVEXOPrinterReadHelper*>(monitor)->ReaderLoop(); }, this);
+  return readerThread.Start([](void* monitor) { static_cast<CVEXOPrinterReadHelper*>(monitor)->ReaderLoop(); }, this);
 }
 
 void CVEXOPrinterReadHelper::StopReader() {
-  callbacks_.RemoveAll();
-  flags_ = Flags{/*stop_requested=*/true, /*work_open=*/false};
-  if (reader_.IsCurrent()) {
+  callbacks.RemoveAll();
+  flags_ = Flags{/*stopRequested=*/true, /*workOpen=*/false};
+  if (readerThread.IsCurrent()) {
     vexo::platform::ThrowDeadlock();
   }
-  reader_.Join();
+  readerThread.Join();
 }
 
 // Nothing may escape from here: it would end the host.
@@ -69,14 +69,14 @@ void CVEXOPrinterReadHelper::PollWhileWorkIsOpen() {
   if (!work_open()) {
     return;
   }
-  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
   if (work_open()) {
     Poll(0);
   }
 }
 
 void CVEXOPrinterReadHelper::PauseReader() const {
-  auto left = static_cast<uint32_t>(polling_time_.load());
+  auto left = static_cast<uint32_t>(pollingTime.load());
   do {
     const uint32_t step = std::min(left, kLongestSleepMs);
     vexo::platform::RestMs(step);
@@ -85,26 +85,26 @@ void CVEXOPrinterReadHelper::PauseReader() const {
 }
 
 int32_t CVEXOPrinterReadHelper::BindPrinter(VexoPrinterHandle* handle) {
-  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
   const int32_t result = vexo::PrinterConnection(handle).Check();
-  last_result_ = result;
-  printer_ = result == VEXO_OK ? handle : nullptr;
+  lastResult = result;
+  printer = result == VEXO_OK ? handle : nullptr;
   return result;
 }
 
 void CVEXOPrinterReadHelper::SetWorkOpen(bool open) {
   Flags flags = flags_;
-  while (!flags_.compare_exchange_weak(flags, Flags{flags.stop_requested, open && !flags.stop_requested})) {
+  while (!flags_.compare_exchange_weak(flags, Flags{flags.stopRequested, open && !flags.stopRequested})) {
   }
 }
 
 int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
   // The result is kept apart from the shared one, which a poll on the other thread may overwrite at any moment.
-  int32_t result = last_result_;
+  int32_t result = lastResult;
   try {
     for (int attempt = 0; attempt < kSendAttempts; ++attempt) {
-      result = vexo::PrinterConnection(printer_).Write(command);
-      last_result_ = result;
+      result = vexo::PrinterConnection(printer).Write(command);
+      lastResult = result;
       if (result != VEXO_ERROR_IO_WRITE_TIMEOUT) {
         break;
       }
@@ -115,13 +115,13 @@ int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
 }
 
 void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
-  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
-  received_.Reserve(kPollSize);  // What has been read must not be lost for want of memory.
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  rxBuffer.Reserve(kPollSize);  // What has been read must not be lost for want of memory.
   uint8_t bytes[kPollSize];
   uint32_t count = 0;
-  last_result_ = vexo::ReadStream(printer_, bytes, kPollSize, &count, ReceiveTries(timeout_ms), kReceiveStepMs);
+  lastResult = vexo::ReadStream(printer, bytes, kPollSize, &count, ReceiveTries(timeout_ms), kReceiveStepMs);
   if (count > 0) {
-    received_.Append(bytes, count);
+    rxBuffer.Append(bytes, count);
   }
   Decode();
 }
@@ -132,18 +132,18 @@ void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
 void CVEXOPrinterReadHelper::Decode() {
   while (!stop_requested()) {
     DeliverPostponed();
-    vexo::DecodeStep step = vexo::DecodeNextReport(received_.data(), received_.size(), family_);
-    received_.Consume(step.consumed);
+    vexo::DecodeStep step = vexo::DecodeNextReport(rxBuffer.data(), rxBuffer.size(), sdkType);
+    rxBuffer.Consume(step.consumed);
     if (step.record.kind == vexo::RecordKind::kEmpty) {
       return;
     }
     if (step.tracking_reset) {
-      current_task_id_ = 0;
+      currentTaskId = 0;
     }
     try {
       Accept(std::move(step.record));
     } catch (const std::bad_alloc&) {
-      received_.PutBack(step.consumed);  // No room in the queue, and nobody was called: the next pass finds it again.
+      rxBuffer.PutBack(step.consumed);  // No room in the queue, and nobody was called: the next pass finds it again.
       throw;
     }
   }
@@ -151,14 +151,14 @@ void CVEXOPrinterReadHelper::Decode() {
 
 void CVEXOPrinterReadHelper::Accept(vexo::ReportRecord record) {
   if (record.kind != vexo::RecordKind::kJobEvent) {
-    queue_.Add(std::move(record));
+    replyQueue.Add(std::move(record));
     return;
   }
   if (IsJobStart(record)) {
-    current_task_id_ = record.task_id;
+    currentTaskId = record.task_id;
   } else if (record.type == vexo::kReplyJobEnded) {
     // This reply says neither which job nor how it went.
-    record.task_id = current_task_id_;
+    record.task_id = currentTaskId;
     record.value = FetchJobEndValue();
   }
   DeliverInTurn(std::move(record));
@@ -192,10 +192,10 @@ void CVEXOPrinterReadHelper::DeliverPostponed() {
 void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord* record) {
   const int32_t event = IsJobStart(*record) ? kEventJobStarted : kEventJobEnded;
   ++deliveries_;
-  const bool called = callbacks_.Deliver(event, record->task_id, record->value);
+  const bool called = callbacks.Deliver(event, record->task_id, record->value);
   --deliveries_;
   if (!called) {
-    queue_.Add(std::move(*record));
+    replyQueue.Add(std::move(*record));
   }
 }
 
@@ -209,8 +209,8 @@ uint32_t CVEXOPrinterReadHelper::FetchJobEndValue() {
       return 0;
     }
     uint32_t count = 0;
-    last_result_ =
-        vexo::ReadReply(printer_, reply, 0, kJobEndReplySize, &count, ReceiveTries(read_timeout_), kReceiveStepMs);
+    lastResult =
+        vexo::ReadReply(printer, reply, 0, kJobEndReplySize, &count, ReceiveTries(readTimeout), kReceiveStepMs);
   } catch (...) {
     return 0;
   }
@@ -218,10 +218,10 @@ uint32_t CVEXOPrinterReadHelper::FetchJobEndValue() {
 }
 
 void CVEXOPrinterReadHelper::ForgetJobs() {
-  const std::lock_guard<vexo::platform::RecursiveMutex> guard(io_lock_);
-  received_.Clear();
-  queue_.Clear();
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  rxBuffer.Clear();
+  replyQueue.Clear();
   postponed_.clear();
-  requested_task_id_ = 1;
-  current_task_id_ = 0;
+  requestedTaskId = 1;
+  currentTaskId = 0;
 }

@@ -38,16 +38,16 @@ struct CVEXOPrinterReadHelper {
   // -6, -309 when the handle is bad or closed; the object then has no printer.
   int32_t BindPrinter(VexoPrinterHandle* handle);
 
-  void SetReadTimeout(int64_t milliseconds) { read_timeout_ = milliseconds; }
-  void SetDelayTime(int64_t milliseconds) { delay_time_ = milliseconds; }
-  void SetPollingTime(int64_t milliseconds) { polling_time_ = milliseconds; }
-  void SelectFamily(vexo::ProtocolFamily family) { family_ = family; }
+  void SetReadTimeout(int64_t milliseconds) { readTimeout = milliseconds; }
+  void SetDelayTime(int64_t milliseconds) { delayTime = milliseconds; }
+  void SetPollingTime(int64_t milliseconds) { pollingTime = milliseconds; }
+  void SelectFamily(vexo::ProtocolFamily family) { sdkType = family; }
 
-  vexo::ProtocolFamily family() const { return family_; }
-  int64_t read_timeout() const { return read_timeout_; }
-  bool work_open() const { return flags_.load().work_open; }
+  vexo::ProtocolFamily family() const { return sdkType; }
+  int64_t read_timeout() const { return readTimeout; }
+  bool work_open() const { return flags_.load().workOpen; }
   void SetWorkOpen(bool open);
-  void SetRequestedTask(int32_t task_id) { requested_task_id_ = task_id; }
+  void SetRequestedTask(int32_t task_id) { requestedTaskId = task_id; }
 
   // Writes a command; a write that timed out is tried once more. Takes no lock.
   int32_t Send(const vexo::Bytes& command);
@@ -58,18 +58,21 @@ struct CVEXOPrinterReadHelper {
   // Forgets everything received and both task numbers.
   void ForgetJobs();
 
-  vexo::platform::RecursiveMutex& io_lock() { return io_lock_; }
-  vexo::ReplyQueue& queue() { return queue_; }  // Under the I/O lock.
-  vexo::CallbackRegistry& callbacks() { return callbacks_; }
+  vexo::platform::RecursiveMutex& io_lock() { return ioLock; }
+  vexo::ReplyQueue& queue() { return replyQueue; }  // Under the I/O lock.
+
+  // Gives the callback's number.
+  int64_t AddCallback(MonitorCallback callback) { return callbacks.Add(callback); }
+  void RemoveCallback(int64_t id) { callbacks.Remove(id); }
 
  private:
   // Written together, in one store: a reader that sees the stop must not see the work still open.
   struct alignas(2) Flags {
-    bool stop_requested = false;
-    bool work_open = false;
+    bool stopRequested = false;
+    bool workOpen = false;
   };
 
-  bool stop_requested() const { return flags_.load().stop_requested; }
+  bool stop_requested() const { return flags_.load().stopRequested; }
   void ReaderLoop();
   void PollWhileWorkIsOpen();
   void PauseReader() const;
@@ -80,22 +83,25 @@ struct CVEXOPrinterReadHelper {
   void Deliver(vexo::ReportRecord* record);
   uint32_t FetchJobEndValue();
 
-  std::atomic<int32_t> last_result_{0};  // Of the last send, read or binding.
-  std::atomic<VexoPrinterHandle*> printer_{nullptr};
-  std::atomic<int64_t> read_timeout_{1000};
-  std::atomic<int64_t> delay_time_{100};  // Kept for hosts that set it; nothing waits for it.
-  std::atomic<int64_t> polling_time_{100};
-  vexo::ReceiveBuffer received_;
-  vexo::ReplyQueue queue_;
+  // The names of these fields are known beyond this library; hence their spelling.
+  std::atomic<int32_t> lastResult{0};  // Of the last send, read or binding.
+  std::atomic<VexoPrinterHandle*> printer{nullptr};
+  std::atomic<int64_t> readTimeout{1000};
+  std::atomic<int64_t> delayTime{100};  // Kept for hosts that set it; nothing waits for it.
+  std::atomic<int64_t> pollingTime{100};
+  vexo::ReceiveBuffer rxBuffer;
+  vexo::ReplyQueue replyQueue;
+  vexo::platform::RecursiveMutex ioLock;
+  vexo::platform::Thread readerThread;
+  std::atomic<Flags> flags_{Flags{}};
+  std::atomic<int32_t> requestedTaskId{1};
+  int32_t currentTaskId = 0;  // Of the job that the printer last reported as started.
+  std::atomic<vexo::ProtocolFamily> sdkType{vexo::ProtocolFamily::kV1};
+  vexo::CallbackRegistry callbacks{&callbackLock};
+  vexo::platform::RecursiveMutex callbackLock;
+
   std::list<vexo::ReportRecord> postponed_;  // Job events that wait for the outermost delivery, in their order.
   int deliveries_ = 0;                       // Under way now, one inside the other.
-  vexo::platform::RecursiveMutex io_lock_;
-  vexo::platform::Thread reader_;
-  std::atomic<Flags> flags_{Flags{}};
-  std::atomic<int32_t> requested_task_id_{1};
-  int32_t current_task_id_ = 0;  // Of the job that the printer last reported as started.
-  std::atomic<vexo::ProtocolFamily> family_{vexo::ProtocolFamily::kV1};
-  vexo::CallbackRegistry callbacks_;
 };
 
 #endif  // VEXO_MONITOR_PRINTER_READ_HELPER_H_
