@@ -121,7 +121,7 @@ TEST_F(PortObject, ClosingEndsTheOperationUnderWay) {
   const int32_t drivers = LivingDrivers();
   EXPECT_EQ(0, port_->Open(port_));
   SetDriverScript({0, 0, [&](const std::string& call) {
-                     if (call == "NET Transfer") {
+                     if (call == "NET Write 1") {
                        EXPECT_EQ(0, ClosePort(port_));
                        EXPECT_EQ(0, OpenDevices());
                        EXPECT_EQ(drivers, LivingDrivers());

@@ -1,6 +1,7 @@
 #include "support/scripted_drivers.h"
 
 #include <atomic>
+#include <cstdio>
 #include <memory>
 #include <mutex>
 #include <new>
@@ -64,14 +65,14 @@ class FakeDriver : public DevicePort {
   int32_t CheckOpen() override { return open_ ? VEXO_OK : VEXO_ERROR_IO_NOT_OPEN; }
 
   int32_t Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) override {
-    return Transfer([&](const test::DriverScript& script) {
+    return Transfer("Write", length, [&](const test::DriverScript& script) {
       *written = length;
       return script.on_write ? script.on_write(buffer + offset, length) : VEXO_OK;
     });
   }
 
   int32_t Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) override {
-    return Transfer([&](const test::DriverScript& script) -> int32_t {
+    return Transfer("Read", length, [&](const test::DriverScript& script) -> int32_t {
       *read = script.on_read ? script.on_read(buffer + offset, length) : 0;
       if (script.read_failure != VEXO_OK) {
         return script.read_failure;
@@ -81,7 +82,7 @@ class FakeDriver : public DevicePort {
   }
 
   int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) override {
-    return Transfer([&](const test::DriverScript& script) {
+    return Transfer("ReadAvailable", to - from, [&](const test::DriverScript& script) {
       *read = script.on_read ? script.on_read(buffer + from, to - from) : 0;
       return int32_t{VEXO_OK};
     });
@@ -111,8 +112,10 @@ class FakeDriver : public DevicePort {
   }
 
   template <typename Operation>
-  int32_t Transfer(Operation operation) const {
-    const test::DriverScript script = Note("Transfer", "", false);
+  int32_t Transfer(const char* name, uint32_t length, Operation operation) const {
+    char details[16];
+    (void)std::snprintf(details, sizeof(details), " %u", length);
+    const test::DriverScript script = Note(name, details, false);
     if (IsAborted()) {
       return VEXO_OK;
     }

@@ -16,8 +16,9 @@ namespace vexo::test {
 struct DriverScript {
   int32_t configure_result = 0;
   int32_t open_result = 0;
-  std::function<void(const std::string& call)> during = {};  // Called during each operation, with its name.
-  std::function<int32_t()> on_open = {};                     // Instead of open_result.
+  // Called during each operation, with its name, "NET Open", "NET Write 21".
+  std::function<void(const std::string& call)> during = {};
+  std::function<int32_t()> on_open = {};  // Instead of open_result.
   std::function<int32_t(const uint8_t* bytes, uint32_t length)> on_write = {};
   std::function<uint32_t(uint8_t* buffer, uint32_t room)> on_read = {};  // Gives the bytes sent; 0: none.
   int32_t read_failure = 0;                                              // What Read ends with instead.
