@@ -121,7 +121,7 @@ def mutants_of(path):
             comment = "*/" not in code
             continue
         stripped = code.strip()
-        if not stripped or stripped.startswith(("#", "namespace", "using ", "static_assert", "template", "friend ")):
+        if not stripped or stripped.endswith(("= delete;", "= default;")) or stripped.startswith(("#", "namespace", "using ", "static_assert", "template", "friend ")):
             continue
         found = set()
 

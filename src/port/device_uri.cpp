@@ -1,5 +1,6 @@
 #include "port/device_uri.h"
 
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 
@@ -84,7 +85,7 @@ int32_t ParseDeviceUri(DeviceUri* uri, const char* text) {
 }
 
 int32_t FormatDeviceUri(const DeviceUri& uri, char* out, int32_t size) {
-  BoundedText text(out, size > 0 ? static_cast<size_t>(size) : 0);
+  BoundedText text(out, static_cast<size_t>(std::max(size, 0)));
   bool fits = text.Append(kUriScheme) && text.Append(uri.type) && text.Append("/") && text.Append(uri.device);
   for (int32_t i = 0; fits && i < uri.count; ++i) {
     fits = text.Append(i == 0 ? "?" : "+") && text.Append(uri.params[i].key) && text.Append("=") &&

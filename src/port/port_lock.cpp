@@ -46,14 +46,6 @@ class SectionGuard {
 
 PortLockReference::PortLockReference(PortLockReference&& other) noexcept : held_(std::exchange(other.held_, false)) {}
 
-PortLockReference& PortLockReference::operator=(PortLockReference&& other) noexcept {
-  if (this != &other) {
-    GiveBack();
-    held_ = std::exchange(other.held_, false);
-  }
-  return *this;
-}
-
 PortLockReference::~PortLockReference() { GiveBack(); }
 
 int32_t PortLockReference::Take() {

@@ -12,7 +12,7 @@ class PortLockReference {
  public:
   PortLockReference() = default;
   PortLockReference(PortLockReference&& other) noexcept;
-  PortLockReference& operator=(PortLockReference&& other) noexcept;
+  PortLockReference& operator=(PortLockReference&&) = delete;
   PortLockReference(const PortLockReference&) = delete;
   PortLockReference& operator=(const PortLockReference&) = delete;
   ~PortLockReference();

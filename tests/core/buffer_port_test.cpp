@@ -61,7 +61,13 @@ TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
     content.append(result == 0 ? count : 0, '-');
     EXPECT_EQ(content, Content());
   }
+  uint32_t written = 99;
+  EXPECT_EQ(-9, port_->Write(port_, BytesOf("x").data(), 0, 0xFFFFFFFF, &written)) << "more than a buffer can count";
+  EXPECT_EQ(0U, written);
   EXPECT_EQ(0, port_->Close(port_));
+  EXPECT_EQ("", Content());
+  EXPECT_EQ(0, Write("kept without opening it anew"));
+  EXPECT_EQ("kept without opening it anew", Content());
   AllocationFault fault(1);
   EXPECT_EQ(-9, port_->Open(port_));
 }

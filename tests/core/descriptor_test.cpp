@@ -42,6 +42,7 @@ TEST(Descriptor, BecomesUri) {
       {"USB,USB001,XYZ", "USB/USB001?portnum=USB001"},
       {"USB,USB001,VID_0X1A2B,PID_0X0001", "USB/DEVICE?portnum=USB001+vid=1A2B+pid=0001"},
       {"USB,VID_0X1A2B,PID_0X0001,USB001", "USB/DEVICE?portnum=USB001"},
+      {"USB,VID_0X1A2B,PID_0X0001,PORT_#1", "USB/DEVICE?location=PORT_#1"},
       {"USB,PID_0x00ff,VID_0x1a2b", "USB/DEVICE?vid=1A2B+pid=00FF"},
       {"usb,usb002,port_#0003.hub_#0001", "USB/DEVICE?location=PORT_#0003.HUB_#0001+portnum=USB002"},
       {"USB,VID,PID_0", "USB/DEVICE?vid=+pid="},
@@ -68,6 +69,11 @@ TEST(Descriptor, WithoutARequiredFieldOrAKnownWordIsRefused) {
   for (const char* const descriptor : {"XYZ,1", "BTX,1", "FOO,1", "F", "B", "Bluetooth,1", "NE", " ,NET"}) {
     EXPECT_EQ("-4", Convert(descriptor)) << descriptor;
   }
+}
+
+TEST(Descriptor, NoTextIsRefused) {
+  char uri[kUriBufferSize];
+  EXPECT_EQ(-301, ConvertDescriptorToUri(nullptr, uri));
 }
 
 TEST(Descriptor, UriHasAtMost255CharactersAnd254BeforeTheParameters) {

@@ -5,6 +5,7 @@
 
 #include "core/driver_test.h"
 #include "protocol/error_text.h"
+#include "protocol/port_parameter.h"
 #include "protocol/sdk_config.h"
 
 namespace vexo::test {
@@ -151,6 +152,7 @@ TEST_F(Session, UsbPrinterTellsWhoItIs) {
       {UsbPrinter("deviceid=none+sn=" + longest + "s"), "", ""},
       {UsbPrinter("deviceid=" + std::string(24, 'u') + "#abcdef"), "", "ABCDEF"},  // 31 characters fit.
       {UsbPrinter("deviceid=" + std::string(24, 'u') + "#abcdefg"), "", ""},
+      {UsbPrinter("sn=last+deviceid=usb#last"), "last", "LAST"},
       {kNet, "", ""}};
   DeviceSession session;
   for (const auto& [descriptor, serial_number, device_identifier] : rows) {
@@ -159,6 +161,28 @@ TEST_F(Session, UsbPrinterTellsWhoItIs) {
     EXPECT_EQ(device_identifier, session.device_identifier());
     EXPECT_EQ(kClosed, session.Disconnect());
   }
+}
+
+TEST_F(Session, ParametersOfThePortsUri) {
+  ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "NET,10.0.0.5"));
+  const struct {
+    const char* key;
+    int32_t size;
+    int32_t result;
+    const char* text;
+  } rows[] = {{"ip", 9, 0, "10.0.0.5"}, {"ip", 8, -2, "#"}, {"ip", -1, -2, "#"}, {"sn", 9, 0, "#"}};
+  for (const auto& row : rows) {
+    char text[16] = "#";
+    EXPECT_EQ(row.result, GetPortUriParameter(&handle_, row.key, text, row.size)) << row.key << row.size;
+    EXPECT_STREQ(row.text, text);
+  }
+  char text[16];
+  ScriptedPort without_uri;
+  VexoPrinterHandle other = OpenHandle(&without_uri);
+  EXPECT_EQ(-1, GetPortUriParameter(&other, "ip", text, 16));
+  handle_.portOpen = 0;
+  EXPECT_EQ(-309, GetPortUriParameter(&handle_, "ip", text, 16));
+  EXPECT_EQ(-6, GetPortUriParameter(nullptr, "ip", text, 16));
 }
 
 TEST_F(Session, ExternalHandleIsOnlyMarked) {

@@ -197,6 +197,7 @@ class DownloadTest : public DriverTest {
     return text;
   }
 
+  std::string file_;
   Account account_;
   Pieces written_;
   Pieces stored_;
@@ -292,7 +293,6 @@ class DownloadTest : public DriverTest {
     return count + (fault_.kind == kOvercounting ? 50 : 0);
   }
 
-  std::string file_;
   std::string trace_;
   Fault fault_;
   std::unique_ptr<virtual_printer::PrinterModel> model_;
@@ -668,6 +668,34 @@ TEST_F(DownloadTest, SendOfAnImageThatShrinksItsOwnBytesAlone) {
   }
   EXPECT_EQ(kept, sent);
   EXPECT_NE(std::find(account_.begin(), account_.end(), "progress 99"), account_.end()) << "all of it counts as sent";
+}
+
+// A file that is read when the printer waits for it already.
+TEST_F(DownloadTest, SendNothingOfAFileThatShrinksBeforeItIsRead) {
+  on_write_ = [&](int write) {
+    if (write == 2) {
+      MakeFile(FileContent(100'000));
+    }
+  };
+  EXPECT_EQ(-1, Run({"", kYModem.run, FileContent(200'000)}));
+  EXPECT_EQ("failed:Read File Failed...", account_.back());
+  EXPECT_EQ(3U, written_.size());
+}
+
+TEST_F(DownloadTest, CutNamesThatLeaveNoRoomForTheSize) {
+  constexpr size_t kNameRoom = 128 - 2 - 4;  // Beside two zeros and "1500".
+  for (const size_t length : {kNameRoom, kNameRoom + 1, size_t{300}}) {
+    MakeFile(kYModem.content);
+    std::string name = "/";
+    while (name.size() + file_.size() < length) {
+      name += name.size() + file_.size() + 2 <= length ? "./" : "/";
+    }
+    name += file_;
+    ASSERT_EQ(length, name.size());
+    RunWith(kYModem, name.c_str());
+    const std::string data(written_[2].begin() + 3, written_[2].end() - 2);
+    EXPECT_EQ(name.substr(0, kNameRoom) + '\0' + "1500" + '\0', data);
+  }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "monitor_fixture.h"
 #include "support/allocation_faults.h"
+#include "support/threads.h"
 
 namespace vexo::test {
 namespace {
@@ -171,6 +172,24 @@ TEST_F(MonitorObject, MemoryThatRunsOutLosesNoReport) {
     }
     EXPECT_EQ("none", TakeReport());
   }
+}
+
+// With the work closed it only rests.
+TEST_F(MonitorObject, ReaderLooksAfterEachPauseWhileTheWorkIsOpen) {
+  const auto pauses = [this](size_t count) {
+    held_.Release();
+    EXPECT_TRUE(Eventually([=] { return RecordedSleeps().size() >= count; }));
+    const std::vector<uint32_t> sleeps = RecordedSleeps();
+    return std::vector<uint32_t>(sleeps.begin(), sleeps.begin() + static_cast<ptrdiff_t>(count));
+  };
+  EXPECT_EQ(std::vector<uint32_t>(10, 100), pauses(10));
+  EXPECT_TRUE(port_.Operations().empty());
+  SetPollingTime(monitor_, 250);
+  SetClock(0);
+  const std::vector<uint32_t> sliced = pauses(12);  // The stop request is looked for in between.
+  const std::vector<uint32_t> twice = {100, 100, 50, 100, 100, 50};
+  EXPECT_NE(std::search(sliced.begin(), sliced.end(), twice.begin(), twice.end()), sliced.end());
+  EXPECT_TRUE(port_.Operations().empty());
 }
 
 TEST_F(MonitorObject, LookThatBringsNothingNeedsNoMemory) {

@@ -132,6 +132,64 @@ TEST(MonitorThreads, CommandsOfSeveralThreadsGetTheirOwnResults) {
   });
 }
 
+// Whatever several threads of a host do with one monitor at once.
+TEST(MonitorThreads, EveryExportRunsBesideEveryOther) {
+  Monitored monitored(
+      [](size_t /*room*/) { return Started("0001") + ValueReply(3) + Ended("0001", 2) + Frame(0x103, "?\x01"); });
+  CVEXOPrinterReadHelper* const monitor = monitored.monitor();
+  monitored.Open();
+  const auto documented = [](int32_t result) { return result == 0 || result == -7003 || result == -7101; };
+  RunOnThreads(6, [&](int thread) {
+    for (int round = 0; round < 100; ++round) {
+      uint16_t status = 0;
+      uint32_t number = 0;
+      int64_t id = 0;
+      char word[8] = {};
+      switch (thread) {
+        case 0:
+          EXPECT_TRUE(documented(SetClearPrintTask(monitor)));
+          break;
+        case 1:
+          GetStatusReport(monitor, &status, &number);
+          break;
+        case 2:
+          EXPECT_TRUE(documented(QueryReprintMonitorWork(monitor, word, sizeof(word))));
+          break;
+        case 3:
+          EXPECT_TRUE(documented(GetDeviceStatus(monitor, &number)));
+          EXPECT_TRUE(documented(ResetPrinterInteriorId(monitor, static_cast<uint32_t>(round % 2))));
+          break;
+        case 4:
+          EXPECT_EQ(0, round % 2 == 0 ? CloseReprintMonitorWork(monitor) : OpenReprintMonitorWork(monitor));
+          break;
+        default:
+          EXPECT_EQ(0, AddReprintMonitorFun(monitor, Count<0>, &id));
+          EXPECT_EQ(0, RemoveReprintMonitorFun(monitor, id));
+          break;
+      }
+    }
+  });
+}
+
+// A command that awaits no answer goes out while another thread listens.
+TEST(MonitorThreads, CommandsAreSentWhileTheReaderListens) {
+  std::atomic<bool> sent{false};
+  std::atomic<bool> listens{false};
+  Monitored monitored(
+      [&](size_t /*room*/) {
+        listens = true;
+        EXPECT_TRUE(Eventually([&] { return sent.load(); })) << "the command waits for the reader";
+        return std::string();
+      },
+      [&](uint32_t /*length*/) {
+        sent = listens.load();
+        return 0;
+      });
+  monitored.Open();
+  EXPECT_TRUE(Eventually([&] { return listens.load(); }));
+  EXPECT_EQ(0, SetPrintTaskId(monitored.monitor(), 7));
+}
+
 // A busy printer: every second event is a start, the others are ends with the event's number as value.
 constexpr uint32_t kEvents = 300'000;
 std::atomic<uint32_t> g_events{0};

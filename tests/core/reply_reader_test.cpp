@@ -49,7 +49,7 @@ TEST_F(ReplyReader, CollectsPiecesUntilNothingFollows) {
 
 TEST_F(ReplyReader, ReceivesAtLeastOnceAndPausesAfterAllReceivesButTheFirst) {
   const std::tuple<int32_t, int64_t, size_t, Sleeps> rows[] = {
-      {-5, 20, 1, {}}, {1, 20, 1, {}}, {3, -1, 3, {}}, {5, 20, 5, {20, 20, 20, 20}}};
+      {-5, 20, 1, {}}, {1, 20, 1, {}}, {3, -1, 3, {}}, {5, 20, 5, {20, 20, 20, 20}}, {3, 1, 3, {1, 1}}};
   for (const auto& [tries, pause_ms, receives, sleeps] : rows) {
     const Reply reply = Read({kSilence, {-332}, kSilence, {-332}, kSilence}, tries, pause_ms);
     EXPECT_EQ("", reply.bytes);

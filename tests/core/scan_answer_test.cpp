@@ -52,9 +52,9 @@ TEST(ScanAnswerTest, OnlyDottedAddressesAreAddresses) {
 }
 
 TEST(ScanAnswerTest, AddressesAreTakenAsFarAsTheReplyGoes) {
-  const std::string reply = std::string("........\x01\x02\xa8\xc0\x00\xff\xff\xff", 16);
+  const std::string reply = std::string("........\x01\x02\xa8\xc0\x00\xff\xff\xff\x01\x02\x03\x04", 20);
   const std::pair<size_t, const char*> rows[] = {
-      {16, "192.168.2.1;255.255.255.0;c"}, {15, "192.168.2.1;b;c"}, {11, "a;b;c"}};
+      {20, "192.168.2.1;255.255.255.0;c"}, {16, "192.168.2.1;255.255.255.0;c"}, {15, "192.168.2.1;b;c"}, {11, "a;b;c"}};
   for (const auto& [length, addresses] : rows) {
     ScanRecord record("0\r\nready\r\n2\r\n3\r\n4\r\n5\r\n6\r\n7\r\n8\r\n9\r\na\r\nb\r\nc");
     record.TakeReply(Bytes(reply.begin(), reply.begin() + static_cast<ptrdiff_t>(length)));

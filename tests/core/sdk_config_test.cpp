@@ -1,6 +1,7 @@
 // The configuration: its text, the tables that are made of it, and what they tell about a printer.
 #include "protocol/sdk_config.h"
 
+#include <array>
 #include <set>
 
 #include "core/core_test.h"
@@ -85,6 +86,17 @@ TEST(SdkConfigTables, AreBounded) {
     EXPECT_EQ(row.kept_settings, config.settings.size());
     EXPECT_EQ(row.kept_models, config.models.size());
   }
+}
+
+TEST(SdkConfigText, CountsItsRowsAsEditorsDo) {
+  const std::string text = "a\r\n\n[s]\rk=v\n[m]\n\n1\n[u]\nx";
+  ConfigLines lines(text);
+  std::string rows;
+  for (ConfigLine line; lines.Next(&line);) {
+    rows += std::to_string(line.row) + std::string(line.text) + std::to_string(static_cast<int>(line.section)) +
+            (line.opens_section ? "! " : " ");
+  }
+  EXPECT_EQ("1a0 3[s]1! 4k=v1 5[m]2! 712 8[u]3! 9x3 ", rows);
 }
 
 TEST(SdkConfigText, IsStoredInAnotherAlphabet) {
@@ -194,6 +206,12 @@ TEST_F(SdkConfigFile, TellsAboutAModel) {
     EXPECT_EQ(known, info.capabilities.has_value());
     std::optional<Capabilities> capabilities;
     EXPECT_EQ(known ? 0 : -8, BuildCapabilities(number, *LoadedSdkConfig(), &capabilities));
+    if (known) {
+      EXPECT_EQ((std::array{1, 1, 8, 203}),
+                (std::array{capabilities->horizontal_unit, capabilities->vertical_unit,
+                            capabilities->dots_per_millimetre, capabilities->dots_per_inch}));
+      EXPECT_EQ("UPC-A,UPC-E,EAN8,EAN13,CODE39,ITF,CODEBAR,CODE128,CODE93,QRCODE"s, capabilities->barcode_types);
+    }
   }
   ReleaseSdkConfig();
   PrinterInfo info;
