@@ -8,6 +8,7 @@
 #include "port/bluetooth_port.h"
 #include "port/port_factory.h"
 #include "windows/driver_port_test.h"
+#include "windows/replaced_imports.h"
 
 namespace vexo::test {
 namespace {
@@ -73,13 +74,53 @@ TEST_F(BluetoothPortTest, BindingCountsAsConnecting) {
   EXPECT_EQ(port_->Close(port_), VEXO_OK);
 }
 
+// The calls that a Bluetooth stack gets, and what it was told in them.
+struct {
+  std::string socket;
+  std::string bound;
+  std::string connected;
+} g_stack;
+
+SOCKET WSAAPI MakeSocket(int family, int type, int protocol, WSAPROTOCOL_INFOA* info, GROUP group, DWORD flags) {
+  g_stack.socket = std::to_string(family) + ' ' + std::to_string(type) + ' ' + std::to_string(protocol) + ' ' +
+                   std::to_string(flags);
+  return SystemFunction<decltype(WSASocketA)>("ws2_32.dll", "WSASocketA")(AF_INET, SOCK_STREAM, IPPROTO_TCP, info, group,
+                                                                          flags);
+}
+
+int WSAAPI Bind(SOCKET /*socket*/, const sockaddr* address, int length) {
+  g_stack.bound.assign(reinterpret_cast<const char*>(address), static_cast<size_t>(length));
+  WSASetLastError(WSAEADDRNOTAVAIL);
+  return SOCKET_ERROR;
+}
+
+int WSAAPI StartToConnect(SOCKET /*socket*/, const sockaddr* address, int length) {
+  g_stack.connected.assign(reinterpret_cast<const char*>(address), static_cast<size_t>(length));
+  return 0;
+}
+
+TEST(RealBluetoothPortTest, MeetsThePrinterOnItsSerialChannel) {
+  const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
+                              {{"WSASocketA", reinterpret_cast<void*>(MakeSocket)},
+                               {"bind", reinterpret_cast<void*>(Bind)},
+                               {"connect", reinterpret_cast<void*>(StartToConnect)}});
+  VexoPort* port = nullptr;
+  EXPECT_EQ(OpenPort(&port, "BT,0011aaFF22bb,0000"), VEXO_OK);
+  EXPECT_EQ(port->Open(port), VEXO_OK);
+  EXPECT_EQ(ClosePort(port), VEXO_ERROR_NOT_SUPPORTED_PRINTER);
+  EXPECT_EQ(g_stack.socket, "32 1 3 1");
+  // The family, the address, the service 00000003-0000-1000-8000-00805F9B34FB, channel 1: packed, little-endian.
+  const std::string address(
+      "\x20\0\xBB\x22\xFF\xAA\x11\0\0\0\x03\0\0\0\0\0\0\x10\x80\0\0\x80\x5F\x9B\x34\xFB\x01\0\0\0", 30);
+  EXPECT_EQ(g_stack.connected, address);
+  EXPECT_EQ(g_stack.bound, address.substr(0, 16));
+}
+
 TEST(RealBluetoothPortTest, FailsAsTheSystemDoes) {
   VexoPort* port = nullptr;
   EXPECT_EQ(OpenPort(&port, "vexo:/dev/bus/BT/DEVICE"), VEXO_ERROR_IO_SETTING);
   ASSERT_EQ(OpenPort(&port, "BT,0011AAFF22BB,0000"), VEXO_OK);
-  VexoPortTimeouts limits = {};
-  EXPECT_EQ(port->GetTimeouts(port, &limits), VEXO_OK);
-  EXPECT_EQ(limits.connect, 2000U);
+  ExpectTimeouts(port, {10, 0, 2000, 0, 2000, 2000});
   EXPECT_EQ(port->Open(port), WSAEPROTONOSUPPORT);
   EXPECT_EQ(port->Abort(port), VEXO_OK);
   EXPECT_EQ(port->Close(port), VEXO_OK);

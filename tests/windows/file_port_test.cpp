@@ -20,6 +20,7 @@ class FilePortTest : public FilePortFixture {
 // The Aborts that were refused meanwhile have no effect later.
 TEST_F(FilePortTest, OpensOnlyWhatIsConfiguredAndThereAndClosesAndOpensAgain) {
   Make(std::make_unique<UsbPipePort>("\\\\.\\pipe\\vexo_no_such_printer"));
+  ExpectTimeouts(port_, {10, 5, 2000, 10, 2000, 1000});
   EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
   ExpectNoTransfers(VEXO_ERROR_IO_SETTING);
   ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/USB/DEVICE"), VEXO_OK);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -45,6 +46,12 @@ inline Reading Read(VexoPort* port, uint32_t length) { return ReadWith(&VexoPort
 
 inline Reading ReadAvailable(VexoPort* port, uint32_t length) {
   return ReadWith(&VexoPort::ReadAvailable, port, length, kOffset + length);
+}
+
+inline void ExpectTimeouts(VexoPort* port, const VexoPortTimeouts& expected) {
+  VexoPortTimeouts timeouts = {};
+  EXPECT_EQ(port->GetTimeouts(port, &timeouts), VEXO_OK);
+  EXPECT_EQ(std::memcmp(&timeouts, &expected, sizeof(timeouts)), 0);
 }
 
 // Bytes that differ from their neighbours, and over a longer stretch than any packet.

@@ -127,7 +127,9 @@ RegisteredDevice::RegisteredDevice(const DeviceEntry& entry)
       path_("\\\\?\\" + LowerCased(InterfaceName(entry))) {
   Unregister();  // A program that was killed may have left it.
   const DeviceWriter writer(entry);
-  MarkConnected(interface_key_);
+  if (entry.connected) {
+    MarkConnected(interface_key_);
+  }
 }
 
 RegisteredDevice::~RegisteredDevice() { Unregister(); }

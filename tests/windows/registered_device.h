@@ -21,9 +21,10 @@ struct DeviceEntry {
   std::string location = {};
   std::wstring bus_relations = {};
   GUID device_class = kPrinterClass;
+  bool connected = true;
 };
 
-// Connected while it lives. The driver is the system's own for printers.
+// Known to the system while it lives. The driver is the system's own for printers.
 class RegisteredDevice {
  public:
   explicit RegisteredDevice(const DeviceEntry& entry);

@@ -1,5 +1,7 @@
 #include "windows/replaced_imports.h"
 
+#include <gtest/gtest.h>
+
 #include <cstring>
 
 namespace vexo::test {
@@ -46,5 +48,15 @@ int ReplaceImports(HMODULE library, const ReplacedImports& replacements) {
   }
   return replaced;
 }
+
+ScopedImports::ScopedImports(HMODULE importer, const char* library, ReplacedImports replacements)
+    : importer_(importer), originals_(std::move(replacements)) {
+  EXPECT_EQ(ReplaceImports(importer_, originals_), static_cast<int>(originals_.size()));
+  for (auto& [name, function] : originals_) {
+    function = reinterpret_cast<void*>(SystemFunction<void()>(library, name));
+  }
+}
+
+ScopedImports::~ScopedImports() { ReplaceImports(importer_, originals_); }
 
 }  // namespace vexo::test

@@ -15,6 +15,25 @@ using ReplacedImports = std::vector<std::pair<const char*, void*>>;
 // For the calls of `library` alone. @return how many of its imports were replaced.
 int ReplaceImports(HMODULE library, const ReplacedImports& replacements);
 
+// The system's own, whatever an import has been replaced by.
+template <typename Function>
+Function* SystemFunction(const char* library, const char* name) {
+  return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA(library), name)));
+}
+
+// Replaces imports from one library of the system while it lives; `replacements` must be found, all of them.
+class ScopedImports {
+ public:
+  ScopedImports(HMODULE importer, const char* library, ReplacedImports replacements);
+  ScopedImports(const ScopedImports&) = delete;
+  ScopedImports& operator=(const ScopedImports&) = delete;
+  ~ScopedImports();
+
+ private:
+  const HMODULE importer_;
+  ReplacedImports originals_;
+};
+
 }  // namespace vexo::test
 
 #endif  // VEXO_TESTS_WINDOWS_REPLACED_IMPORTS_H_

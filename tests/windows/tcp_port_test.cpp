@@ -2,6 +2,7 @@
 #include "windows/loopback_printer.h"
 
 #include <gtest/gtest.h>
+#include <mstcpip.h>
 
 #include <algorithm>
 #include <array>
@@ -17,6 +18,7 @@
 #include "port/tcp_port.h"
 #include "support/threads.h"
 #include "windows/driver_port_test.h"
+#include "windows/replaced_imports.h"
 
 namespace vexo::test {
 namespace {
@@ -60,6 +62,25 @@ class ObservedTcpPort : public TcpPort {
     }
   }
 };
+
+tcp_keepalive g_keep_alive = {};
+int g_keep_alive_calls = 0;
+
+// Fails once.
+int WSAAPI SetKeepAlive(SOCKET /*socket*/, DWORD /*code*/, void* times, DWORD /*size*/, void* /*output*/,
+                        DWORD /*output_size*/, DWORD* /*returned*/, WSAOVERLAPPED* /*overlapped*/,
+                        LPWSAOVERLAPPED_COMPLETION_ROUTINE /*routine*/) {
+  memcpy(&g_keep_alive, times, sizeof(g_keep_alive));
+  return ++g_keep_alive_calls > 1 ? 0 : SOCKET_ERROR;
+}
+
+// The system takes a piece and the thread is not run for a while.
+int WSAAPI SendAndLoseTime(SOCKET socket, const char* bytes, int length, int flags) {
+  const int sent = SystemFunction<decltype(send)>("ws2_32.dll", "send")(socket, bytes, length, flags);
+  for (const DWORD started = GetTickCount(); GetTickCount() - started < 60;) {
+  }
+  return sent;
+}
 
 class TcpPortTest : public DriverPortTest<ObservedTcpPort, VEXO_PORT_NET> {
  protected:
@@ -111,12 +132,14 @@ TEST_F(TcpPortTest, PortNumberIs9100UnlessGiven) {
 }
 
 TEST_F(TcpPortTest, SocketIsSetUpForShortCommands) {
-  VexoPortTimeouts limits = {};
-  ASSERT_EQ(port_->GetTimeouts(port_, &limits), VEXO_OK);
-  const VexoPortTimeouts expected = {10, 0, 2000, 0, 2000, 3000};
-  EXPECT_EQ(memcmp(&limits, &expected, sizeof(limits)), 0);
-
+  ExpectTimeouts(port_, {10, 0, 2000, 0, 2000, 3000});
+  const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
+                              {{"WSAIoctl", reinterpret_cast<void*>(SetKeepAlive)}});
   Connection connection = Connect({10, 0, 2100, 0, 2200, 20'000});
+  EXPECT_EQ(g_keep_alive_calls, 2) << "tried once more";
+  EXPECT_EQ(g_keep_alive.onoff, 1U);
+  EXPECT_EQ(g_keep_alive.keepalivetime, 3000U);
+  EXPECT_EQ(g_keep_alive.keepaliveinterval, 2000U);
   const auto expect_option = [this](int level, int name, int expected_value) {
     int value = 0;  // The system may write one byte of it.
     int size = sizeof(value);
@@ -214,6 +237,34 @@ TEST_F(TcpPortTest, NoBudgetIsNoLimit) {
   EXPECT_EQ(write.wait_for(milliseconds(100)), std::future_status::timeout);
   EXPECT_TRUE(connection.Receive(kLarge) == Pattern(kLarge));
   EXPECT_EQ(write.get(), Written(VEXO_OK, kLarge));
+}
+
+TEST_F(TcpPortTest, EachByteHasItsShareOfTheBudget) {
+  Connection connection = Connect({20'000, 20'000, 1, 1, 1, 20'000});
+  std::future<Reading> read = StartRead(4);
+  EXPECT_EQ(read.wait_for(milliseconds(100)), std::future_status::timeout);
+  connection.Send("abcd");
+  EXPECT_EQ(read.get(), Reading(VEXO_OK, 4, "abcd"));
+  std::future<Written> write = StartWrite(Pattern(kLarge));
+  EXPECT_EQ(write.wait_for(milliseconds(100)), std::future_status::timeout);
+  EXPECT_TRUE(connection.Receive(kLarge) == Pattern(kLarge));
+  EXPECT_EQ(write.get(), Written(VEXO_OK, kLarge));
+}
+
+// A printer that takes nothing for as long as the budget is one thing, a budget that is used up between two pieces
+// another.
+TEST_F(TcpPortTest, WriteSaysHowFarItCame) {
+  Connection connection = Connect({10, 0, 2000, 0, 50, 20'000});
+  const auto [result, written] = Write(port_, Pattern(kLarge));
+  EXPECT_EQ(result, VEXO_ERROR_IO_WRITE_TIMEOUT);
+  EXPECT_LT(written, kLarge);
+  port_->Close(port_);
+  EXPECT_EQ(connection.ReceiveRest().size(), written);
+
+  Connection second = Connect({10, 0, 2000, 0, 50, 20'000});
+  const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
+                              {{"send", reinterpret_cast<void*>(SendAndLoseTime)}});
+  EXPECT_EQ(Write(port_, Pattern(kLarge)), Written(VEXO_OK, 8192));
 }
 
 TEST_F(TcpPortTest, ReadAvailableDoesNotWait) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -40,17 +41,30 @@ struct ParentDevice {
 ParentDevice g_parent;
 constexpr DEVINST kParent = 4711;
 
+// The devices that the system makes below those of the test: what a driver calls a printer.
+std::map<std::string, std::string> g_children;
+std::string g_child;
+constexpr DEVINST kChild = 4712;
+
 CONFIGRET WINAPI GetParent(DEVINST* parent, DEVINST /*device*/, ULONG /*flags*/) {
   *parent = kParent;
   return g_parent.id != nullptr ? CR_SUCCESS : CR_NO_SUCH_DEVNODE;
 }
 
 CONFIGRET WINAPI GetDeviceId(DEVINST device, char* text, ULONG size, ULONG flags) {
-  if (device != kParent) {
+  if (device != kParent && device != kChild) {
     return CM_Get_Device_IDA(device, text, size, flags);
   }
-  strncpy(text, g_parent.id, size);
+  strncpy(text, device == kParent ? g_parent.id : g_child.c_str(), size);
   return CR_SUCCESS;
+}
+
+CONFIGRET WINAPI GetChild(DEVINST* child, DEVINST device, ULONG /*flags*/) {
+  char id[256] = "";
+  CM_Get_Device_IDA(device, id, sizeof(id), 0);
+  *child = kChild;
+  g_child = g_children[id];
+  return !g_child.empty() ? CR_SUCCESS : CR_NO_SUCH_DEVNODE;
 }
 
 CONFIGRET WINAPI GetRegistryProperty(DEVINST device, ULONG property, ULONG* /*type*/, void* text, ULONG* size,
@@ -66,6 +80,7 @@ CONFIGRET WINAPI GetRegistryProperty(DEVINST device, ULONG property, ULONG* /*ty
 FARPROC WINAPI FindFunction(HMODULE library, const char* name) {
   const std::pair<const char*, void*> own[] = {
       {"CM_Get_Parent", reinterpret_cast<void*>(GetParent)},
+      {"CM_Get_Child", reinterpret_cast<void*>(GetChild)},
       {"CM_Get_Device_IDA", reinterpret_cast<void*>(GetDeviceId)},
       {"CM_Get_DevNode_Registry_PropertyA", reinterpret_cast<void*>(GetRegistryProperty)}};
   for (const auto& [replaced, by] : own) {
@@ -89,6 +104,7 @@ class UsbEnumerationTest : public ::testing::Test {
     DiskPortOpen(&handle_, "");
     RemoveConfiguration();
     g_parent = {};
+    g_children.clear();
   }
 
   RegisteredDevice& Plug(const DeviceEntry& entry) {
@@ -148,7 +164,11 @@ class UsbEnumerationTest : public ::testing::Test {
 TEST_F(UsbEnumerationTest, ListTellsOfEachPrinter) {
   EXPECT_EQ(List(), "");
   Plug(kForeign);
+  DeviceEntry unplugged = kOtherModel;
+  unplugged.connected = false;
+  Plug(unplugged);
   EXPECT_EQ(List(), "");
+  EXPECT_EQ(Make("USB")->Open(handle_.port), VEXO_ERROR_USB_NOT_FOUND);
   Plug(kModel);
   EXPECT_EQ(List(), kModelRecord);
   EXPECT_EQ(List(1), "");
@@ -191,8 +211,13 @@ TEST_F(UsbEnumerationTest, PathIsThatOfTheDeviceThatIsMeant) {
   const std::string other = Plug(kOtherModel).path();
   Plug(kForeign);
   Plug(kNameless);
+  g_children = {{"USB\\VID_1A2B&PID_0001\\ABC123", "USBPRINT\\MODEL\\7&1A2B3C&0&USB001"},
+                {"USB\\VID_1A2C&PID_B063\\DEF456", "USBPRINT\\OTHER\\7&1A2B3C&0&USB002"}};
   const std::pair<const char*, std::string> rows[] = {
       {"USB,ABC123", model},
+      {"USB,USB001", model},
+      {"USB,USB002", other},
+      {"vexo:/dev/bus/USB/DEVICE?portnum=USB002", other},
       {"USB,DEF456", other},
       {"vexo:/dev/bus/USB/DEVICE?vid=1a2b+pid=0001", model},
       {"vexo:/dev/bus/USB/DEVICE?location=port_#0002+vid=9+pid=9", other},

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <functional>
 #include <system_error>
 #include <thread>
@@ -14,6 +15,7 @@
 #include "vexo/extend.h"
 #include "windows/device_broadcast.h"
 #include "windows/process_resources.h"
+#include "windows/replaced_imports.h"
 
 namespace vexo::test {
 namespace {
@@ -101,6 +103,41 @@ TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
   EXPECT_EQ(RemoveUSBMonitor(Listen), 1);
   Broadcast(window, DBT_DEVICEARRIVAL, kPath);
   EXPECT_EQ(listener_.Take(), Texts{});
+}
+
+// What the library has asked the system for.
+struct {
+  int registered = 0;
+  int unregistered = 0;
+  HANDLE window = nullptr;
+  DWORD flags = 0;
+  DEV_BROADCAST_DEVICEINTERFACE_A filter = {};
+} g_notifications;
+
+HDEVNOTIFY WINAPI Register(HANDLE window, void* filter, DWORD flags) {
+  g_notifications = {g_notifications.registered + 1, g_notifications.unregistered, window, flags, {}};
+  memcpy(&g_notifications.filter, filter, sizeof(g_notifications.filter));
+  return &g_notifications;
+}
+
+BOOL WINAPI Unregister(HDEVNOTIFY notification) {
+  g_notifications.unregistered += notification == &g_notifications ? 1 : 0;
+  return TRUE;
+}
+
+TEST_F(UsbMonitor, AsksTheSystemForNotificationsAndGivesThemBack) {
+  const ScopedImports imports(GetModuleHandleA("vexoextend.dll"), "user32.dll",
+                              {{"RegisterDeviceNotificationA", reinterpret_cast<void*>(Register)},
+                               {"UnregisterDeviceNotification", reinterpret_cast<void*>(Unregister)}});
+  const HWND window = Start();
+  EXPECT_EQ(StopUSBMonitorThread(), 0);
+  EXPECT_EQ(g_notifications.registered, 1);
+  EXPECT_EQ(g_notifications.unregistered, 1);
+  EXPECT_EQ(g_notifications.window, window);
+  EXPECT_EQ(g_notifications.flags, DWORD{DEVICE_NOTIFY_WINDOW_HANDLE | DEVICE_NOTIFY_ALL_INTERFACE_CLASSES});
+  EXPECT_EQ(g_notifications.filter.dbcc_size, sizeof(DEV_BROADCAST_DEVICEINTERFACE_A));
+  EXPECT_EQ(g_notifications.filter.dbcc_devicetype, DWORD{DBT_DEVTYP_DEVICEINTERFACE});
+  EXPECT_EQ(memcmp(&g_notifications.filter.dbcc_classguid, &kPrinterClass, sizeof(GUID)), 0);
 }
 
 TEST_F(UsbMonitor, StopWaitsForCallbacksAndForgetsThem) {
