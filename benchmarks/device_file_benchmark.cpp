@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "measure.h"
+#include "simulators/registered_device.h"
 #include "vexo/extend.h"
-#include "windows/registered_device.h"
 
 namespace vexo::benchmark {
 namespace {
@@ -142,9 +142,9 @@ void ReportRate(const char* measure, const std::vector<double>& library, const s
 
 // Each side has a pipe of its own, so that they can take turns.
 void MeasureUsb(const char* measure, size_t job_size, int jobs, int rounds) {
-  const test::RegisteredDevice printer({"USB\\VID_1A2B&PID_0001\\BENCH", "USB\\VID_1A2B&PID_0001&REV_0100",
-                                        "Port_#0001.Hub_#0002", L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"});
-  test::DeviceFile library_file(printer.path());
+  const simulators::RegisteredDevice printer({"USB\\VID_1A2B&PID_0001\\BENCH", "USB\\VID_1A2B&PID_0001&REV_0100",
+                                              "Port_#0001.Hub_#0002", L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"});
+  simulators::DeviceFile library_file(printer.path());
   LibraryPort library("USB");
   const std::string bare_path = "\\\\.\\pipe\\vexo_bare_" + std::to_string(GetCurrentProcessId());
   const HANDLE bare_pipe =

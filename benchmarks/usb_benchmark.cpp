@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "measure.h"
+#include "simulators/registered_device.h"
 #include "vexo/extend.h"
-#include "windows/registered_device.h"
 
 namespace vexo::benchmark {
 namespace {
@@ -29,13 +29,13 @@ constexpr DEVPROPKEY kBusRelations = {{0x4340A6C5, 0x93FA, 0x4706, {0x97, 0x2C, 
 constexpr DEVPROPKEY kInstanceId = {{0x78C34FC8, 0x104A, 0x4ACA, {0x9E, 0xA4, 0x52, 0x4D, 0x52, 0x99, 0x6E, 0x57}},
                                     256};
 
-using Printers = std::vector<std::unique_ptr<test::RegisteredDevice>>;
+using Printers = std::vector<std::unique_ptr<simulators::RegisteredDevice>>;
 
 Printers PlugPrinters() {
   Printers printers;
   for (int i = 0; i < kPrinters; ++i) {
     const std::string number = std::to_string(1000 + i);
-    printers.push_back(std::make_unique<test::RegisteredDevice>(test::DeviceEntry{
+    printers.push_back(std::make_unique<simulators::RegisteredDevice>(simulators::DeviceEntry{
         "USB\\VID_1A2B&PID_0001\\BENCH" + number, "USB\\VID_1A2B&PID_0001&REV_0100", "PORT_#" + number + ".HUB_#0001",
         L"USBPRINT\\MODEL\\7&1A2B3C&0&USB" + std::wstring(number.begin(), number.end())}));
   }
@@ -46,10 +46,11 @@ Printers PlugPrinters() {
 template <typename ReadOthers>
 int BareWalk(std::initializer_list<DEVPROPKEY> properties, ReadOthers read_others) {
   const HDEVINFO list =
-      SetupDiGetClassDevsA(&test::kPrinterClass, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
+      SetupDiGetClassDevsA(&simulators::kPrinterClass, nullptr, nullptr, DIGCF_PRESENT | DIGCF_DEVICEINTERFACE);
   SP_DEVICE_INTERFACE_DATA interface_data = {sizeof(interface_data), {}, 0, 0};
   int devices = 0;
-  for (; SetupDiEnumDeviceInterfaces(list, nullptr, &test::kPrinterClass, static_cast<DWORD>(devices), &interface_data);
+  for (; SetupDiEnumDeviceInterfaces(list, nullptr, &simulators::kPrinterClass, static_cast<DWORD>(devices),
+                                     &interface_data);
        ++devices) {
     DWORD size = 0;
     SetupDiGetDeviceInterfaceDetailA(list, &interface_data, nullptr, 0, &size, nullptr);

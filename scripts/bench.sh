@@ -19,7 +19,7 @@ cmake --build build/host-release --target virtual_printer
 
 exec {peer_output}< <(exec python3 benchmarks/peer.py)
 peer_pids=($!)
-exec {scanned_output}< <(exec python3 benchmarks/scanned_printers.py)
+exec {scanned_output}< <(exec python3 tools/simulators/scanned_printers.py)
 peer_pids+=($!)
 trap 'kill "${peer_pids[@]}"; stop_printers; release_wine' EXIT
 read -r -a ports <&"$peer_output"

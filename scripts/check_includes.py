@@ -27,6 +27,7 @@ HOSTS = {
     "include": set(),
     "examples": set(),
     "tools/virtual_printer": {"virtual_printer/"},
+    "tools/simulators": {"simulators/"},
     "tools/vexoctl": {
         "vexoctl/",
         "platform/language.h",

@@ -49,7 +49,7 @@ printer_received "its monitoring is switched off all the same" \
   "$asked" "$switched_on" "GS ( H, task numbering reset" "$switched_off"
 
 echo "# finished tasks"
-talking() { virtual_printer=$root/tests/end_to_end/talking_printer.py printer "$@"; }
+talking() { virtual_printer=$root/tools/simulators/talking_printer.py printer "$@"; }
 talking task+7%20done 'cut|paper'
 succeeds "each text on a line" $'task 7 done\ncut\npaper' -p "$net" --timeout 500 task wait 300
 succeeds "the texts as JSON" '{"texts":["task 7 done","cut","paper"]}' -p "$net" --timeout 500 --json task wait 300

@@ -84,8 +84,8 @@ struct {
 SOCKET WSAAPI MakeSocket(int family, int type, int protocol, WSAPROTOCOL_INFOA* info, GROUP group, DWORD flags) {
   g_stack.socket = std::to_string(family) + ' ' + std::to_string(type) + ' ' + std::to_string(protocol) + ' ' +
                    std::to_string(flags);
-  return SystemFunction<decltype(WSASocketA)>("ws2_32.dll", "WSASocketA")(AF_INET, SOCK_STREAM, IPPROTO_TCP, info, group,
-                                                                          flags);
+  return SystemFunction<decltype(WSASocketA)>("ws2_32.dll", "WSASocketA")(AF_INET, SOCK_STREAM, IPPROTO_TCP, info,
+                                                                          group, flags);
 }
 
 int WSAAPI Bind(SOCKET /*socket*/, const sockaddr* address, int length) {

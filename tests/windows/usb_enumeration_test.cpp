@@ -13,14 +13,22 @@
 #include <utility>
 #include <vector>
 
+#include "simulators/registered_device.h"
 #include "vexo/extend.h"
 #include "windows/port_calls.h"
 #include "windows/process_resources.h"
-#include "windows/registered_device.h"
 #include "windows/replaced_imports.h"
 
 namespace vexo::test {
 namespace {
+
+using simulators::DeviceEntry;
+using simulators::DeviceFile;
+using simulators::kComPortClass;
+using simulators::kDiskClass;
+using simulators::kImagingClass;
+using simulators::kInputClass;
+using simulators::RegisteredDevice;
 
 const DeviceEntry kModel = {"USB\\VID_1A2B&PID_0001\\ABC123", "usb\\vid_1a2b&pid_0001&rev_0100", "Port_#0001.Hub_#0002",
                             L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"};

@@ -11,14 +11,19 @@
 #include <thread>
 #include <utility>
 
+#include "simulators/device_broadcast.h"
 #include "support/threads.h"
 #include "vexo/extend.h"
-#include "windows/device_broadcast.h"
 #include "windows/process_resources.h"
 #include "windows/replaced_imports.h"
 
 namespace vexo::test {
 namespace {
+
+using simulators::Broadcast;
+using simulators::kDiskClass;
+using simulators::kMonitorClass;
+using simulators::kPrinterClass;
 
 constexpr UINT kStopMessage = 0x402;
 constexpr char kPath[] = R"(\\?\USB#VID_1A2B&PID_0001#abc123#{28d78fad-5a12-11d1-ae5b-0000f803a8c2})";

@@ -2,22 +2,26 @@
 // system does. Waits until there is a monitor.
 #include <cstdio>
 
-#include "support/threads.h"
-#include "windows/device_broadcast.h"
+#include "simulators/device_broadcast.h"
 
 int main(int argc, char** argv) {
-  using vexo::test::kMonitorClass;
+  using vexo::simulators::kMonitorClass;
+  constexpr DWORD kStepMs = 10;
+  constexpr DWORD kLongestWaitMs = 20'000;
   if (argc != 3) {
     std::fprintf(stderr, "usage: usb_broadcast arrived|removed PATH\n");
     return 2;
   }
-  if (!vexo::test::Eventually([] { return FindWindowA(kMonitorClass, nullptr) != nullptr; })) {
-    std::fprintf(stderr, "no USB hot-plug monitor runs\n");
-    return 1;
+  for (DWORD waited = 0; FindWindowA(kMonitorClass, nullptr) == nullptr; waited += kStepMs) {
+    if (waited >= kLongestWaitMs) {
+      std::fprintf(stderr, "no USB hot-plug monitor runs\n");
+      return 1;
+    }
+    Sleep(kStepMs);
   }
   const WPARAM change = std::strcmp(argv[1], "removed") == 0 ? DBT_DEVICEREMOVECOMPLETE : DBT_DEVICEARRIVAL;
   for (HWND window = nullptr; (window = FindWindowExA(nullptr, window, kMonitorClass, nullptr)) != nullptr;) {
-    vexo::test::Broadcast(window, change, argv[2]);
+    vexo::simulators::Broadcast(window, change, argv[2]);
   }
   return 0;
 }

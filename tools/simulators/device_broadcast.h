@@ -1,6 +1,6 @@
 // What the system sends to the windows of hot-plug monitors when a device comes or goes.
-#ifndef VEXO_TESTS_WINDOWS_DEVICE_BROADCAST_H_
-#define VEXO_TESTS_WINDOWS_DEVICE_BROADCAST_H_
+#ifndef VEXO_TOOLS_SIMULATORS_DEVICE_BROADCAST_H_
+#define VEXO_TOOLS_SIMULATORS_DEVICE_BROADCAST_H_
 
 #include <windows.h>
 
@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "windows/registered_device.h"
+#include "simulators/registered_device.h"
 
-namespace vexo::test {
+namespace vexo::simulators {
 
 inline constexpr char kMonitorClass[] = "USBMonitorClass";
 
@@ -32,6 +32,6 @@ inline void Broadcast(HWND window, WPARAM change, const std::string& path, const
   SendMessageA(window, WM_DEVICECHANGE, change, reinterpret_cast<LPARAM>(buffer.data()));
 }
 
-}  // namespace vexo::test
+}  // namespace vexo::simulators
 
-#endif  // VEXO_TESTS_WINDOWS_DEVICE_BROADCAST_H_
+#endif  // VEXO_TOOLS_SIMULATORS_DEVICE_BROADCAST_H_

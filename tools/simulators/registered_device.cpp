@@ -1,4 +1,4 @@
-#include "windows/registered_device.h"
+#include "simulators/registered_device.h"
 
 #include <setupapi.h>
 // After windows.h, which they do not include.
@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace vexo::test {
+namespace vexo::simulators {
 namespace {
 
 constexpr char kSystemKey[] = "System\\CurrentControlSet\\";
@@ -177,4 +177,4 @@ std::string DeviceFile::Receive(DWORD length) {
   return bytes;
 }
 
-}  // namespace vexo::test
+}  // namespace vexo::simulators

@@ -1,13 +1,13 @@
 // USB devices that the system lists though nobody has plugged them in: the test writes them into the registry. What a
 // device has nothing of, the system does not tell.
-#ifndef VEXO_TESTS_WINDOWS_REGISTERED_DEVICE_H_
-#define VEXO_TESTS_WINDOWS_REGISTERED_DEVICE_H_
+#ifndef VEXO_TOOLS_SIMULATORS_REGISTERED_DEVICE_H_
+#define VEXO_TOOLS_SIMULATORS_REGISTERED_DEVICE_H_
 
 #include <windows.h>
 
 #include <string>
 
-namespace vexo::test {
+namespace vexo::simulators {
 
 inline constexpr GUID kPrinterClass = {0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
 inline constexpr GUID kDiskClass = {0x53F56307, 0xB6BF, 0x11D0, {0x94, 0xF2, 0x00, 0xA0, 0xC9, 0x1E, 0xFB, 0x8B}};
@@ -77,6 +77,6 @@ class DeviceFile {
   const DeviceLink link_;
 };
 
-}  // namespace vexo::test
+}  // namespace vexo::simulators
 
-#endif  // VEXO_TESTS_WINDOWS_REGISTERED_DEVICE_H_
+#endif  // VEXO_TOOLS_SIMULATORS_REGISTERED_DEVICE_H_

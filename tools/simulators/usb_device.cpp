@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "windows/registered_device.h"
+#include "simulators/registered_device.h"
 
 int main(int argc, char** argv) {
   if (argc < 2 || argc > 3) {
@@ -12,9 +12,10 @@ int main(int argc, char** argv) {
     return 2;
   }
   const std::string serial = argv[1];
-  const vexo::test::RegisteredDevice device({"USB\\VID_1A2B&PID_0001\\" + serial, "USB\\VID_1A2B&PID_0001&REV_0100",
-                                             "Port_#0001.Hub_#0002", L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"});
-  std::optional<vexo::test::DeviceLink> link;
+  const vexo::simulators::RegisteredDevice device({"USB\\VID_1A2B&PID_0001\\" + serial,
+                                                   "USB\\VID_1A2B&PID_0001&REV_0100", "Port_#0001.Hub_#0002",
+                                                   L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"});
+  std::optional<vexo::simulators::DeviceLink> link;
   if (argc == 3) {
     link.emplace(device.path(), argv[2]);
   }
