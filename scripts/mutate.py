@@ -83,7 +83,7 @@ class Mutant:
         return f"{self.file}:{self.line}: {self.before.strip()}  ->  {self.after.strip() or '(dropped)'}"
 
     def key(self):
-        return f"{self.file}: {self.before.strip()} -> {self.after.strip() or '(dropped)'}"
+        return f"{pathlib.PurePath(self.file).name}: {self.before.strip()} -> {self.after.strip() or '(dropped)'}"
 
 
 def code_part(line):
