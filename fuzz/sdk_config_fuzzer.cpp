@@ -10,8 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "protocol/sdk_config_tables.h"
-#include "protocol/sdk_config_text.h"
+#include "config/config_lines.h"
+#include "config/config_tables.h"
+#include "config/stored_alphabet.h"
 #include "require.h"
 
 namespace {

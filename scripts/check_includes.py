@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Checks which way the includes go: scripts/check_includes.py
 
-Prints each include that goes against the direction in docs/architecture.md, and each system header outside of the rooms
-that may know the system. Fails if there is one.
+Prints each include that goes against the direction in docs/architecture.md, each system header outside of a folder named
+for its system, and each circle of files that include one another. Fails if there is one.
 """
 import pathlib
 import re
@@ -10,49 +10,39 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
-# What each room of src/ may include beside itself and the public headers.
+# The rooms of src/: each may include itself, those after it in its own row, and the public headers.
 ROOMS = {
-    "api": {"monitor", "download", "discovery", "protocol", "port", "platform"},
-    "monitor": {"protocol", "port", "platform"},
-    "download": {"protocol", "port", "platform"},
-    "discovery": {"protocol", "port", "platform"},
+    "api": {"monitor", "download", "discovery", "session", "protocol", "config", "messages", "port", "platform"},
+    "monitor": {"session", "protocol", "config", "messages", "port", "platform"},
+    "download": {"session", "protocol", "config", "messages", "port", "platform"},
+    "discovery": {"session", "protocol", "config", "messages", "port", "platform"},
+    "session": {"protocol", "config", "messages", "port", "platform"},
     "protocol": {"port", "platform"},
+    "config": {"platform"},
+    "messages": {"platform"},
     "port": {"platform"},
     "platform": set(),
 }
 
-# Programs and headers that know the library as a host does. vexoctl shares the words for the codes, the user's language
-# and the reader of configuration files.
+# Programs and headers that know the library as a host does. vexoctl shares the words for the codes and the reader of
+# configuration files with it.
 HOSTS = {
     "include": set(),
     "examples": set(),
     "tools/virtual_printer": {"virtual_printer/"},
     "tools/simulators": {"simulators/"},
-    "tools/vexoctl": {
-        "vexoctl/",
-        "platform/language.h",
-        "protocol/error_text.h",
-        "protocol/sdk_config_data.h",
-        "protocol/sdk_config_tables.h",
-        "protocol/sdk_config_text.h",
-    },
+    "tools/vexoctl": {"vexoctl/", "config/", "messages/", "platform/language.h"},
 }
 
-SYSTEM_HEADER = re.compile(
-    r"windows|winsock2|ws2|win|iphlp|mswsock|mstcpip|setupapi|devpkey|devguid|initguid|cfgmgr|dbt|usb|io\.h|direct\.h|"
-    r"fcntl|process\.h|unistd|pthread|sys/|netinet|arpa|net/|poll|termios|pty|dlfcn|signal\.h"
-)
-
-# The portable code that must build for the host; drivers and everything under platform/ are the doors to the system.
-SYSTEM_ROOMS = [
-    r"src/platform/(windows|posix)/",
-    r"src/platform/mutex\.h",  # POSIX threads, which both builds have.
-    r"src/port/(bluetooth_port|device_interfaces|file_port|overlapped_transfer|parallel_port|serial_port|socket_port"
-    r"|tcp_port|usb_enumeration|usb_port|windows_drivers)\.",
-    r"src/discovery/(network_scan|usb_hotplug|usb_monitor_window)\.",
-    r"tools/",
-    r"examples/download\.c",  # Ctrl-C, by the C library.
-]
+SYSTEMS = {
+    "windows": re.compile(
+        r"windows\.h|winsock|ws2|win|iphlp|mswsock|mstcpip|setupapi|devpkey|devguid|initguid|cfgmgr|dbt|usb|io\.h|direct\.h"
+        r"|process\.h|shlobj|psapi"
+    ),
+    "linux": re.compile(
+        r"unistd|pthread|sys/|netinet|arpa|net/|netdb|poll|termios|pty|dlfcn|linux/|bluetooth|libudev|fcntl|glob\.h"
+    ),
+}
 
 
 def includes(path):
@@ -62,37 +52,83 @@ def includes(path):
             yield number, match.group(1) == '"', match.group(2)
 
 
+def foreign_system(name, header):
+    """The system that the header belongs to, when the file does not lie in a folder of that name."""
+    for system, headers in SYSTEMS.items():
+        if headers.match(header) and system not in name.split("/")[:-1]:
+            return system
+    return None
+
+
+def is_door(name, header, system):
+    """platform/NAME.h may bring in platform/SYSTEM/NAME.h."""
+    return name == "src/" + header.replace(f"/{system}/", "/") and header.startswith("platform/")
+
+
 def fault(name, own, header):
     """Why the file may not include the header; None if it may."""
     if not own:
-        is_system = SYSTEM_HEADER.match(header)
-        if is_system and not any(re.match(room, name) for room in SYSTEM_ROOMS):
-            return "a system header"
-        return None
+        return "a system header" if name.startswith(("src/", "include/")) and foreign_system(name, header) else None
     if header.startswith("vexo/"):
         return None
     for folder, allowed in HOSTS.items():
         if name.startswith(folder + "/"):
             return None if any(header.startswith(prefix) for prefix in allowed) else "not for hosts"
+    for system in SYSTEMS:
+        if f"/{system}/" in header and system not in name.split("/")[:-1] and not is_door(name, header, system):
+            return "of one system"
     room, target = name.split("/")[1], header.split("/")[0]
-    if target == "platform" and header.startswith("platform/windows/"):
-        windows = any(re.match(door, name) for door in SYSTEM_ROOMS)
-        return None if windows else "the Windows side of platform/"
     return None if target == room or target in ROOMS[room] else "against the direction"
 
 
+def circles(files):
+    """Each circle of files that include one another, as a list of names."""
+    done, path = set(), []
+
+    def visit(name):
+        if name in path:
+            yield path[path.index(name):] + [name]
+        elif name not in done:
+            path.append(name)
+            for target in files.get(name, ()):
+                yield from visit(target)
+            path.pop()
+            done.add(name)
+
+    for name in files:
+        yield from visit(name)
+
+
+def circles_of_pairs(files):
+    """As circles(), where a header and its source file are one."""
+    def pair(name):
+        return name[: -len(".cpp")] + ".h" if name.endswith(".cpp") else name
+
+    pairs = {}
+    for name, targets in files.items():
+        pairs.setdefault(pair(name), set()).update(pair(target) for target in targets)
+    for name, targets in pairs.items():
+        targets.discard(name)
+    return circles({name: sorted(targets) for name, targets in pairs.items()})
+
+
 def main():
-    faults = 0
+    faults, graph = [], {}
     for folder in ["include", "src", "tools", "examples"]:
         for path in sorted((ROOT / folder).rglob("*")):
             if path.suffix not in {".h", ".hpp", ".c", ".cpp"}:
                 continue
             name = path.relative_to(ROOT).as_posix()
+            graph[name] = []
             for number, own, header in includes(path):
                 reason = fault(name, own, header)
                 if reason:
-                    print(f"{name}:{number}: {header}: {reason}")
-                    faults += 1
+                    faults.append(f"{name}:{number}: {header}: {reason}")
+                if own:
+                    homes = [f"{home}/{header}" for home in ("src", "tools", "include", str(path.parent.relative_to(ROOT)))]
+                    graph[name] += [home for home in homes if (ROOT / home).exists()]
+    faults += ["a circle: " + " -> ".join(circle) for circle in circles_of_pairs(graph)]
+    print("\n".join(faults), end="\n" if faults else "")
     return 1 if faults else 0
 
 

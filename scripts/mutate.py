@@ -24,34 +24,33 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutation"
 KNOWN = ROOT / "scripts" / "mutants_not_caught.txt"
 
-WINDOWS_EXPORTS = {"src/api/network_scan.cpp", "src/api/usb_monitor.cpp", "src/api/usb_list.cpp", "src/port/windows_drivers.cpp"}
-DOORS = {"src/platform/mutex.h"}  # Each system has its own room behind them.
-SYSTEM_INCLUDE = re.compile(r"#include <(windows|winsock2|mstcpip|ws2bth|dbt)\.h>")
+# Rooms that only the Windows build has, beside the folders of that name.
+WINDOWS_ROOMS = re.compile(r"src/(.*/windows/|port/socket/|discovery/(network_scan|usb_hotplug)|port/usb_enumeration|"
+                           r"api/(network_scan|usb_list|usb_monitor)|platform/(sockets|guarded_handle|global_text))")
 
 HOST_TESTS = ["core_tests"]
 # A lock that is missing rarely shows in what comes out: ThreadSanitizer looks for it, in the tests with threads.
 THREAD_TESTS = "--gtest_filter=*Thread*:SdkConfig*:ScanFollowUps*"
 # Of the Windows rooms: which programs reach a file. The first that matches counts; they run in this order.
 WINDOWS_TESTS = [
-    (r"src/port/(socket|tcp|bluetooth)", ["socket_port_tests", "hostile_peers_tests", "network_scan_tests"]),
-    (r"src/port/serial", ["serial_port_tests"]),
-    (r"src/port/parallel", ["file_port_tests", "parallel_port_tests"]),
-    (r"src/port/(usb_port|usb_enumeration|device_interfaces)", ["usb_enumeration_tests", "file_port_tests"]),
-    (r"src/port/(file_port|overlapped)", ["file_port_tests", "serial_port_tests", "parallel_port_tests",
-                                           "usb_enumeration_tests"]),
-    (r"src/port/windows_drivers", ["hostile_peers_tests", "usb_enumeration_tests", "serial_port_tests", "export_tests",
-                                   "allocation_fault_tests"]),
+    (r"src/port/socket/", ["socket_port_tests", "hostile_peers_tests", "network_scan_tests"]),
+    (r"src/port/windows/serial", ["serial_port_tests"]),
+    (r"src/port/windows/parallel", ["file_port_tests", "parallel_port_tests"]),
+    (r"src/port/(windows/)?(usb_port|usb_enumeration|device_interfaces)", ["usb_enumeration_tests", "file_port_tests"]),
+    (r"src/port/windows/(file_port|overlapped)", ["file_port_tests", "serial_port_tests", "parallel_port_tests",
+                                                  "usb_enumeration_tests"]),
+    (r"src/port/windows/", ["hostile_peers_tests", "usb_enumeration_tests", "serial_port_tests", "export_tests",
+                            "allocation_fault_tests"]),
     (r"src/discovery/network_scan|src/api/network_scan", ["network_scan_tests"]),
-    (r"src/discovery/usb|src/api/usb_monitor", ["usb_monitor_tests"]),
+    (r"src/discovery/|src/api/usb_monitor", ["usb_monitor_tests"]),
     (r"src/api/usb_list", ["usb_enumeration_tests"]),
     (r"src/platform/windows/own_folder", ["own_folder_tests"]),
-    (r"src/platform/windows/(setup_api)", ["usb_enumeration_tests"]),
-    (r"src/platform/windows/(winsock)", ["socket_port_tests", "network_scan_tests", "hostile_peers_tests"]),
+    (r"src/platform/windows/setup_api", ["usb_enumeration_tests"]),
+    (r"src/platform/(windows/)?sockets", ["socket_port_tests", "network_scan_tests", "hostile_peers_tests"]),
     (r"src/platform/windows/(exception|dll_main|scoped_module)", ["export_tests", "allocation_fault_tests",
-                                                                   "usb_monitor_tests"]),
-    (r"src/platform/windows/", ["platform_tests", "monitor_tests", "hostile_peers_tests", "socket_port_tests",
-                                "file_port_tests", "allocation_fault_tests", "export_tests"]),
-    (r"", ["allocation_fault_tests", "monitor_tests", "usb_monitor_tests", "network_scan_tests"]),
+                                                                  "usb_monitor_tests"]),
+    (r"", ["monitor_tests", "hostile_peers_tests", "socket_port_tests", "file_port_tests", "allocation_fault_tests",
+           "export_tests"]),
 ]
 
 SWAPS = [
@@ -267,16 +266,9 @@ def tracked(*folders):
 
 def source_files():
     """The files of src/: those that the host build compiles, and those of the Windows rooms."""
-    files = {name: (ROOT / name).read_text(encoding="utf-8") for name in tracked("src") if name.endswith((".cpp", ".h"))}
-    windows = {name for name, text in files.items()
-               if "/windows/" in name or name in WINDOWS_EXPORTS or SYSTEM_INCLUDE.search(text)}
-    grown = True
-    while grown:  # Whoever includes a header of the Windows rooms belongs to them.
-        includers = {name for name, text in files.items() if name not in windows and name not in DOORS
-                     and any(f'#include "{header[4:]}"' in text for header in windows)}
-        windows |= includers
-        grown = bool(includers)
-    return sorted(name for name in files if name not in windows and "/posix/" not in name), sorted(windows)
+    files = [name for name in tracked("src") if name.endswith((".cpp", ".h")) and "/linux/" not in name]
+    windows = [name for name in files if WINDOWS_ROOMS.match(name)]
+    return sorted(set(files) - set(windows)), sorted(windows)
 
 
 def known_reasons():

@@ -1,10 +1,10 @@
 #include <memory>
 #include <new>
 
+#include "api/contain.h"
 #include "monitor/last_error.h"
-#include "monitor/monitor_work.h"
+#include "monitor/monitor_commands.h"
 #include "monitor/printer_read_helper.h"
-#include "monitor/task_control.h"
 #include "monitor/task_over_info.h"
 #include "vexo/extend.h"
 
@@ -20,22 +20,13 @@ int32_t StoreFailure(int32_t result) {
 
 int32_t BadArgument() { return StoreFailure(VEXO_ERROR_MONITOR_PARAMETER); }
 
-// What a function does, without its exceptions: C hosts cannot take them.
-template <typename Function>
-int32_t Contain(Function function) {
-  try {
-    return function();
-  } catch (const std::bad_alloc&) {
-    return VEXO_ERROR_OUT_OF_MEMORY;
-  } catch (...) {  // A host's own port object may throw anything.
-    return VEXO_ERROR_IO;
+// Runs a member function of the monitor under the last-error rule.
+template <typename Function, typename... Arguments>
+int32_t Run(CVEXOPrinterReadHelper* monitor, Function function, Arguments... arguments) {
+  if (monitor == nullptr) {
+    return BadArgument();
   }
-}
-
-// Runs a function of the monitor under the last-error rule.
-template <typename Function>
-int32_t Run(CVEXOPrinterReadHelper* monitor, Function function) {
-  return monitor != nullptr ? StoreFailure(Contain([&] { return function(monitor); })) : BadArgument();
+  return StoreFailure(vexo::ContainAll([=] { return (monitor->*function)(arguments...); }));
 }
 
 int32_t SetTime(CVEXOPrinterReadHelper* monitor, void (CVEXOPrinterReadHelper::*set)(int64_t), int64_t milliseconds) {
@@ -96,15 +87,19 @@ int32_t SetPollingTime(CVEXOPrinterReadHelper* monitor, int64_t milliseconds) {
   return SetTime(monitor, &CVEXOPrinterReadHelper::SetPollingTime, milliseconds);
 }
 
-int32_t OpenReprintMonitorWork(CVEXOPrinterReadHelper* monitor) { return Run(monitor, vexo::OpenWork); }
+int32_t OpenReprintMonitorWork(CVEXOPrinterReadHelper* monitor) {
+  return Run(monitor, &CVEXOPrinterReadHelper::OpenWork);
+}
 
-int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor) { return Run(monitor, vexo::CloseWork); }
+int32_t CloseReprintMonitorWork(CVEXOPrinterReadHelper* monitor) {
+  return Run(monitor, &CVEXOPrinterReadHelper::CloseWork);
+}
 
 int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t bufferLength) {
   if (buffer == nullptr || bufferLength == 0) {
     return BadArgument();
   }
-  return Run(monitor, [=](auto* object) { return vexo::QueryWork(object, buffer, bufferLength); });
+  return Run(monitor, &CVEXOPrinterReadHelper::QueryWork, buffer, bufferLength);
 }
 
 // An event that is unknown to the family is reported like no event, but not stored.
@@ -112,7 +107,7 @@ int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* status, uint3
   if (monitor == nullptr || status == nullptr) {
     return BadArgument();
   }
-  const vexo::StatusReport report = vexo::TakeStatusReport(monitor);
+  const vexo::StatusReport report = monitor->TakeStatusReport();
   switch (report.outcome) {
     case vexo::StatusReport::Outcome::kNone:
       return StoreFailure(VEXO_MONITOR_NO_EVENT);
@@ -136,24 +131,24 @@ int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId) {
   if (!monitor->work_open()) {
     return VEXO_ERROR_MONITOR_NOT_OPEN;
   }
-  return Contain([=] { return vexo::TagNextJob(monitor, taskId); });
+  return vexo::ContainAll([=] { return monitor->TagNextJob(taskId); });
 }
 
 int32_t SetClearPrintTask(CVEXOPrinterReadHelper* monitor) {
   if (monitor != nullptr && !monitor->work_open()) {
     return VEXO_ERROR_MONITOR_NOT_OPEN;
   }
-  return Run(monitor, vexo::ClearTasks);
+  return Run(monitor, &CVEXOPrinterReadHelper::ClearTasks);
 }
 
 int32_t GetDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status) {
   if (status == nullptr) {
     return BadArgument();
   }
-  return Run(monitor, [=](auto* object) { return vexo::QueryDeviceStatus(object, status); });
+  return Run(monitor, &CVEXOPrinterReadHelper::QueryDeviceStatus, status);
 }
 
-int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor) { return Run(monitor, vexo::FeedPaper); }
+int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor) { return Run(monitor, &CVEXOPrinterReadHelper::FeedPaper); }
 
 int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode) {
   constexpr uint32_t kAwaitAnswer = 1;
@@ -163,7 +158,7 @@ int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode) {
   if (monitor != nullptr && !monitor->work_open()) {
     return VEXO_ERROR_MONITOR_NOT_OPEN;
   }
-  return Run(monitor, [=](auto* object) { return vexo::ResetTaskNumbers(object, mode == kAwaitAnswer); });
+  return Run(monitor, &CVEXOPrinterReadHelper::ResetTaskNumbers, mode == kAwaitAnswer);
 }
 
 // Works on the printer handle alone and stores nothing.
@@ -175,17 +170,20 @@ int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeMs, char* 
   if (text == nullptr || length == nullptr) {
     return VEXO_ERROR_MONITOR_PARAMETER;
   }
-  return Contain([=] { return vexo::ReadTaskOverInfo(handle, timeMs, text, textLength, length); });
+  return vexo::ContainAll([=] { return vexo::ReadTaskOverInfo(handle, timeMs, text, textLength, length); });
 }
 
 int32_t AddReprintMonitorFun(CVEXOPrinterReadHelper* monitor, MonitorCallback callback, int64_t* id) {
   if (callback == nullptr || id == nullptr) {
     return BadArgument();
   }
-  return Run(monitor, [=](auto* object) {
-    *id = object->AddCallback(callback);
+  if (monitor == nullptr) {
+    return BadArgument();
+  }
+  return StoreFailure(vexo::ContainAll([=] {
+    *id = monitor->AddCallback(callback);
     return VEXO_OK;
-  });
+  }));
 }
 
 int32_t RemoveReprintMonitorFun(CVEXOPrinterReadHelper* monitor, int64_t id) {

@@ -1,8 +1,8 @@
 #include "discovery/network_scan.h"
 
-#include <new>
 #include <string>
 
+#include "api/contain.h"
 #include "discovery/scan_answer.h"
 #include "vexo/extend.h"
 
@@ -12,13 +12,11 @@ int32_t Scan(vexo::ScannedPrinters printers, int64_t time_limit_ms, char* buffer
   if (target == nullptr || buffer == nullptr) {
     return VEXO_ERROR_PARAMETER;
   }
-  try {
+  return vexo::ContainOutOfMemory([=] {
     std::string text;
     const int32_t result = vexo::ScanNetwork(printers, time_limit_ms, target, &text);
     return result == VEXO_OK ? vexo::CopyScanText(text, buffer, size) : result;
-  } catch (const std::bad_alloc&) {
-    return VEXO_ERROR_OUT_OF_MEMORY;
-  }
+  });
 }
 
 }  // namespace

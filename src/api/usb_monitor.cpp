@@ -1,6 +1,5 @@
-#include <new>
-
-#include "discovery/usb_callback_registry.h"
+#include "api/contain.h"
+#include "discovery/usb_callbacks.h"
 #include "discovery/usb_hotplug.h"
 #include "vexo/extend.h"
 
@@ -15,15 +14,11 @@ int64_t AddUSBMonitor(USBMonitorCallback callback, void* context) {
   if (callback == nullptr) {
     return 0;
   }
-  try {
-    return vexo::UsbCallbacks().Add(callback, context);
-  } catch (const std::bad_alloc&) {
-    return VEXO_ERROR_OUT_OF_MEMORY;
-  }
+  return vexo::ContainOutOfMemory([=] { return vexo::UsbCallbacks().Add(callback, context); });
 }
 
 int32_t RemoveUSBMonitor(USBMonitorCallback callback) {
   constexpr int32_t kRemoved = 1;  // Whether it was there or not.
-  vexo::UsbCallbacks().Remove(callback);
+  vexo::UsbCallbacks().Remove(vexo::UsbCallbackRegistry::KeyOf(callback));
   return kRemoved;
 }

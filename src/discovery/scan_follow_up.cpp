@@ -10,7 +10,7 @@
 
 #include "platform/clock.h"
 #include "platform/thread.h"
-#include "protocol/device_session.h"
+#include "session/device_session.h"
 #include "vexo/error.h"
 
 namespace vexo {

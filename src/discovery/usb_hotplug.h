@@ -1,7 +1,7 @@
-// The USB hot-plug monitor of the process: a thread that runs the message loop of a UsbMonitorWindow.
+// The USB hot-plug monitor of the process: a thread that hears from the system which printers come and go.
 //
-// A monitor that has been started counts as started until it is stopped, also when its thread has ended early: the
-// system gave no window, or somebody closed it.
+// A started monitor counts as started until it is stopped, also when its thread has ended early because the system
+// tells it nothing.
 #ifndef VEXO_DISCOVERY_USB_HOTPLUG_H_
 #define VEXO_DISCOVERY_USB_HOTPLUG_H_
 

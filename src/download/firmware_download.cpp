@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "download/session.h"
+#include "download/download_run.h"
 #include "download/trace.h"
 #include "platform/clock.h"
 #include "port/handle_port.h"
@@ -28,25 +28,25 @@ constexpr char kWriteFailed[] = "failed: WriteData failed...\n";
 
 class FirmwareDownload {
  public:
-  FirmwareDownload(DownloadSession* session, const char* descriptor)
-      : session_(session), descriptor_(descriptor), size_(static_cast<uint32_t>(session->file().size())) {}
+  FirmwareDownload(DownloadRun* run, const char* descriptor)
+      : run_(run), descriptor_(descriptor), size_(static_cast<uint32_t>(run->file().size())) {}
 
   Ending EnterUpdateMode() const {
     downloadTrace("Enter Upgrade mode...\n");
-    session_->flushInput();
-    const int32_t written = session_->printer().Write(BuildDoCommand(kUpdateModeAction));
+    run_->flushInput();
+    const int32_t written = run_->printer().Write(BuildDoCommand(kUpdateModeAction));
     if (written != VEXO_OK) {
       return Fail(written, "write command failed...\n");
     }
-    session_->flushInput();
-    return session_->CheckCancelled();
+    run_->flushInput();
+    return run_->CheckCancelled();
   }
 
   // A header that ends with the file still gets the turn for its body. Fewer bytes than a header behind the last
   // segment are sent as one, and end the image.
   Ending SendSegments() {
     while (consumed_ < size_ || (consumed_ == size_ && header_confirmed_)) {
-      if (const Ending end = session_->CheckCancelled()) {
+      if (const Ending end = run_->CheckCancelled()) {
         return end;
       }
       if (const Ending end = header_confirmed_ ? TakeBodyTurn() : TakeHeaderTurn()) {
@@ -61,11 +61,11 @@ class FirmwareDownload {
   // The printer comes back as another device for each segment.
   Ending TakeHeaderTurn() {
     uint8_t header[kHeaderSize] = {};
-    session_->file().Read(header, sizeof(header));  // What the file does not have stays zero.
-    if (ReconnectHandle(session_->handle(), descriptor_) != VEXO_OK) {
+    run_->file().Read(header, sizeof(header));  // What the file does not have stays zero.
+    if (ReconnectHandle(run_->handle(), descriptor_) != VEXO_OK) {
       return Fail(VEXO_OK, "Openfail");
     }
-    const int32_t written = session_->printer().Write(header, sizeof(header));
+    const int32_t written = run_->printer().Write(header, sizeof(header));
     if (written != VEXO_OK) {
       return Fail(written, kWriteFailed);
     }
@@ -90,26 +90,26 @@ class FirmwareDownload {
     if (const Ending end = SendBody(body_end)) {
       return end;
     }
-    session_->ReportProgress(100);
+    run_->ReportProgress(100);
     header_confirmed_ = false;
     return AwaitAcceptance(kBodyAnswerTries);
   }
 
   Ending SendBody(uint64_t body_end) {
     while (consumed_ < body_end) {
-      if (const Ending end = session_->CheckCancelled()) {
+      if (const Ending end = run_->CheckCancelled()) {
         return end;
       }
       uint8_t chunk[kChunkSize];
       const size_t wanted = std::min<uint64_t>(kChunkSize, body_end - consumed_);
       // Of a file that has become shorter only its own bytes are sent; the printer misses the others and says so.
-      const int32_t written = session_->printer().Write(chunk, session_->file().Read(chunk, wanted));
+      const int32_t written = run_->printer().Write(chunk, run_->file().Read(chunk, wanted));
       if (written != VEXO_OK) {
         return Fail(written, kWriteFailed);
       }
       consumed_ += wanted;
       body_sent_ += static_cast<uint32_t>(wanted);
-      session_->ReportProgress(body_sent_, size_);
+      run_->ReportProgress(body_sent_, size_);
     }
     return std::nullopt;
   }
@@ -119,7 +119,7 @@ class FirmwareDownload {
     uint8_t answer = 0;
     uint32_t received = 0;
     for (int32_t i = 0; i < tries && received == 0; ++i) {
-      session_->readExact(&answer, 1, &received);
+      run_->readExact(&answer, 1, &received);
     }
     if (received != 1) {
       return Fail(VEXO_OK, "failed: ReadData failed...\n");
@@ -127,7 +127,7 @@ class FirmwareDownload {
     return answer == kAccepted ? std::nullopt : Fail(VEXO_OK, "failed: ReadData error...\n");
   }
 
-  DownloadSession* const session_;
+  DownloadRun* const run_;
   const char* const descriptor_;
   const uint32_t size_;
   uint64_t consumed_ = 0;  // Bytes of the file, headers and bodies.
@@ -140,23 +140,23 @@ class FirmwareDownload {
 
 int32_t DownloadFirmware(VexoPrinterHandle* handle, const char* file_name, const char* descriptor,
                          DownloadProgressCallback progress) {
-  DownloadSession session(handle, progress);
-  if (const Ending end = session.CheckHandle()) {
+  DownloadRun run(handle, progress);
+  if (const Ending end = run.CheckHandle()) {
     return *end;
   }
-  if (const Ending end = session.OpenFile(file_name, "failed:file is null.")) {
+  if (const Ending end = run.OpenFile(file_name, "failed:file is null.")) {
     return *end;
   }
-  FirmwareDownload download(&session, descriptor);
+  FirmwareDownload download(&run, descriptor);
   if (const Ending end = download.EnterUpdateMode()) {
     return *end;
   }
   if (const Ending end = download.SendSegments()) {
     return *end;
   }
-  session.file().Close();
+  run.file().Close();
   downloadTrace("Download firmware complete...\n");
-  return session.Restart().value_or(VEXO_OK);
+  return run.Restart().value_or(VEXO_OK);
 }
 
 }  // namespace vexo

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <limits>
 
+#include "download/download_run.h"
 #include "download/package.h"
-#include "download/session.h"
 #include "download/trace.h"
 #include "platform/clock.h"
 #include "protocol/v1_command.h"
@@ -27,38 +27,38 @@ constexpr uint8_t kFontEnd[] = {'^', 'E', 'N', 'D'};
 // What files and fonts have in common: everything between the mode switch and the restart.
 class PacketDownload {
  public:
-  PacketDownload(DownloadSession* session, int32_t packet_size, Filler filler)
-      : session_(session), packet_size_(packet_size), filler_(filler) {}
+  PacketDownload(DownloadRun* run, int32_t packet_size, Filler filler)
+      : run_(run), packet_size_(packet_size), filler_(filler) {}
 
   Ending Prepare() {
     package_ = MakePackage(static_cast<size_t>(packet_size_));
-    if (const Ending end = session_->ReadFile(&content_)) {
+    if (const Ending end = run_->ReadFile(&content_)) {
       return end;
     }
-    count_ = CountPieces(session_->file().size(), packet_size_);
+    count_ = CountPieces(run_->file().size(), packet_size_);
     return count_ == 0 ? Fail(VEXO_ERROR_DOWNLOAD_EMPTY, "failed:no packages...\n") : std::nullopt;
   }
 
   Ending EnterMode(const Bytes& mode_switch) const {
     downloadTrace("Enter Upgrade mode...\n");
-    session_->flushInput();
-    const int32_t written = session_->printer().Write(mode_switch);
+    run_->flushInput();
+    const int32_t written = run_->printer().Write(mode_switch);
     if (written != VEXO_OK) {
       return Fail(written, "failed: WriteData failed...\n");
     }
     uint8_t answer[sizeof(kModeEntered)] = {};
     uint32_t received = 0;
-    session_->readExact(answer, sizeof(answer), &received);
+    run_->readExact(answer, sizeof(answer), &received);
     const bool entered = received >= sizeof(answer) && std::equal(answer, answer + sizeof(answer), kModeEntered);
     return entered ? std::nullopt : Fail(VEXO_ERROR_DOWNLOAD_MODE, "failed:Enter Mode Failed...\n");
   }
 
   Ending SendPackages() {
-    session_->flushInput();
+    run_->flushInput();
     downloadTrace("Ready to send file...\n");
-    session_->ReportProgress(0);
+    run_->ReportProgress(0);
     for (uint32_t i = 0; i < count_; ++i) {
-      if (const Ending end = session_->CheckCancelled()) {
+      if (const Ending end = run_->CheckCancelled()) {
         return end;
       }
       downloadTrace("package %d\n", static_cast<int>(i));
@@ -66,9 +66,9 @@ class PacketDownload {
       if (const Ending end = SendUntilConfirmed()) {
         return end;
       }
-      session_->ReportProgress(i, count_);
+      run_->ReportProgress(i, count_);
     }
-    session_->ReportProgress(100);
+    run_->ReportProgress(100);
     return std::nullopt;
   }
 
@@ -81,7 +81,7 @@ class PacketDownload {
 
   Ending SendUntilConfirmed() const {
     for (int32_t attempt = 1; !SendOnce(); ++attempt) {
-      if (attempt == kAttempts || session_->IsCancelled()) {
+      if (attempt == kAttempts || run_->IsCancelled()) {
         return Fail(VEXO_ERROR_DOWNLOAD_BAD_ANSWER, "failed:Slave Response Failed.........\n");
       }
     }
@@ -89,7 +89,7 @@ class PacketDownload {
   }
 
   bool SendOnce() const {
-    if (session_->printer().Write(package_) != VEXO_OK) {
+    if (run_->printer().Write(package_) != VEXO_OK) {
       downloadTrace("failed:WriteData Failed...\n");
       return false;
     }
@@ -108,15 +108,15 @@ class PacketDownload {
   // Unlike the answer to the mode switch, this one may come in pieces.
   bool CollectAnswer(uint8_t* answer) const {
     uint32_t total = 0;
-    for (int32_t i = 0; i < kAnswerReads && total < kPackageAnswerSize && !session_->IsCancelled(); ++i) {
+    for (int32_t i = 0; i < kAnswerReads && total < kPackageAnswerSize && !run_->IsCancelled(); ++i) {
       uint32_t received = 0;
-      session_->printer().Read(answer + total, kPackageAnswerSize - total, &received);
+      run_->printer().Read(answer + total, kPackageAnswerSize - total, &received);
       total += received;
     }
     return total >= kPackageAnswerSize;
   }
 
-  DownloadSession* const session_;
+  DownloadRun* const run_;
   const int32_t packet_size_;
   const Filler filler_;
   Bytes content_;
@@ -124,36 +124,36 @@ class PacketDownload {
   uint32_t count_ = 0;
 };
 
-int32_t RestartAfterFile(DownloadSession* session) {
+int32_t RestartAfterFile(DownloadRun* run) {
   downloadTrace("restart printer...\n");
-  session->sendDoCommand(kResetPrinter);
-  const int32_t closed = session->printer().Close();
-  session->Complete();  // Also when the handle can no longer be used.
+  run->sendDoCommand(kResetPrinter);
+  const int32_t closed = run->printer().Close();
+  run->Complete();  // Also when the handle can no longer be used.
   return closed;
 }
 
-int32_t RestartAfterFont(DownloadSession* session) {
+int32_t RestartAfterFont(DownloadRun* run) {
   downloadTrace("restart printer...\n");
-  session->printer().Write(kFontEnd, sizeof(kFontEnd));
-  if (const Ending end = session->Restart()) {
+  run->printer().Write(kFontEnd, sizeof(kFontEnd));
+  if (const Ending end = run->Restart()) {
     return *end;
   }
-  session->printer().Close();
-  session->Complete();
+  run->printer().Close();
+  run->Complete();
   return VEXO_OK;
 }
 
 }  // namespace
 
 int32_t DownloadPackets(VexoPrinterHandle* handle, const char* file_name, DownloadProgressCallback progress) {
-  DownloadSession session(handle, progress);
-  if (const Ending end = session.CheckHandle()) {
+  DownloadRun run(handle, progress);
+  if (const Ending end = run.CheckHandle()) {
     return *end;
   }
-  if (const Ending end = session.OpenFile(file_name, "failed:file is null.file is null.")) {
+  if (const Ending end = run.OpenFile(file_name, "failed:file is null.file is null.")) {
     return *end;
   }
-  PacketDownload download(&session, kFilePacketSize, Filler::kZeros);
+  PacketDownload download(&run, kFilePacketSize, Filler::kZeros);
   if (const Ending end = download.Prepare()) {
     return *end;
   }
@@ -163,22 +163,22 @@ int32_t DownloadPackets(VexoPrinterHandle* handle, const char* file_name, Downlo
   if (const Ending end = download.SendPackages()) {
     return *end;
   }
-  return RestartAfterFile(&session);
+  return RestartAfterFile(&run);
 }
 
 int32_t DownloadFontPackets(VexoPrinterHandle* handle, int32_t packet_size, const char* file_name,
                             DownloadProgressCallback progress) {
-  DownloadSession session(handle, progress);
-  if (const Ending end = session.CheckHandle()) {
+  DownloadRun run(handle, progress);
+  if (const Ending end = run.CheckHandle()) {
     return *end;
   }
   if (packet_size < 1 || packet_size > kMaxPacketSize) {
     return *Fail(VEXO_ERROR_PARAMETER, "error parameters.");
   }
-  if (const Ending end = session.OpenFile(file_name, "failed: The file is empty.")) {
+  if (const Ending end = run.OpenFile(file_name, "failed: The file is empty.")) {
     return *end;
   }
-  PacketDownload download(&session, packet_size, Filler::kPreviousPackage);
+  PacketDownload download(&run, packet_size, Filler::kPreviousPackage);
   if (const Ending end = download.Prepare()) {
     return *end;
   }
@@ -188,7 +188,7 @@ int32_t DownloadFontPackets(VexoPrinterHandle* handle, int32_t packet_size, cons
   if (const Ending end = download.SendPackages()) {
     return *end;
   }
-  return RestartAfterFont(&session);
+  return RestartAfterFont(&run);
 }
 
 }  // namespace vexo

@@ -4,15 +4,15 @@
 #include <cstdio>
 #include <cstring>
 
-#include "download/session.h"
+#include "download/download_run.h"
 #include "download/trace.h"
 #include "download/ymodem_block.h"
 #include "platform/clock.h"
 #include "port/bounded_text.h"
 #include "port/device_uri.h"
 #include "port/handle_port.h"
-#include "protocol/port_parameter.h"
 #include "protocol/reply_reader.h"
+#include "session/port_parameter.h"
 #include "vexo/error.h"
 
 namespace vexo {
@@ -45,30 +45,30 @@ bool HoldsAcknowledgement(const uint8_t* answer, uint32_t count) {
 
 class YModemDownload {
  public:
-  explicit YModemDownload(DownloadSession* session) : session_(session) {}
+  explicit YModemDownload(DownloadRun* run) : run_(run) {}
 
   Ending CountBlocks() {
-    blocks_ = CountYModemBlocks(session_->file().size());
+    blocks_ = CountYModemBlocks(run_->file().size());
     return blocks_ == 0 ? Fail(VEXO_ERROR_DOWNLOAD_EMPTY, "failed:no packages...\n") : std::nullopt;
   }
 
   Ending EnterLoader(const char* descriptor) const {
     downloadTrace("Enter Upgrade mode...\n");
-    session_->flushInput();
-    const int32_t written = session_->printer().Write(kModeSwitch, sizeof(kModeSwitch));
+    run_->flushInput();
+    const int32_t written = run_->printer().Write(kModeSwitch, sizeof(kModeSwitch));
     if (written != VEXO_OK) {
       return Fail(written, "write command failed...\n");
     }
     char loader[kUriBufferSize];
     NameLoader(descriptor, loader, sizeof(loader));
-    session_->printer().Close();
+    run_->printer().Close();
     platform::SleepMs(kSwitchDelayMs);
     return ConnectTo(loader);
   }
 
   Ending ShakeHands() const {
-    session_->flushInput();
-    if (const Ending end = session_->CheckCancelled()) {
+    run_->flushInput();
+    if (const Ending end = run_->CheckCancelled()) {
       return end;
     }
     downloadTrace("Shake hands before sending...\n");
@@ -77,14 +77,14 @@ class YModemDownload {
 
   Ending SendHeader(const char* file_name) const {
     downloadTrace("Prepare to send packet headers...\n");
-    const YModemShortBlock header = MakeYModemHeaderBlock(file_name, session_->file().size());
+    const YModemShortBlock header = MakeYModemHeaderBlock(file_name, run_->file().size());
     if (const Ending end = Write(header.data(), header.size())) {
       return end;
     }
     uint8_t answer[kHeaderAnswerSize] = {};
     uint32_t received = 0;
     for (int32_t i = 0; i < kHeaderAnswerReads && received < kHeaderAnswerSize; ++i) {
-      session_->readExact(answer, kHeaderAnswerSize, &received);
+      run_->readExact(answer, kHeaderAnswerSize, &received);
       if (received < kHeaderAnswerSize) {
         platform::SleepMs(kHeaderAnswerPauseMs);
       }
@@ -98,13 +98,13 @@ class YModemDownload {
   Ending SendFile() const {
     downloadTrace("Ready to send file...\n");
     Bytes content;
-    if (const Ending end = session_->ReadFile(&content)) {
+    if (const Ending end = run_->ReadFile(&content)) {
       return end;
     }
-    session_->ReportProgress(0);
+    run_->ReportProgress(0);
     YModemDataBlock block = {};
     for (uint32_t i = 0; i < blocks_; ++i) {
-      if (const Ending end = session_->CheckCancelled()) {
+      if (const Ending end = run_->CheckCancelled()) {
         return end;
       }
       const size_t start = i * kYModemDataSize;
@@ -113,7 +113,7 @@ class YModemDownload {
       if (const Ending end = SendBlock(block)) {
         return end;
       }
-      session_->ReportProgress(i, blocks_);
+      run_->ReportProgress(i, blocks_);
     }
     return std::nullopt;
   }
@@ -133,11 +133,11 @@ class YModemDownload {
   }
 
   void Restart() const {
-    session_->ReportProgress(100);
+    run_->ReportProgress(100);
     downloadTrace("restart printer...\n");
-    session_->sendDoCommand(kResetPrinter);
-    session_->printer().Close();
-    session_->Complete();
+    run_->sendDoCommand(kResetPrinter);
+    run_->printer().Close();
+    run_->Complete();
   }
 
  private:
@@ -150,7 +150,7 @@ class YModemDownload {
       return;
     }
     char serial_number[kUriBufferSize] = {};
-    GetPortUriParameter(session_->handle(), "sn", serial_number, sizeof(serial_number));
+    GetPortUriParameter(run_->handle(), "sn", serial_number, sizeof(serial_number));
     BoundedText text(loader, size);
     text.Append("USB,");
     text.Append(serial_number);
@@ -160,22 +160,20 @@ class YModemDownload {
     int32_t result = VEXO_OK;
     for (int32_t i = 0; i < kConnectAttempts; ++i) {
       downloadTrace("desc = %s\n", loader);
-      result = ReconnectHandle(session_->handle(), loader);
+      result = ReconnectHandle(run_->handle(), loader);
       if (result == VEXO_OK) {
         return std::nullopt;
       }
       platform::SleepMs(kConnectPauseMs);
       downloadTrace("retry to reconnect...\n");
     }
-    const int32_t code =
-        session_->printer().Check() == VEXO_ERROR_HANDLE ? VEXO_ERROR_HANDLE : VEXO_ERROR_DOWNLOAD_MODE;
+    const int32_t code = run_->printer().Check() == VEXO_ERROR_HANDLE ? VEXO_ERROR_HANDLE : VEXO_ERROR_DOWNLOAD_MODE;
     return Fail(code, "failed:Enter Mode Failed...\n");
   }
 
   Ending Write(const uint8_t* bytes, size_t length) const {
-    return session_->printer().Write(bytes, length) == VEXO_OK
-               ? std::nullopt
-               : Fail(VEXO_ERROR_IO_WRITE, "failed:WriteData Failed...\n");
+    return run_->printer().Write(bytes, length) == VEXO_OK ? std::nullopt
+                                                           : Fail(VEXO_ERROR_IO_WRITE, "failed:WriteData Failed...\n");
   }
 
   // Sends something that one byte answers.
@@ -186,7 +184,7 @@ class YModemDownload {
     platform::SleepMs(delay_ms);
     uint8_t answer = 0;
     uint32_t received = 0;
-    session_->readExact(&answer, 1, &received);
+    run_->readExact(&answer, 1, &received);
     if (received == 0) {
       return DataMissed();
     }
@@ -201,11 +199,11 @@ class YModemDownload {
     platform::SleepMs(kBlockDelayMs);
     uint8_t answer[kBlockAnswerSize] = {};
     uint32_t received = 0;
-    ReadReply(session_->handle(), answer, 0, kBlockAnswerSize, &received, kBlockAnswerTries, 0);
+    ReadReply(run_->handle(), answer, 0, kBlockAnswerSize, &received, kBlockAnswerTries, 0);
     return HoldsAcknowledgement(answer, received) ? std::nullopt : BadAnswer();
   }
 
-  DownloadSession* const session_;
+  DownloadRun* const run_;
   uint32_t blocks_ = 0;
 };
 
@@ -213,14 +211,14 @@ class YModemDownload {
 
 int32_t DownloadYModem(VexoPrinterHandle* handle, const char* file_name, const char* descriptor,
                        DownloadProgressCallback progress) {
-  DownloadSession session(handle, progress);
-  if (const Ending end = session.CheckHandle()) {
+  DownloadRun run(handle, progress);
+  if (const Ending end = run.CheckHandle()) {
     return *end;
   }
-  if (const Ending end = session.OpenFile(file_name, "failed:file is null.")) {
+  if (const Ending end = run.OpenFile(file_name, "failed:file is null.")) {
     return *end;
   }
-  YModemDownload download(&session);
+  YModemDownload download(&run);
   if (const Ending end = download.CountBlocks()) {
     return *end;
   }

@@ -1,65 +1,76 @@
-#include "monitor/exchange.h"
-
-#include <algorithm>
+// How a command gets its answer.
 #include <mutex>
 
-#include "platform/clock.h"
-#include "protocol/hex_text.h"
-#include "protocol/v1_command.h"
+#include "monitor/printer_read_helper.h"
+#include "protocol/checked_printer.h"
 #include "vexo/error.h"
 
-namespace vexo {
 namespace {
 
-constexpr char kGsParenH[] = "1D 28 48";
+constexpr int kSendAttempts = 2;
 constexpr int kAnswerAttempts = 2;
-constexpr size_t kTaskDigits = 4;
+constexpr int kQueryAttempts = 2;
+constexpr int64_t kQueryPollMs = 200;
 
 }  // namespace
 
-Bytes BuildGsParenHCommand(const Bytes& body) {
-  Bytes command = HexTextToBytes(kGsParenH);
-  Append(&command, body);
-  return command;
-}
-
-std::string TaskNumberText(int32_t task_id) {
-  const std::string digits = std::to_string(task_id);
-  return std::string(kTaskDigits - std::min(digits.size(), kTaskDigits), '0') + digits;
-}
-
-int32_t SendSetVal(CVEXOPrinterReadHelper* monitor, std::string_view key, std::string_view value) {
-  return monitor->Send(BuildSetValCommand(key, value));
-}
-
-int32_t SendGsParenH(CVEXOPrinterReadHelper* monitor, const Bytes& body, uint32_t delay_ms) {
-  if (delay_ms != 0) {
-    platform::SleepMs(delay_ms);
+int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
+  // The result is kept apart from the shared one, which a poll on the other thread may overwrite at any moment.
+  int32_t result = lastResult;
+  try {
+    for (int attempt = 0; attempt < kSendAttempts; ++attempt) {
+      result = vexo::CheckedPrinter(printer).Write(command);
+      lastResult = result;
+      if (result != VEXO_ERROR_IO_WRITE_TIMEOUT) {
+        break;
+      }
+    }
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a host's own port object may throw; the last result stands.
   }
-  return monitor->Send(BuildGsParenHCommand(body));
+  return result;
 }
 
-int32_t SendForAnswer(CVEXOPrinterReadHelper* monitor, const Bytes& command) {
-  const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
-  monitor->Poll(0);
-  monitor->queue().Purge();
-  return monitor->Send(command);
+int32_t CVEXOPrinterReadHelper::SendForAnswer(const vexo::Bytes& command) {
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  Poll(0);
+  replyQueue.Purge();
+  return Send(command);
 }
 
-int32_t AwaitAnswer(CVEXOPrinterReadHelper* monitor, const Bytes& command) {
-  const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
-  const int32_t sent = SendForAnswer(monitor, command);
+int32_t CVEXOPrinterReadHelper::AwaitAnswer(const vexo::Bytes& command) {
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  const int32_t sent = SendForAnswer(command);
   if (sent != VEXO_OK) {
     return sent;
   }
-  monitor->Poll(monitor->read_timeout());
+  Poll(readTimeout);
   for (int attempt = 0; attempt < kAnswerAttempts; ++attempt) {
-    if (monitor->queue().TakeAnswer().kind != RecordKind::kEmpty) {
+    if (replyQueue.TakeAnswer().kind != vexo::RecordKind::kEmpty) {
       return VEXO_OK;
     }
-    monitor->Poll(monitor->read_timeout());
+    Poll(readTimeout);
   }
   return VEXO_ERROR_MONITOR_NO_ANSWER;
 }
 
-}  // namespace vexo
+// The reader thread may run in between.
+vexo::ReportRecord CVEXOPrinterReadHelper::AwaitQueryAnswer() {
+  for (int attempt = 0; attempt < kQueryAttempts; ++attempt) {
+    vexo::ReportRecord answer = TakeReply();
+    if (answer.kind != vexo::RecordKind::kEmpty) {
+      return answer;
+    }
+    Poll(kQueryPollMs);
+  }
+  return {};
+}
+
+vexo::ReportRecord CVEXOPrinterReadHelper::TakeReply() {
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  return replyQueue.TakeAnswer();
+}
+
+size_t CVEXOPrinterReadHelper::CountWaiting() {
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  return replyQueue.size();
+}

@@ -1,92 +1,76 @@
-#include "monitor/monitor_work.h"
-
+// Switching job monitoring on and off, and reading its state and events.
 #include <algorithm>
-#include <iterator>
 #include <mutex>
 #include <string_view>
 
-#include "monitor/exchange.h"
+#include "monitor/monitor_commands.h"
+#include "monitor/printer_read_helper.h"
+#include "platform/clock.h"
 #include "protocol/v1_command.h"
 #include "vexo/error.h"
 
-namespace vexo {
 namespace {
 
-constexpr std::string_view kMonitorKey = "job_monitor";
-constexpr std::string_view kOn = "on";
-constexpr std::string_view kOff = "off";
+using vexo::ProtocolFamily;
 
-const Bytes kMonitoringOn = {0x03, 0x00, 0x31, 0x30, 0x32};
-const Bytes kMonitoringOff = {0x03, 0x00, 0x31, 0x30, 0x30};
-constexpr uint32_t kMonitoringOffDelayMs = 300;  // The printer finishes reporting first.
-
-constexpr int kQueryAttempts = 2;
-constexpr int64_t kQueryPollMs = 200;
-
-constexpr struct {
-  ProtocolFamily family;
-  uint16_t type;
-  uint16_t status;
-  bool carries_value;
-} kStatuses[] = {
-    {ProtocolFamily::kV1, kReportJobStarted, 1, false},   {ProtocolFamily::kV1, kReportJobEnded, 2, true},
-    {ProtocolFamily::kV1, kReportJobState, 3, false},     {ProtocolFamily::kGsParenH, kReplyJobStarted, 1, false},
-    {ProtocolFamily::kGsParenH, kReplyJobEnded, 2, true}, {ProtocolFamily::kGsParenH, kReplyTrackingReset, 3, false},
-};
+constexpr uint32_t kMonitoringOffDelayMs = 300;  // A printer of the GS ( H family finishes reporting first.
 
 // Hosts pass a zeroed buffer: no terminating zero is written. Of a word that does not fit they get the beginning.
 int32_t CopyWord(bool on, char* buffer, int32_t buffer_length) {
-  const std::string_view word = on ? kOn : kOff;
+  const std::string_view word = on ? "on" : "off";
   word.copy(buffer, static_cast<size_t>(std::max(buffer_length, 0)));
   return VEXO_OK;
 }
 
-ReportRecord TakeQueryAnswer(CVEXOPrinterReadHelper* monitor) {
-  for (int attempt = 0; attempt < kQueryAttempts; ++attempt) {
-    {
-      const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
-      ReportRecord answer = monitor->queue().TakeAnswer();
-      if (answer.kind != RecordKind::kEmpty) {
-        return answer;
-      }
-    }
-    monitor->Poll(kQueryPollMs);
-  }
-  return {};
-}
-
 }  // namespace
 
-int32_t OpenWork(CVEXOPrinterReadHelper* monitor) {
-  const int32_t sent = monitor->family() == ProtocolFamily::kV1 ? SendSetVal(monitor, kMonitorKey, kOn)
-                                                                : SendGsParenH(monitor, kMonitoringOn);
+int32_t CVEXOPrinterReadHelper::OpenWork() {
+  const int32_t sent = Send(MonitoringCommand(sdkType, true));
   if (sent == VEXO_OK) {
-    monitor->SetWorkOpen(true);
+    SetWorkOpen(true);
   }
   return sent;
 }
 
-int32_t CloseWork(CVEXOPrinterReadHelper* monitor) {
-  const int32_t sent = monitor->family() == ProtocolFamily::kV1
-                           ? SendSetVal(monitor, kMonitorKey, kOff)
-                           : SendGsParenH(monitor, kMonitoringOff, kMonitoringOffDelayMs);
+int32_t CVEXOPrinterReadHelper::CloseWork() {
+  const ProtocolFamily family = sdkType;
+  if (family == ProtocolFamily::kGsParenH) {
+    vexo::platform::SleepMs(kMonitoringOffDelayMs);
+  }
+  const int32_t sent = Send(MonitoringCommand(family, false));
   if (sent == VEXO_OK) {
-    monitor->SetWorkOpen(false);
-    monitor->ForgetJobs();
+    SetWorkOpen(false);
+    ForgetJobs();
   }
   return sent;
 }
 
-int32_t QueryWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t buffer_length) {
-  if (monitor->family() == ProtocolFamily::kGsParenH) {
-    return CopyWord(monitor->work_open(), buffer, buffer_length);
+void CVEXOPrinterReadHelper::SetWorkOpen(bool open) {
+  Flags flags = flags_;
+  while (!flags_.compare_exchange_weak(flags, Flags{flags.stopRequested, open && !flags.stopRequested})) {
   }
-  const int32_t sent = SendForAnswer(monitor, BuildGetValCommand(kMonitorKey));
+}
+
+// Everything received, and both task numbers.
+void CVEXOPrinterReadHelper::ForgetJobs() {
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  rxBuffer.Clear();
+  replyQueue.Clear();
+  postponed_.clear();
+  requestedTaskId = 1;
+  currentTaskId = 0;
+}
+
+int32_t CVEXOPrinterReadHelper::QueryWork(char* buffer, int32_t buffer_length) {
+  if (sdkType == ProtocolFamily::kGsParenH) {
+    return CopyWord(work_open(), buffer, buffer_length);
+  }
+  const int32_t sent = SendForAnswer(vexo::BuildGetValCommand("job_monitor"));
   if (sent != VEXO_OK) {
     return sent;
   }
-  const ReportRecord answer = TakeQueryAnswer(monitor);
-  if (answer.kind == RecordKind::kEmpty) {
+  const vexo::ReportRecord answer = AwaitQueryAnswer();
+  if (answer.kind == vexo::RecordKind::kEmpty) {
     return VEXO_ERROR_MONITOR_NO_ANSWER;
   }
   if (answer.length > buffer_length) {
@@ -96,29 +80,8 @@ int32_t QueryWork(CVEXOPrinterReadHelper* monitor, char* buffer, int32_t buffer_
   return CopyWord(on, buffer, buffer_length);
 }
 
-StatusReport TakeStatusReport(CVEXOPrinterReadHelper* monitor) {
-  ReportRecord event;
-  {
-    const std::lock_guard<platform::RecursiveMutex> guard(monitor->io_lock());
-    event = monitor->queue().TakeEvent();
-  }
-  StatusReport report;
-  if (event.kind == RecordKind::kEmpty) {
-    return report;
-  }
-  report.outcome = StatusReport::Outcome::kUnknown;
-  const ProtocolFamily family = monitor->family();
-  const auto* const entry = std::find_if(std::begin(kStatuses), std::end(kStatuses), [&](const auto& candidate) {
-    return candidate.family == family && candidate.type == event.type;
-  });
-  if (entry != std::end(kStatuses)) {
-    report.outcome = StatusReport::Outcome::kEvent;
-    report.status = entry->status;
-    report.task_id = event.task_id;
-    report.has_value = entry->carries_value;
-    report.value = ~event.value;  // Printers report the state inverted.
-  }
-  return report;
+// Does not ask the printer.
+vexo::StatusReport CVEXOPrinterReadHelper::TakeStatusReport() {
+  const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
+  return vexo::MakeStatusReport(sdkType, replyQueue.TakeEvent());
 }
-
-}  // namespace vexo

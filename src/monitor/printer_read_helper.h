@@ -3,14 +3,15 @@
 #define VEXO_MONITOR_PRINTER_READ_HELPER_H_
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <list>
-#include <mutex>
 
-#include "monitor/callback_registry.h"
 #include "monitor/receive_buffer.h"
 #include "monitor/reply_queue.h"
 #include "monitor/report_decoder.h"
+#include "monitor/status_report.h"
+#include "platform/callback_registry.h"
 #include "platform/mutex.h"
 #include "platform/thread.h"
 #include "protocol/bytes.h"
@@ -43,27 +44,32 @@ struct CVEXOPrinterReadHelper {
   void SetPollingTime(int64_t milliseconds) { pollingTime = milliseconds; }
   void SelectFamily(vexo::ProtocolFamily family) { sdkType = family; }
 
-  vexo::ProtocolFamily family() const { return sdkType; }
-  int64_t read_timeout() const { return readTimeout; }
+  // As the exports of the monitor's work (extend.h), with the arguments checked and without the last-error rule:
+  // OpenReprintMonitorWork, CloseReprintMonitorWork, QueryReprintMonitorWork, GetStatusReport. In monitor_work.cpp.
+  int32_t OpenWork();
+  int32_t CloseWork();
+  int32_t QueryWork(char* buffer, int32_t buffer_length);
+  vexo::StatusReport TakeStatusReport();
   bool work_open() const { return flags_.load().workOpen; }
-  void SetWorkOpen(bool open);
-  void SetRequestedTask(int32_t task_id) { requestedTaskId = task_id; }
 
-  // Writes a command; a write that timed out is tried once more. Takes no lock.
-  int32_t Send(const vexo::Bytes& command);
+  // As SetPrintTaskId, SetClearPrintTask, GetDeviceStatus, SetPaperFeed and ResetPrinterInteriorId, in the same way;
+  // the work is open where that is required. In task_control.cpp.
+  int32_t TagNextJob(int32_t task_id);
+  int32_t ClearTasks();
+  int32_t QueryDeviceStatus(uint32_t* status);
+  int32_t FeedPaper();
+  int32_t ResetTaskNumbers(bool await_answer);
+
+  // Gives the callback's number. Throws std::bad_alloc.
+  int64_t AddCallback(MonitorCallback callback) { return callbacks.Add(callback); }
+  void RemoveCallback(int64_t id) { callbacks.Remove(id); }
 
   // Collects what the printer sends, for up to `timeout_ms` in steps of 20 ms (0: what is there), and decodes it.
   void Poll(int64_t timeout_ms);
 
-  // Forgets everything received and both task numbers.
-  void ForgetJobs();
-
-  vexo::platform::RecursiveMutex& io_lock() { return ioLock; }
-  vexo::ReplyQueue& queue() { return replyQueue; }  // Under the I/O lock.
-
-  // Gives the callback's number.
-  int64_t AddCallback(MonitorCallback callback) { return callbacks.Add(callback); }
-  void RemoveCallback(int64_t id) { callbacks.Remove(id); }
+  // The first reply that waits to be taken, and how many events and replies wait.
+  vexo::ReportRecord TakeReply();
+  size_t CountWaiting();
 
  private:
   // Written together, in one store: a reader that sees the stop must not see the work still open.
@@ -72,10 +78,25 @@ struct CVEXOPrinterReadHelper {
     bool workOpen = false;
   };
 
+  // What exchanges are made of, in exchange.cpp. Send writes a command, once more after a write that timed out, without
+  // a lock and without waiting for a reply. SendForAnswer makes sure that an answer taken from now on belongs to this
+  // command: what has come is decoded, and old replies are dropped. AwaitAnswer also waits for the answer, without
+  // letting the reader thread in between: 0; -7003 for none; else the result of the send.
+  int32_t Send(const vexo::Bytes& command);
+  int32_t SendForAnswer(const vexo::Bytes& command);
+  int32_t AwaitAnswer(const vexo::Bytes& command);
+  vexo::ReportRecord AwaitQueryAnswer();
+
+  void SetWorkOpen(bool open);
+  void ForgetJobs();
+
+  // The reader thread.
   bool stop_requested() const { return flags_.load().stopRequested; }
   void ReaderLoop();
   void PollWhileWorkIsOpen();
   void PauseReader() const;
+
+  // From bytes to callbacks.
   void Decode();
   void Accept(vexo::ReportRecord record);
   void DeliverInTurn(vexo::ReportRecord record);
@@ -97,7 +118,7 @@ struct CVEXOPrinterReadHelper {
   std::atomic<int32_t> requestedTaskId{1};
   int32_t currentTaskId = 0;  // Of the job that the printer last reported as started.
   std::atomic<vexo::ProtocolFamily> sdkType{vexo::ProtocolFamily::kV1};
-  vexo::CallbackRegistry callbacks{&callbackLock};
+  vexo::platform::CallbackRegistry<MonitorCallback> callbacks{&callbackLock};
   vexo::platform::RecursiveMutex callbackLock;
 
   std::list<vexo::ReportRecord> postponed_;  // Job events that wait for the outermost delivery, in their order.

@@ -4,7 +4,7 @@
 #include <stdexcept>
 
 #include "platform/clock.h"
-#include "protocol/printer_connection.h"
+#include "protocol/checked_printer.h"
 #include "protocol/reply_analysis.h"
 #include "vexo/error.h"
 
@@ -30,7 +30,7 @@ class Stopwatch {
 };
 
 // One pass brings up to 256 bytes; a closed port or a bad handle only costs the pass.
-int32_t Listen(const PrinterConnection& printer, Bytes* heard) {
+int32_t Listen(const CheckedPrinter& printer, Bytes* heard) {
   uint8_t bytes[kPassSize];
   uint32_t count = 0;
   const int32_t result = printer.Read(bytes, kPassSize, &count);
@@ -68,7 +68,7 @@ std::string CollectReplyValues(const Bytes& heard) {
 
 int32_t ReadTaskOverInfo(VexoPrinterHandle* handle, int32_t time_ms, char* text, uint32_t text_length,
                          uint32_t* length) {
-  const PrinterConnection printer(handle);
+  const CheckedPrinter printer(handle);
   const Stopwatch stopwatch;
   Bytes heard;
   int32_t result = VEXO_OK;

@@ -1,7 +1,7 @@
 #include "protocol/print_width.h"
 
 #include "protocol/bytes.h"
-#include "protocol/printer_connection.h"
+#include "protocol/checked_printer.h"
 #include "protocol/v1_command.h"
 #include "vexo/error.h"
 
@@ -20,13 +20,13 @@ struct Reply {
 
 // Printers differ in what they answer to setkey, or answer nothing, so the bytes are not judged; only an answer that
 // was not counted although it reached the last byte counts as a failed read.
-bool ReadAcknowledgement(const PrinterConnection& printer, Reply* reply) {
+bool ReadAcknowledgement(const CheckedPrinter& printer, Reply* reply) {
   printer.Read(reply->bytes, sizeof(reply->bytes), &reply->count);
   return !(reply->count == 0 && reply->bytes[2] != 0);
 }
 
 // What counts is the printer's confirmation: exactly one zero byte.
-bool ReadSaved(const PrinterConnection& printer, Reply* reply) {
+bool ReadSaved(const CheckedPrinter& printer, Reply* reply) {
   if (printer.Check() == VEXO_OK) {
     reply->count = 0;
     printer.Read(reply->bytes, 1, &reply->count);
@@ -37,7 +37,7 @@ bool ReadSaved(const PrinterConnection& printer, Reply* reply) {
 }  // namespace
 
 int32_t ChangePrintWidth(VexoPrinterHandle* handle, uint32_t width) {
-  const PrinterConnection printer(handle);
+  const CheckedPrinter printer(handle);
   const Bytes command = BuildSetKeyCommand(kPrintWidthKeyLow, kPrintWidthKeyHigh, {LowByte(width), HighByte(width)});
   const int32_t set = printer.Write(command);
   if (set != VEXO_OK) {
@@ -55,7 +55,7 @@ int32_t ChangePrintWidth(VexoPrinterHandle* handle, uint32_t width) {
 }
 
 int32_t QueryPrintWidth(VexoPrinterHandle* handle, uint32_t* width) {
-  const PrinterConnection printer(handle);
+  const CheckedPrinter printer(handle);
   const int32_t asked = printer.Write(BuildGetKeyCommand());
   if (asked != VEXO_OK) {
     return asked;

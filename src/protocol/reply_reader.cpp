@@ -5,7 +5,7 @@
 
 #include "platform/clock.h"
 #include "protocol/bytes.h"
-#include "protocol/printer_connection.h"
+#include "protocol/checked_printer.h"
 #include "vexo/error.h"
 
 namespace vexo {
@@ -51,7 +51,7 @@ uint32_t Collect(int32_t tries, int64_t pause_ms, Receive receive, WantsMore wan
 
 int32_t ReadReply(VexoPrinterHandle* handle, uint8_t* destination, uint32_t first, uint32_t end, uint32_t* stored,
                   int32_t tries, int64_t pause_ms) {
-  const PrinterConnection printer(handle);
+  const CheckedPrinter printer(handle);
   const int32_t check = printer.Check();
   if (check != VEXO_OK) {
     return check;
@@ -66,7 +66,7 @@ int32_t ReadReply(VexoPrinterHandle* handle, uint8_t* destination, uint32_t firs
   const auto receive = [&](uint32_t total) {
     Received received;
     received.result = printer.ReadAvailable(work, 0, size, &received.brought);
-    // The count may exceed the room, see PrinterConnection.
+    // The count may exceed the room, see CheckedPrinter.
     received.stored = std::min({received.brought, size, size - total});
     std::copy_n(work, received.stored, destination + first + total);
     return received;
@@ -77,7 +77,7 @@ int32_t ReadReply(VexoPrinterHandle* handle, uint8_t* destination, uint32_t firs
 
 int32_t ReadStream(VexoPrinterHandle* handle, uint8_t* destination, uint32_t size, uint32_t* stored, int32_t tries,
                    int64_t pause_ms) {
-  const PrinterConnection printer(handle);
+  const CheckedPrinter printer(handle);
   const int32_t check = printer.Check();
   if (check != VEXO_OK) {
     return check;

@@ -72,6 +72,15 @@ TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
   EXPECT_EQ(-9, port_->Open(port_));
 }
 
+TEST_F(BufferPortTest, HasNoTimeLimitsAndNothingToControl) {
+  VexoPortTimeouts timeouts = {1, 2, 3, 4, 5, 6};
+  EXPECT_EQ(0, port_->SetTimeouts(port_, timeouts));
+  EXPECT_EQ(0, port_->GetTimeouts(port_, &timeouts));
+  EXPECT_EQ(0U, timeouts.readInterval + timeouts.readConstant + timeouts.writeConstant + timeouts.connect);
+  uint32_t returned = 0;
+  EXPECT_EQ(0, port_->Control(port_, 1, nullptr, nullptr, 0, nullptr, 0, &returned));
+}
+
 TEST_F(BufferPortTest, RoomIsTheDifferenceOfTheNumbers) {
   const std::tuple<uint32_t, uint32_t, int32_t> kRows[] = {{0, 5, 0},  {0, 4, -2}, {3, 8, 0}, {3, 7, -2},
                                                            {8, 3, -2}, {0, 0, -2}, {3, 16, 0}};

@@ -1,12 +1,12 @@
-#include "protocol/device_session.h"
+#include "session/device_session.h"
 
 #include <deque>
 #include <memory>
 
+#include "config/sdk_config.h"
 #include "core/driver_test.h"
-#include "protocol/error_text.h"
-#include "protocol/port_parameter.h"
-#include "protocol/sdk_config.h"
+#include "messages/error_text.h"
+#include "session/port_parameter.h"
 
 namespace vexo::test {
 namespace {

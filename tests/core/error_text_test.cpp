@@ -1,4 +1,4 @@
-#include "protocol/error_text.h"
+#include "messages/error_text.h"
 
 #include <iconv.h>
 

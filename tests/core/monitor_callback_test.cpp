@@ -61,7 +61,7 @@ TEST_F(MonitorCallbacks, GetJobEventsInsteadOfTheQueue) {
   EXPECT_EQ((Texts{"A 1 7 0", "A 2 7 4294967295"}), Events(Started("0007") + Ended("0007", 0xFFFFFFFF)));
   EXPECT_EQ("none", TakeReport());
   EXPECT_EQ(Texts{}, Events(Frame(0x102, "?0007") + ValueReply(1)));
-  EXPECT_EQ(2U, monitor_->queue().size());
+  EXPECT_EQ(2U, monitor_->CountWaiting());
   EXPECT_EQ(0, RemoveReprintMonitorFun(monitor_, id));
   EXPECT_EQ(Texts{}, Events(Started("0008")));
   EXPECT_EQ("task 8 status 1", TakeReport());

@@ -101,7 +101,7 @@ TEST_F(MonitorWork, QueryOfFamilyZeroAsksTheMonitor) {
 TEST_F(MonitorWork, ReportsComeInOrderWithTheValueInverted) {
   Hear(Frame(0x102, "?0003") + Started("0007") + ValueReply(1) + Ended("0007", 0) + Started("0999") + Ended("-001", 5));
   EXPECT_EQ("task 7 status 1", TakeReport());
-  EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind) << "taking an event drops pending answers";
+  EXPECT_EQ(RecordKind::kEmpty, monitor_->TakeReply().kind) << "taking an event drops pending answers";
   EXPECT_EQ("task 7 status 2 value 4294967295", TakeReport());
   uint16_t status = 0;
   EXPECT_EQ(999, GetStatusReport(monitor_, &status, nullptr));
@@ -116,11 +116,11 @@ TEST_F(MonitorWork, NewestRepliesAreKeptAndAllEvents) {
   for (uint32_t reply = 0; reply < 3000; ++reply) {
     Hear(ValueReply(reply) + (reply % 2 == 0 ? Started("0007") : ""));
   }
-  EXPECT_EQ(1500U + 1024U, monitor_->queue().size());
+  EXPECT_EQ(1500U + 1024U, monitor_->CountWaiting());
   for (uint32_t reply = 3000 - 1024; reply < 3000; ++reply) {
-    ASSERT_EQ(reply, monitor_->queue().TakeAnswer().value);
+    ASSERT_EQ(reply, monitor_->TakeReply().value);
   }
-  EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind);
+  EXPECT_EQ(RecordKind::kEmpty, monitor_->TakeReply().kind);
   for (int event = 0; event < 1500; ++event) {
     ASSERT_EQ("task 7 status 1", TakeReport());
   }
@@ -159,7 +159,7 @@ TEST_F(MonitorWork, FamilyZeroAsksForTheValueOfAJobsEnd) {
     EXPECT_EQ("task 12 status 2 value " + std::to_string(~value), TakeReport());
     EXPECT_EQ(sleeps, RecordedSleeps());
     monitor_->Poll(0);
-    EXPECT_EQ(RecordKind::kEmpty, monitor_->queue().TakeAnswer().kind) << "the answer was decoded as a report, too";
+    EXPECT_EQ(RecordKind::kEmpty, monitor_->TakeReply().kind) << "the answer was decoded as a report, too";
   }
   Hear("7$7");
   Hear("7#7");

@@ -1,13 +1,14 @@
 // The configuration: its text, the tables that are made of it, and what they tell about a printer.
-#include "protocol/sdk_config.h"
+#include "config/sdk_config.h"
 
 #include <array>
 #include <set>
 
+#include "config/config_lines.h"
+#include "config/config_tables.h"
+#include "config/stored_alphabet.h"
 #include "core/core_test.h"
-#include "protocol/printer_info.h"
-#include "protocol/sdk_config_tables.h"
-#include "protocol/sdk_config_text.h"
+#include "session/printer_info.h"
 #include "support/own_folder.h"
 #include "support/threads.h"
 

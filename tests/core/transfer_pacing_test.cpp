@@ -79,7 +79,7 @@ TEST_F(Pacing, PartsAreHeldAgainstTheChunksBudget) {
     pacing.StartTransfer();
     AdvanceClock(300);
     pacing.EndTransfer();
-    pacing.StartTransfer();
+    EXPECT_EQ(800U, pacing.StartTransfer()) << "what is left of the call";
     AdvanceClock(150);
     EXPECT_TRUE(pacing.EndPartialTransfer(100));
     pacing.StartTransfer();

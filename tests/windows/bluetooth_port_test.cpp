@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "port/bluetooth_port.h"
 #include "port/port_factory.h"
+#include "port/socket/bluetooth_port.h"
 #include "windows/driver_port_test.h"
 #include "windows/replaced_imports.h"
 
@@ -22,20 +22,16 @@ class LoopbackBluetoothPort : public BluetoothPort {
   bool binding_connects = false;
 
  protected:
-  SOCKET CreateSocket() override {
+  platform::Socket CreateSocket() override {
     ++sockets_made;
-    return WSASocketA(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0, WSA_FLAG_OVERLAPPED);
+    return platform::MakeTcpSocket();
   }
-  bool IsConnectedByBinding(SOCKET socket) override {
+  bool IsConnectedByBinding(platform::Socket socket, const platform::SocketAddress& address) override {
     ++binds;
-    return BluetoothPort::IsConnectedByBinding(socket) || binding_connects;
+    return BluetoothPort::IsConnectedByBinding(socket, address) || binding_connects;
   }
-  int StartConnect(SOCKET socket) override {
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(printer_port);
-    return connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof(address));
+  int StartConnect(platform::Socket socket, const platform::SocketAddress& /*address*/) override {
+    return platform::StartConnect(socket, platform::Ipv4Address("127.0.0.1", printer_port));
   }
 };
 

@@ -14,7 +14,7 @@
 
 #include "platform/windows/scoped_handle.h"
 #include "port/bounded_text.h"
-#include "port/usb_port.h"
+#include "port/windows/usb_port.h"
 #include "windows/driver_port_test.h"
 #include "windows/virtual_time.h"
 

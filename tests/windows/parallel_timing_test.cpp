@@ -1,7 +1,7 @@
 // How a parallel port paces its reads: byte by byte, with pauses while the printer says nothing.
 #include <cstdio>
 
-#include "port/parallel_port.h"
+#include "port/windows/parallel_port.h"
 #include "windows/file_port_fixture.h"
 
 namespace vexo::test {

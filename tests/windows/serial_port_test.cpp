@@ -8,7 +8,7 @@
 #include <string>
 
 #include "platform/windows/scoped_handle.h"
-#include "port/serial_port.h"
+#include "port/windows/serial_port.h"
 #include "support/threads.h"
 #include "windows/driver_port_test.h"
 

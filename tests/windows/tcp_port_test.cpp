@@ -14,8 +14,8 @@
 #include <memory>
 #include <string>
 
-#include "platform/windows/winsock.h"
-#include "port/tcp_port.h"
+#include "platform/sockets.h"
+#include "port/socket/tcp_port.h"
 #include "support/threads.h"
 #include "windows/driver_port_test.h"
 #include "windows/replaced_imports.h"
@@ -37,22 +37,24 @@ class ObservedTcpPort : public TcpPort {
   std::function<void(const std::string& step)> before;  // "socket 2", "options 2", "connect 2".
 
  protected:
-  SOCKET CreateSocket() override {
+  platform::Socket CreateSocket() override {
     if (network_down) {
       WSASetLastError(WSAENETDOWN);
-      return INVALID_SOCKET;
+      return platform::kNoSocket;
     }
     ++sockets_made;
     Announce("socket ");
-    return socket = TcpPort::CreateSocket();
+    const platform::Socket made = TcpPort::CreateSocket();
+    socket = static_cast<SOCKET>(made);
+    return made;
   }
-  int32_t SetOptions(SOCKET made) override {
+  int32_t SetOptions(platform::Socket made) override {
     Announce("options ");
     return TcpPort::SetOptions(made);
   }
-  int StartConnect(SOCKET made) override {
+  int StartConnect(platform::Socket made, const platform::SocketAddress& address) override {
     Announce("connect ");
-    return TcpPort::StartConnect(made);
+    return TcpPort::StartConnect(made, address);
   }
 
  private:
@@ -198,7 +200,7 @@ TEST_F(TcpPortTest, UsesOfWinsockAreBalanced) {
     std::array<std::future<void>, 4> hosts;
     std::generate(hosts.begin(), hosts.end(), [] {
       return std::async(std::launch::async, [] {
-        platform::WinsockUse use;
+        platform::SocketLibrary use;
         for (int i = 0; i < 1'000'000; ++i) {
           use.Start();
           use.Stop();

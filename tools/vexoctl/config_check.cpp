@@ -7,9 +7,9 @@
 #include <system_error>
 #include <utility>
 
-#include "protocol/sdk_config_data.h"
-#include "protocol/sdk_config_tables.h"
-#include "protocol/sdk_config_text.h"
+#include "config/built_in_models.h"
+#include "config/config_lines.h"
+#include "config/config_tables.h"
 
 namespace vexoctl {
 namespace {

@@ -6,9 +6,10 @@
 #include <string_view>
 #include <vector>
 
-#include "protocol/sdk_config_data.h"
-#include "protocol/sdk_config_tables.h"
-#include "protocol/sdk_config_text.h"
+#include "config/built_in_models.h"
+#include "config/config_lines.h"
+#include "config/config_tables.h"
+#include "config/stored_alphabet.h"
 #include "vexo/error.h"
 #include "vexoctl/commands.h"
 #include "vexoctl/config_check.h"

@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
+#include "messages/error_text.h"
 #include "platform/language.h"
-#include "protocol/error_text.h"
 #include "vexo/error.h"
 #include "vexoctl/console_text.h"
 

@@ -4,7 +4,7 @@
 
 #include <windows.h>
 
-#include "platform/windows/guarded_handle.h"
+#include "platform/guarded_handle.h"
 
 namespace vexo::platform {
 

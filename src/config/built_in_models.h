@@ -1,0 +1,16 @@
+// The printer models that the library knows without a configuration file.
+#ifndef VEXO_CONFIG_BUILT_IN_MODELS_H_
+#define VEXO_CONFIG_BUILT_IN_MODELS_H_
+
+#include <array>
+
+#include "config/config_tables.h"
+
+namespace vexo {
+
+// Known without any file, and found before the models of a file.
+extern const std::array<ModelRecord, 2> kBuiltInModels;
+
+}  // namespace vexo
+
+#endif  // VEXO_CONFIG_BUILT_IN_MODELS_H_

@@ -1,0 +1,107 @@
+#include "discovery/usb_hotplug.h"
+
+#include <windows.h>
+
+#include <atomic>
+#include <mutex>
+
+#include "discovery/usb_callbacks.h"
+#include "discovery/windows/usb_monitor_window.h"
+#include "platform/mutex.h"
+#include "platform/thread.h"
+#include "platform/windows/scoped_module.h"
+
+namespace vexo {
+namespace {
+
+// Callbacks call Start and Stop while another thread may be waiting in Stop for their end: the monitor's thread never
+// takes the lock.
+class HotplugMonitor {
+ public:
+  HotplugMonitor() = default;
+  HotplugMonitor(const HotplugMonitor&) = delete;
+  HotplugMonitor& operator=(const HotplugMonitor&) = delete;
+
+  // From a start to a stop the library stays loaded. So this runs when nothing is started, or at the end of the
+  // process, when the system has ended the thread already and nothing may be unloaded any more.
+  ~HotplugMonitor() { library_.Release(); }
+
+  // False: the system has no thread to give.
+  bool Start() {
+    if (thread_.IsCurrent()) {
+      return true;
+    }
+    const std::lock_guard<platform::Mutex> guard(lock_);
+    if (started_) {
+      return true;
+    }
+    library_ = platform::ScopedModule::At(this);
+    stop_requested_ = false;
+    started_ = thread_.Start([](void* monitor) { static_cast<HotplugMonitor*>(monitor)->Run(); }, this);
+    if (!started_) {
+      library_.Reset();
+    }
+    return started_;
+  }
+
+  void Stop() {
+    if (thread_.IsCurrent()) {
+      RequestStop();
+      platform::ThrowDeadlock();
+    }
+    const std::lock_guard<platform::Mutex> guard(lock_);
+    RequestStop();
+    thread_.Join();
+    UsbCallbacks().RemoveAll();
+    UnregisterUsbMonitorClass();
+    started_ = false;
+    library_.Reset();
+  }
+
+ private:
+  // The request is noted before the window is looked at, and the thread shows its window before it looks for a request:
+  // a stop that comes while the thread is starting is seen by one of the two.
+  void RequestStop() {
+    stop_requested_ = true;
+    if (const HWND window = window_) {
+      PostMessageA(window, kUsbMonitorStopMessage, 0, 0);
+    }
+  }
+
+  void Run() {
+    const UsbMonitorWindow window;
+    window_ = window.get();
+    if (window.valid()) {
+      DispatchMessages(window.get());
+    }
+    window_ = nullptr;
+  }
+
+  void DispatchMessages(HWND window) const {
+    MSG message = {};
+    while (!stop_requested_ && GetMessageA(&message, window, 0, 0) != -1) {
+      TranslateMessage(&message);
+      DispatchMessageA(&message);
+      if (message.message == WM_QUIT || message.message == kUsbMonitorStopMessage) {
+        return;
+      }
+    }
+  }
+
+  platform::Mutex lock_;  // Held over a whole start or stop.
+  bool started_ = false;
+  platform::Thread thread_;
+  platform::ScopedModule library_;  // This one, from a start to a stop: the thread runs its code.
+  std::atomic<bool> stop_requested_{false};
+  std::atomic<HWND> window_{nullptr};
+};
+
+HotplugMonitor g_monitor;
+
+}  // namespace
+
+bool StartUsbHotplugMonitor() { return g_monitor.Start(); }
+
+void StopUsbHotplugMonitor() { g_monitor.Stop(); }
+
+}  // namespace vexo

@@ -1,0 +1,27 @@
+// The commands of the job monitor, byte for byte, for both protocol families.
+#ifndef VEXO_MONITOR_MONITOR_COMMANDS_H_
+#define VEXO_MONITOR_MONITOR_COMMANDS_H_
+
+#include <cstdint>
+
+#include "monitor/report_decoder.h"
+#include "protocol/bytes.h"
+
+namespace vexo {
+
+inline constexpr int32_t kLowestTask = 1;
+inline constexpr int32_t kHighestTask = 9999;
+
+Bytes MonitoringCommand(ProtocolFamily family, bool on);
+
+// Tags the next job with a task number.
+Bytes TagCommand(ProtocolFamily family, int32_t task_id);
+
+Bytes ClearTasksCommand(ProtocolFamily family);
+
+// Sets the printer's own task numbers back; of the GS ( H family alone.
+Bytes ResetNumbersCommand(bool await_answer);
+
+}  // namespace vexo
+
+#endif  // VEXO_MONITOR_MONITOR_COMMANDS_H_

@@ -1,0 +1,33 @@
+// The Bluetooth port: a paired printer, over an RFCOMM socket.
+#ifndef VEXO_PORT_SOCKET_BLUETOOTH_PORT_H_
+#define VEXO_PORT_SOCKET_BLUETOOTH_PORT_H_
+
+#include <cstdint>
+
+#include "platform/global_text.h"
+#include "port/socket/socket_port.h"
+
+namespace vexo {
+
+class BluetoothPort : public SocketPort {
+ public:
+  BluetoothPort();
+
+  // Takes "address" (required, -301) from the URI: hexadecimal digits without a prefix, as far as they go. "pin" is
+  // kept for pairing and never sent. -9: out of memory.
+  int32_t Configure(const char* uri) override;
+
+ protected:
+  platform::SocketAddress Address() const override;
+  platform::Socket CreateSocket() override;
+  int32_t SetOptions(platform::Socket socket) override;
+  bool IsConnectedByBinding(platform::Socket socket, const platform::SocketAddress& address) override;
+
+ private:
+  uint64_t target_ = 0;
+  platform::GlobalText pin_;
+};
+
+}  // namespace vexo
+
+#endif  // VEXO_PORT_SOCKET_BLUETOOTH_PORT_H_

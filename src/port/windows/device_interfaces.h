@@ -1,0 +1,87 @@
+// The device interfaces of one class, as the system lists them.
+#ifndef VEXO_PORT_WINDOWS_DEVICE_INTERFACES_H_
+#define VEXO_PORT_WINDOWS_DEVICE_INTERFACES_H_
+
+#include <cstddef>
+#include <memory>
+
+#include "platform/windows/setup_api.h"
+
+namespace vexo {
+
+// Owns a list of devices. An all-zero class has no list.
+class DeviceInfoList {
+ public:
+  DeviceInfoList(const GUID& device_class, DWORD flags);
+  DeviceInfoList(const DeviceInfoList&) = delete;
+  DeviceInfoList& operator=(const DeviceInfoList&) = delete;
+  ~DeviceInfoList();
+
+  bool valid() const { return list_ != INVALID_HANDLE_VALUE; }
+
+  // Of a valid list.
+  const platform::SetupApi& api() const { return *api_; }
+  HDEVINFO get() const { return list_; }
+
+ private:
+  const platform::SetupApi* const api_;
+  const HDEVINFO list_;
+};
+
+// Steps through the interfaces of a class. The texts of an interface's device are read into buffers of the caller, cut
+// nowhere: one that does not fit reads as missing, and a missing text is empty.
+class DeviceInterfaces {
+ public:
+  DeviceInterfaces(const GUID& device_class, DWORD flags) : class_(device_class), list_(device_class, flags) {}
+
+  // False: the system does not list its devices, GetLastError says why.
+  bool valid() const { return list_.valid(); }
+
+  // False: there are no more.
+  bool Next();
+
+  // Reads the path of the interface; the other texts can be read then. A device that has been unplugged has none.
+  enum class Detail { kRead, kGone, kNoMemory };
+  Detail ReadDetail();
+  const char* path() const { return detail()->DevicePath; }
+
+  // `property`: SPDRP_... False: it is missing.
+  template <size_t size>
+  bool ReadRegistryText(DWORD property, char (&text)[size]) {
+    return ReadRegistryText(property, text, size);
+  }
+
+  // A Unicode text of at most 256 units, in a code page of the system. All code pages need less than 8 bytes a unit.
+  static constexpr DWORD kPropertyUnits = 256;
+  static constexpr size_t kPropertyTextSize = 8 * kPropertyUnits;
+  void ReadProperty(const DEVPROPKEY& key, UINT code_page, char (&text)[kPropertyTextSize]);
+
+  static constexpr ULONG kDeviceIdSize = 256;
+  void ReadChildId(char (&text)[kDeviceIdSize]);
+
+  // Of the device above; empty where there is none.
+  void ReadParentId(char (&text)[kDeviceIdSize]);
+  template <size_t size>
+  void ReadParentLocation(char (&text)[size]) {
+    ReadParentLocation(text, size);
+  }
+
+ private:
+  SP_DEVICE_INTERFACE_DETAIL_DATA_A* detail() const {
+    return reinterpret_cast<SP_DEVICE_INTERFACE_DETAIL_DATA_A*>(detail_.get());
+  }
+  bool ReadRegistryText(DWORD property, char* text, DWORD size);
+  void ReadParentLocation(char* text, ULONG size);
+
+  const GUID class_;
+  const DeviceInfoList list_;
+  DWORD next_ = 0;
+  SP_DEVICE_INTERFACE_DATA interface_ = {};
+  SP_DEVINFO_DATA device_ = {};
+  std::unique_ptr<char[]> detail_;  // Grows with the longest path.
+  DWORD detail_size_ = 0;
+};
+
+}  // namespace vexo
+
+#endif  // VEXO_PORT_WINDOWS_DEVICE_INTERFACES_H_
