@@ -1,12 +1,7 @@
 # Warnings are errors in our own code, whatever the compiler. Libraries from elsewhere do not link this target.
 add_library(vexo_options INTERFACE)
 
-if(MSVC)
-  # The sources are UTF-8; without /utf-8 the code page of the build machine would change the message texts.
-  target_compile_options(vexo_options INTERFACE /W4 /WX /utf-8)
-else()
-  target_compile_options(vexo_options INTERFACE -Wall -Wextra -Wshadow -Werror -ffunction-sections -fdata-sections)
-endif()
+target_compile_options(vexo_options INTERFACE -Wall -Wextra -Wshadow -Werror -ffunction-sections -fdata-sections)
 
 if(WIN32)
   target_compile_definitions(vexo_options INTERFACE _WIN32_WINNT=0x0A00 WIN32_LEAN_AND_MEAN NOMINMAX

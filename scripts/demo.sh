@@ -76,7 +76,7 @@ printer=NET,127.0.0.1,$printer_port
 echo "It listens on 127.0.0.1, port $printer_port."
 
 title "What is installed"
-expect 0 "vexoextend 1.0.2.2" version
+expect 0 "vexoextend $(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)" version
 
 title "How the library reads the descriptor of this printer"
 expect 0 "uri: vexo:/dev/bus/NET/DEVICE?ip=127.0.0.1+port=$printer_port" uri "$printer"

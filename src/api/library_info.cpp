@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr char kVersion[] = "1.0.2.2";
+constexpr char kVersion[] = VEXO_VERSION;
 
 }  // namespace
 

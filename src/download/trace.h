@@ -5,10 +5,7 @@
 namespace vexo {
 
 // printf to the standard output of the process, at once: a host that reads it through a pipe follows the download.
-#if defined(__GNUC__)
-__attribute__((format(printf, 1, 2)))
-#endif
-void downloadTrace(const char* format, ...);
+__attribute__((format(printf, 1, 2))) void downloadTrace(const char* format, ...);
 
 }  // namespace vexo
 

@@ -1,8 +1,9 @@
 # Versions, descriptors, and ports without a printer. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 echo "# versions"
-succeeds "version" $'vexoextend 1.0.2.2\nvexoctl 1.0.2.2' version
-succeeds "version as JSON" '{"vexoextend":"1.0.2.2","vexoctl":"1.0.2.2"}' --json version
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
+succeeds "version" "vexoextend $version"$'\n'"vexoctl $version" version
+succeeds "version as JSON" "{\"vexoextend\":\"$version\",\"vexoctl\":\"$version\"}" --json version
 output=/dev/full check "result that cannot be written" 1 "" "like vexoctl: cannot write the result: 112 ?*" version
 
 echo "# descriptors"

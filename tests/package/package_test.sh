@@ -38,6 +38,11 @@ host() {
   record "$name" "$ok" "$work/status" "$work/lines" "$errors"
 }
 
+echo "# version"
+version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
+step "the changelog begins with version $version" \
+  test "$(sed -n 's/^## //p' "$root/CHANGELOG.md" | head -n 1)" = "$version"
+
 echo "# package"
 step "install" cmake --install "$build" --prefix "$package"
 files_of() { (cd "$1" && find . -type f | sort); }
