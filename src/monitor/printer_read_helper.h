@@ -105,6 +105,7 @@ struct CVEXOPrinterReadHelper {
   uint32_t FetchJobEndValue();
 
   // The names of these fields are known beyond this library; hence their spelling.
+  // NOLINTBEGIN(readability-identifier-naming)
   std::atomic<int32_t> lastResult{0};  // Of the last send, read or binding.
   std::atomic<VexoPrinterHandle*> printer{nullptr};
   std::atomic<int64_t> readTimeout{1000};
@@ -120,6 +121,7 @@ struct CVEXOPrinterReadHelper {
   std::atomic<vexo::ProtocolFamily> sdkType{vexo::ProtocolFamily::kV1};
   vexo::platform::CallbackRegistry<MonitorCallback> callbacks{&callbackLock};
   vexo::platform::RecursiveMutex callbackLock;
+  // NOLINTEND(readability-identifier-naming)
 
   std::list<vexo::ReportRecord> postponed_;  // Job events that wait for the outermost delivery, in their order.
   int deliveries_ = 0;                       // Under way now, one inside the other.
