@@ -68,8 +68,17 @@ bool SetDontLinger(Socket socket);
 bool SetBroadcast(Socket socket);
 bool SetBlocking(Socket socket, bool blocking);
 
-// 0: connected. With a socket that does not block, connecting goes on after a failure; AwaitSocket tells its end.
+// 0: connected. With a socket that does not block, connecting goes on after a failure; AwaitConnection tells its end.
 int StartConnect(Socket socket, const SocketAddress& address);
+
+// How connecting came out. Some systems do not tell a refusal from an answer that is still awaited.
+enum class Connecting {
+  kConnected,      // Unless PendingError says otherwise.
+  kGoesOn,         // Not connected in time.
+  kRefused,        // By the printer or the network; before the time is over.
+  kSystemFailure,  // LastSocketError() tells why.
+};
+Connecting AwaitConnection(Socket socket, int64_t limit_ms);
 bool Bind(Socket socket, const SocketAddress& address);
 
 // Some Bluetooth stacks connect a socket that is bound to a printer's address.

@@ -12,6 +12,7 @@ namespace vexo {
 namespace {
 
 constexpr int kConnectAttempts = 2;
+constexpr uint32_t kLookForCloseMs = 20;
 constexpr uint32_t kDefaultPiece = 4096;  // For a kind of socket that leaves its buffers to the system.
 
 using platform::AwaitSocket;
@@ -228,21 +229,29 @@ int32_t SocketPort::ConnectOnce(Opening opening) {
   return result;
 }
 
-// Only "writable" is waited for: a printer that refuses the connection, perhaps because it serves another host just
-// now, gets the whole time and is reported as not answering. So does one that no network leads to at this moment,
-// though its socket is not even connecting then: the second attempt may find the cable plugged in again.
+// A printer that refuses the connection, perhaps because it serves another host just now, gets the whole time and is
+// reported as not answering. So does one that no network leads to at this moment, though its socket is not even
+// connecting then: the second attempt may find the cable plugged in again.
 int32_t SocketPort::AwaitConnection(Opening opening) {
   if (StartConnect(Use(*this, opening).get(), address_) == 0) {
     return VEXO_OK;
   }
-  switch (AwaitWritable(socket_.get(), timeouts().connect)) {
-    case kSocketFailure:
-      return LastSocketError();
-    case 0:
-      return VEXO_ERROR_IO_OPEN_FAILED;
-    default:
+  const uint32_t limit_ms = timeouts().connect;
+  const uint32_t started = platform::TickCount();
+  switch (platform::AwaitConnection(socket_.get(), limit_ms)) {
+    case platform::Connecting::kConnected:
       return platform::PendingError(Use(*this, opening).get());
+    case platform::Connecting::kSystemFailure:
+      return LastSocketError();
+    case platform::Connecting::kRefused:
+      while (!IsOver(opening) && platform::TickCount() - started < limit_ms) {
+        platform::RestMs(kLookForCloseMs);
+      }
+      break;
+    case platform::Connecting::kGoesOn:
+      break;
   }
+  return VEXO_ERROR_IO_OPEN_FAILED;
 }
 
 // Connecting the old socket again would report success and lose the job, so the first attempt needs a fresh one, too.
