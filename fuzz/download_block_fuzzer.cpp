@@ -85,10 +85,10 @@ void CheckPackages(Input input) {
     AppendNumber(&answer, 0, 2);
     AppendNumber(&answer, SlowSum(answer, 8), 2);
     const bool confirmable = answer[10] != 0 || answer[11] != 0;
-    const bool confirmed = vexo::JudgeAnswer(package, answer.data()) == vexo::PackageAnswer::kConfirmed;
+    const bool confirmed = vexo::CheckAnswer(package, answer.data()) == vexo::PackageAnswer::kConfirmed;
     Require(confirmed == confirmable);
     answer[part.front() % answer.size()] ^= static_cast<uint8_t>(part.back() | 1);
-    Require(vexo::JudgeAnswer(package, answer.data()) != vexo::PackageAnswer::kConfirmed);
+    Require(vexo::CheckAnswer(package, answer.data()) != vexo::PackageAnswer::kConfirmed);
   }
 }
 

@@ -73,7 +73,7 @@ void RequireQualification(const vexo::UsbDevice& device) {
     expected = vexo::UsbQualification::kGated;
   }
   vexo::UsbQualifier qualifier([](std::string_view /*hardware_id*/) { return false; });
-  Require(qualifier.Judge(device) == expected);
+  Require(qualifier.Qualify(device) == expected);
 }
 
 void RequireSelection(const Lines& lines, const vexo::UsbDevice& device) {

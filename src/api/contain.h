@@ -1,5 +1,8 @@
-// Where C++ exceptions end: a host in C, or in another language, cannot take them. Every export that may meet one runs
-// in one of these two; the few that let one out, for hosts that have always caught it, say so in extend.h.
+// Stops C++ exceptions at the C interface: hosts written in C or in another language cannot catch them. Every export
+// that may meet an exception runs inside one of these two functions.
+//
+// Compatibility: SetPrintWidth and GetPrintWidth let std::bad_alloc through, DestroyReprintMonitorObj and
+// StopUSBMonitorThread let std::system_error through, because hosts in the field catch them. extend.h documents each.
 #ifndef VEXO_API_CONTAIN_H_
 #define VEXO_API_CONTAIN_H_
 
@@ -10,7 +13,8 @@
 
 namespace vexo {
 
-// Lack of memory becomes VEXO_ERROR_OUT_OF_MEMORY. What a callback of the host throws is the host's, and passes.
+// Turns std::bad_alloc into VEXO_ERROR_OUT_OF_MEMORY. Anything else is an exception of a host's callback and passes
+// through.
 template <typename Function>
 auto ContainOutOfMemory(Function function) -> decltype(function()) {
   try {
@@ -20,7 +24,7 @@ auto ContainOutOfMemory(Function function) -> decltype(function()) {
   }
 }
 
-// Everything else, which only a host's own port object may throw, becomes VEXO_ERROR_IO.
+// As above, and turns every other exception into VEXO_ERROR_IO: only a port object supplied by the host throws one.
 template <typename Function>
 int32_t ContainAll(Function function) {
   try {

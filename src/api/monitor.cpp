@@ -10,7 +10,7 @@
 
 namespace {
 
-// The last-error rule: failures are stored for GetLastErrorCode, success leaves the stored value alone.
+// The last-error rule: a failure is stored for GetLastErrorCode, a success leaves the stored value alone.
 int32_t StoreFailure(int32_t result) {
   if (result != VEXO_OK) {
     vexo::StoreLastErrorCode(result);
@@ -20,7 +20,7 @@ int32_t StoreFailure(int32_t result) {
 
 int32_t BadArgument() { return StoreFailure(VEXO_ERROR_MONITOR_PARAMETER); }
 
-// Runs a member function of the monitor under the last-error rule.
+// Calls a member function of the monitor under the last-error rule.
 template <typename Function, typename... Arguments>
 int32_t Run(CVEXOPrinterReadHelper* monitor, Function function, Arguments... arguments) {
   if (monitor == nullptr) {
@@ -45,7 +45,7 @@ CVEXOPrinterReadHelper* GetReprintMonitorObj(void) {
     if (monitor->StartReader()) {
       return monitor.release();
     }
-  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): as useless as no thread.
+  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): handled like a failed thread start.
   }
   StoreFailure(VEXO_ERROR_MONITOR_OUT_OF_MEMORY);
   return nullptr;
@@ -102,7 +102,8 @@ int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* buffer, i
   return Run(monitor, &CVEXOPrinterReadHelper::QueryWork, buffer, bufferLength);
 }
 
-// An event that is unknown to the family is reported like no event, but not stored.
+// Compatibility: an event that the selected family does not know returns VEXO_MONITOR_NO_EVENT without storing it; only
+// an empty queue stores that code.
 int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* status, uint32_t* value) {
   if (monitor == nullptr || status == nullptr) {
     return BadArgument();
@@ -123,7 +124,8 @@ int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* status, uint3
   return report.task_id;
 }
 
-// Neither a closed work nor the outcome of the sending is stored.
+// Compatibility: neither VEXO_ERROR_MONITOR_NOT_OPEN nor a failed send is stored; hosts learn of both from the return
+// value alone.
 int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId) {
   if (monitor == nullptr || taskId < vexo::kLowestTask || taskId > vexo::kHighestTask) {
     return BadArgument();
@@ -134,6 +136,7 @@ int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId) {
   return vexo::ContainAll([=] { return monitor->TagNextJob(taskId); });
 }
 
+// Compatibility: VEXO_ERROR_MONITOR_NOT_OPEN is not stored, here and in ResetPrinterInteriorId.
 int32_t SetClearPrintTask(CVEXOPrinterReadHelper* monitor) {
   if (monitor != nullptr && !monitor->work_open()) {
     return VEXO_ERROR_MONITOR_NOT_OPEN;
@@ -161,7 +164,8 @@ int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode) {
   return Run(monitor, &CVEXOPrinterReadHelper::ResetTaskNumbers, mode == kAwaitAnswer);
 }
 
-// Works on the printer handle alone and stores nothing.
+// Compatibility: works on the printer handle alone, stores nothing, and reports a null handle as VEXO_ERROR_HANDLE
+// where the other functions return VEXO_ERROR_MONITOR_PARAMETER.
 int32_t GetPrinterTaskOverInfo(VexoPrinterHandle* handle, int32_t timeMs, char* text, uint32_t textLength,
                                uint32_t* length) {
   if (handle == nullptr) {

@@ -29,4 +29,5 @@ int32_t ScanLabel(int64_t timeLimitMs, char* buffer, int32_t size, const char* t
   return Scan(vexo::ScannedPrinters::kLabel, timeLimitMs, buffer, size, target);
 }
 
+// Compatibility: hosts import this function, but there is no SNMP scan.
 int32_t ScanSnmp(void) { return VEXO_ERROR_NOT_SUPPORTED_PRINTER; }

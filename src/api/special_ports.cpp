@@ -6,7 +6,7 @@
 
 namespace {
 
-// Device classes in the order in which the system's interfaces are searched.
+// Indexes into the table of device classes (port/windows/usb_enumeration.cpp).
 constexpr uint32_t kDiskClass = 0;
 constexpr uint32_t kFirstScannerGunClass = 1;
 constexpr uint32_t kScannerGunClasses = 5;
@@ -43,7 +43,7 @@ int32_t ScannerGunPortOpen(VexoPrinterHandle* handle, const char* descriptor) {
                                   vexo::OpenDeviceOfClass(port, kFirstScannerGunClass, kScannerGunClasses));
     case VEXO_PORT_SERIAL:
       return vexo::MarkHandleOpen(handle, port, port->Open(port));
-    default:  // Its user opens it: a printer's own connection is not to be taken here.
+    default:  // Compatibility: other kinds are marked open but not opened; hosts open the port object themselves.
       return vexo::MarkHandleOpen(handle, port, VEXO_OK);
   }
 }

@@ -18,7 +18,7 @@ int64_t AddUSBMonitor(USBMonitorCallback callback, void* context) {
 }
 
 int32_t RemoveUSBMonitor(USBMonitorCallback callback) {
-  constexpr int32_t kRemoved = 1;  // Whether it was there or not.
+  constexpr int32_t kRemoved = 1;  // Compatibility: returned whether or not the callback was registered.
   vexo::UsbCallbacks().Remove(vexo::UsbCallbackRegistry::KeyOf(callback));
   return kRemoved;
 }

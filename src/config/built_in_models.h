@@ -1,4 +1,4 @@
-// The printer models that the library knows without a configuration file.
+// The printer models that need no configuration file.
 #ifndef VEXO_CONFIG_BUILT_IN_MODELS_H_
 #define VEXO_CONFIG_BUILT_IN_MODELS_H_
 
@@ -8,7 +8,7 @@
 
 namespace vexo {
 
-// Known without any file, and found before the models of a file.
+// Searched before the models of a file.
 extern const std::array<ModelRecord, 2> kBuiltInModels;
 
 }  // namespace vexo

@@ -20,7 +20,7 @@ ConfigSection SectionAfter(ConfigSection section) {
 
 }  // namespace
 
-// CR LF is one end of a line; so is each of the two alone.
+// CR LF, CR and LF each end a line.
 std::string_view ConfigLines::TakeLine() {
   ++row_;
   const size_t length = rest_.find_first_of("\r\n");

@@ -1,4 +1,4 @@
-// How the text of a configuration file falls into lines and sections.
+// Splits the text of a configuration file into lines and sections.
 #ifndef VEXO_CONFIG_CONFIG_LINES_H_
 #define VEXO_CONFIG_CONFIG_LINES_H_
 
@@ -7,28 +7,29 @@
 
 namespace vexo {
 
+// Compatibility: lines beyond this number are ignored. Files in the field are written for the limits of the tables.
 inline constexpr size_t kMaxConfigLines = 770;
 
 enum class ConfigSection {
   kNone,      // Before the first section line.
-  kSettings,  // The first section, whatever its name.
-  kModels,    // The second one.
+  kSettings,  // Compatibility: the first section, whatever its name; sections count by position.
+  kModels,    // The second section.
   kUnused,    // All others.
 };
 
 struct ConfigLine {
   std::string_view text;  // Never empty. Ends before the first zero byte.
-  size_t row = 0;         // Counted from 1, as editors do.
+  size_t row = 0;         // 1-based.
   ConfigSection section = ConfigSection::kNone;
   bool opens_section = false;
 };
 
-// The lines of a text in their order, without the empty ones. Borrows the text.
+// Iterates over the non-empty lines of a text. Borrows the text.
 class ConfigLines {
  public:
   explicit ConfigLines(std::string_view text) : rest_(text) {}
 
-  // False at the end.
+  // Returns false at the end.
   bool Next(ConfigLine* line);
 
  private:

@@ -20,7 +20,7 @@ std::string_view FirstWord(std::string_view text) {
   return words.substr(0, words.find_first_of(kBlanks));
 }
 
-// What follows the number is ignored, as are blanks and a plus sign before it.
+// Parses a number. Leading blanks, a plus sign and anything after the number are ignored.
 template <typename Number>
 Number ParseNumber(std::string_view field) {
   field = SkipBlanks(field);
@@ -31,7 +31,7 @@ Number ParseNumber(std::string_view field) {
   return number;
 }
 
-// Cuts the next field of a record off its front; all the fields beyond the last are empty.
+// Removes the next field from the front of a record. Past the last field, returns an empty one.
 std::string_view TakeField(std::string_view* record) {
   const std::string_view field = record->substr(0, record->find(','));
   record->remove_prefix(std::min(field.size() + 1, record->size()));

@@ -1,4 +1,4 @@
-// The tables of a configuration file: settings and printer models. Pure: text in, tables out.
+// The tables of a configuration file: settings and printer models. No I/O: text in, tables out.
 #ifndef VEXO_CONFIG_CONFIG_TABLES_H_
 #define VEXO_CONFIG_CONFIG_TABLES_H_
 
@@ -12,12 +12,13 @@ namespace vexo {
 
 inline constexpr size_t kConfigTextSize = 64;
 inline constexpr size_t kMaxSettings = 128;
-inline constexpr size_t kMaxModels = 512;  // The built-in ones included.
+inline constexpr size_t kMaxModels = 512;  // Includes the built-in models.
 
-// Padded with zeros; a text of full size has none at its end.
+// Zero-padded; a text of full size has no terminating zero.
 using ConfigText = std::array<char, kConfigTextSize>;
 
-// A text that does not fit leaves its field empty: half a name would be another name.
+// Compatibility: a text that does not fit leaves its field empty instead of being truncated, so that a name never
+// matches another one's beginning.
 constexpr ConfigText MakeConfigText(std::string_view text) {
   ConfigText field = {};
   for (size_t i = 0; text.size() <= field.size() && i < text.size(); ++i) {
@@ -44,10 +45,11 @@ struct ModelRecord {
   float factor;
 };
 
+// Compatibility: the maker's tools read and write records of this size.
 static_assert(sizeof(ModelRecord) == 280, "the maker's tools count on records of this size");
 
 struct SdkConfig {
-  // The first record that matches, or null.
+  // The first matching record, or null.
   const ModelRecord* FindModel(int32_t number) const;
   const ModelRecord* FindModelByName(std::string_view name) const;
 
@@ -55,8 +57,8 @@ struct SdkConfig {
   std::vector<ModelRecord> models;
 };
 
-// Appends what a decoded file holds, as far as the tables have room. Nothing is refused: a number or a text that does
-// not fit its field, or is missing, leaves it 0 or empty. Throws std::bad_alloc.
+// Appends the contents of a decoded file until the tables are full. Rejects nothing: a number or text that is missing
+// or does not fit its field becomes 0 or empty. Throws std::bad_alloc.
 void AppendConfigText(std::string_view text, SdkConfig* config);
 
 }  // namespace vexo

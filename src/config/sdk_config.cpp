@@ -19,11 +19,11 @@ namespace {
 constexpr char kFileName[] = "sdkconfig";
 constexpr size_t kPieceSize = 4096;
 
-platform::Mutex g_mutex;  // Guards the two below, and keeps a second thread from reading the file meanwhile.
+platform::Mutex g_mutex;  // Guards g_tables and g_uses; held while the file is read, so it is read once.
 SdkConfigReference g_tables;
 uint32_t g_uses = 0;
 
-// Empty when there is no such file or it cannot be read to its end.
+// Returns an empty string when the file does not exist or cannot be read completely.
 std::string ReadConfigFile() {
   const platform::OwnedFile file = platform::OpenOwnFile(kFileName);
   if (file == nullptr) {
@@ -73,7 +73,7 @@ int32_t LoadSdkConfig(SdkConfigReference* loaded) {
 }
 
 void ReleaseSdkConfig() {
-  SdkConfigReference released;  // Destroyed after the lock is given back.
+  SdkConfigReference released;  // Destroyed after the lock is released.
   const std::lock_guard<platform::Mutex> guard(g_mutex);
   if (g_uses > 0 && --g_uses == 0) {
     released = std::move(g_tables);

@@ -1,4 +1,4 @@
-// The configuration of this process: the built-in models and what the file "sdkconfig" beside the library adds.
+// The configuration of this process: the built-in models plus the file "sdkconfig" in the library's folder.
 #ifndef VEXO_CONFIG_SDK_CONFIG_H_
 #define VEXO_CONFIG_SDK_CONFIG_H_
 
@@ -11,24 +11,26 @@
 
 namespace vexo {
 
-// The tables stay as they are for whoever holds them, also when others release them or load them again.
+// The tables are immutable and stay valid for every holder, even after they are released or reloaded.
 using SdkConfigReference = std::shared_ptr<const SdkConfig>;
 
-// Reads the file, unless the tables are loaded already: only the call that reads counts as a use of them. Without a
-// file that can be read there are the built-in models alone. 0; -9: nothing is loaded.
+// Loads the tables unless they are loaded. Without a readable file they hold the built-in models only. Returns
+// VEXO_ERROR_OUT_OF_MEMORY, with nothing loaded, when memory runs out.
+//
+// Compatibility: only the call that actually loads counts as a use, so a session can release the tables that another
+// one still expects to find.
 int32_t LoadSdkConfig();
 
-// The same, and gives the tables that are loaded at that moment: another thread may release them at the next.
+// As above, and returns the tables loaded at that moment: another thread may release them right after.
 int32_t LoadSdkConfig(SdkConfigReference* loaded);
 
-// Drops one use. With the last one the tables are released, even if others count on them, and the next load reads the
-// file again.
+// Releases one use. The last one drops the tables, and the next load reads the file again.
 void ReleaseSdkConfig();
 
-// The loaded tables, or null.
+// Returns the loaded tables, or null.
 SdkConfigReference LoadedSdkConfig();
 
-// The first loaded record with this number, or with exactly this name.
+// Returns the first loaded record with this number, or with exactly this name.
 std::optional<ModelRecord> FindModel(int32_t number);
 std::optional<ModelRecord> FindModelByName(std::string_view name);
 

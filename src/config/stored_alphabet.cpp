@@ -10,7 +10,7 @@ namespace {
 
 using ByteTable = std::array<uint8_t, 256>;
 
-// The plain byte of each stored byte.
+// Maps each stored byte to its plain byte.
 constexpr ByteTable kPlainBytes = {
     // clang-format off
     0x3B, 0x58, 0xD2, 0xBD, 0x47, 0xAE, 0xCA, 0xE5, 0x6D, 0xB4, 0xA1, 0x15, 0x14, 0xAA, 0xF8, 0xC7,

@@ -1,4 +1,6 @@
-// The alphabet that configuration files are stored in: each plain byte stands as another one.
+// The byte substitution that configuration files are stored in.
+//
+// Compatibility: it only obscures the text, but every file in the field is stored this way.
 #ifndef VEXO_CONFIG_STORED_ALPHABET_H_
 #define VEXO_CONFIG_STORED_ALPHABET_H_
 

@@ -25,7 +25,8 @@ constexpr uint32_t kSocketTimeoutMs = 10;
 constexpr size_t kLongestAnswer = 2048;
 constexpr size_t kLabelQuestionSize = 64;
 
-// The milliseconds that are left of a limit. Taken from its beginning: however short the turns are, none is for free.
+// The time left of a limit, in milliseconds. Measured from the start instead of summed up per turn, so that turns
+// shorter than a clock step count, too.
 class Countdown {
  public:
   explicit Countdown(int64_t limit_ms) : limit_ms_(limit_ms) {}
@@ -41,7 +42,7 @@ class Countdown {
   const int64_t started_ = platform::PerformanceCounter();
 };
 
-// A socket that lacks one of them still finds printers, if fewer.
+// Failures are ignored: a socket without one of these options still finds printers, if fewer.
 void SetOptions(platform::Socket socket) {
   platform::SetBroadcast(socket);
   platform::SetSendBuffer(socket, kSocketBuffer);
@@ -50,8 +51,8 @@ void SetOptions(platform::Socket socket) {
   platform::SetSendTimeout(socket, kSocketTimeoutMs);
 }
 
-// Some printers answer to the port they listen on, whatever port the question comes from. Most answer to its sender, so
-// a scan goes on when somebody else has that port.
+// Some printers answer to the port they listen on, whatever port the request came from. Most answer to its sender, so
+// the scan continues on another port when that one is taken.
 void SetUp(platform::ScopedSocket* socket, uint16_t port) {
   socket->Reset(platform::MakeDatagramSocket());
   if (!platform::Bind(socket->get(), platform::AnyIpv4Address(port))) {
@@ -77,22 +78,24 @@ bool AwaitAnswer(platform::Socket socket, int64_t limit_ms) {
   return platform::AwaitSocket(socket, &readable, std::min(limit_ms, kLongestMs)) > 0;
 }
 
-constexpr int kNoneYet = -2;
+constexpr int kNoAnswerYet = -2;
 
-// The length of the next answer of at most kLongestAnswer bytes, kNoneYet, or kSocketFailure.
+// Returns the length of the next answer, at most kLongestAnswer bytes, kNoAnswerYet, or kSocketFailure.
 int ReceiveNow(platform::Socket socket, char* buffer) {
   const int received = platform::Receive(socket, reinterpret_cast<uint8_t*>(buffer), kLongestAnswer);
-  const bool none_yet =
+  const bool no_answer_yet =
       received == platform::kSocketFailure && platform::LastSocketError() == platform::kSocketWouldBlock;
-  return none_yet ? kNoneYet : received;
+  return no_answer_yet ? kNoAnswerYet : received;
 }
 
-// Calls `take` with each answer. The buffer is not cleared in between: printers that leave the zero off the end of
-// their answers have always been read so, and hosts know their records that way.
+// Calls `take` with each answer.
 //
-// The socket's buffer is small, and every printer of a network answers at once. So answers are taken one after the
-// other for as long as there are any; only then is the next one waited for. One that ended the waiting is taken even if
-// this thread gets to run only after the limit: it came in time.
+// Compatibility: the buffer is not cleared between answers. A printer that omits the terminating zero gets the tail of
+// a longer answer appended to its record, and hosts know its records in that form.
+//
+// The socket's buffer is small and all printers of a network answer at once, so answers are taken as long as there are
+// any before waiting for the next. An answer that ended the wait is taken even if this thread runs only after the
+// limit: it arrived in time.
 template <typename Take>
 void Receive(platform::Socket socket, int64_t time_limit_ms, Take take) {
   platform::SetBlocking(socket, false);
@@ -100,7 +103,7 @@ void Receive(platform::Socket socket, int64_t time_limit_ms, Take take) {
   const Countdown countdown(time_limit_ms);
   for (int64_t left = countdown.LeftMs(); left >= 1; left = countdown.LeftMs()) {
     int received = ReceiveNow(socket, buffer);
-    if (received == kNoneYet) {
+    if (received == kNoAnswerYet) {
       if (!AwaitAnswer(socket, left)) {
         return;
       }
@@ -108,7 +111,7 @@ void Receive(platform::Socket socket, int64_t time_limit_ms, Take take) {
     }
     if (received > 0) {
       take(std::string_view(buffer));
-    } else if (received != kNoneYet) {
+    } else if (received != kNoAnswerYet) {
       return;
     }
   }
@@ -124,7 +127,7 @@ std::string LabelQuestion() {
   return question;
 }
 
-// Answers are judged as they come: of a network that talks a lot only the printers take memory.
+// Filters answers as they arrive, so that on a busy network only printers use memory.
 void CollectAnswers(ScannedPrinters printers, int64_t time_limit_ms, const char* target, ScanList* list) {
   const bool label = printers == ScannedPrinters::kLabel;
   const uint16_t port = label ? kLabelPort : kReceiptPort;
@@ -132,6 +135,7 @@ void CollectAnswers(ScannedPrinters printers, int64_t time_limit_ms, const char*
   SetUp(&socket, port);
   Send(socket.get(), label ? LabelQuestion() : ReceiptQuestion(), target, port);
   Receive(socket.get(), time_limit_ms, [=](std::string_view answer) {
+    // Compatibility: any label answer that contains the key is taken for the request, which a broadcast returns to us.
     const bool own_question = label && answer.find(kScanKey) != std::string_view::npos;
     if (!own_question) {
       list->Add(answer);
@@ -144,7 +148,7 @@ void CollectAnswers(ScannedPrinters printers, int64_t time_limit_ms, const char*
 
 int32_t ScanNetwork(ScannedPrinters printers, int64_t time_limit_ms, const char* target, std::string* text) {
   platform::SocketLibrary sockets;
-  sockets.Start();  // Without it no socket works, and nobody is found.
+  sockets.Start();  // If this fails, no socket works and the scan finds no printer.
   ScanList list;
   CollectAnswers(printers, time_limit_ms, target, &list);
   if (list.empty()) {

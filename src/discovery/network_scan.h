@@ -1,4 +1,4 @@
-// Finds printers on the network: one question to everybody, the answers of a while.
+// Finds printers on the network: broadcasts one request and collects the answers for a while.
 #ifndef VEXO_DISCOVERY_NETWORK_SCAN_H_
 #define VEXO_DISCOVERY_NETWORK_SCAN_H_
 
@@ -12,7 +12,7 @@ enum class ScannedPrinters {
   kLabel,
 };
 
-// `text` is written with 0. -103: no printer says that it is ready. std::bad_alloc is the caller's to catch.
+// Returns VEXO_OK with the list in *text, or VEXO_ERROR_NO_PRINTER when no printer is ready. Throws std::bad_alloc.
 int32_t ScanNetwork(ScannedPrinters printers, int64_t time_limit_ms, const char* target, std::string* text);
 
 }  // namespace vexo

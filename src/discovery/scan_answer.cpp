@@ -16,12 +16,12 @@ constexpr size_t kAddressField = 0;
 constexpr int kTcpPort = 9100;
 constexpr size_t kDescriptorSize = 64;
 
-// Where a reply has its addresses, and which fields they become.
+// Where a reply has its addresses, and the fields that they replace.
 constexpr size_t kFirstRepliedField = 10;
 constexpr size_t kFirstRepliedByte = 8;
 constexpr size_t kBytesPerAddress = 4;
 
-// What the second line says.
+// Whether the second line is exactly "ready".
 bool IsReady(std::string_view answer) {
   const size_t end = answer.find(kLineEnd);
   if (end == std::string_view::npos) {
@@ -31,8 +31,8 @@ bool IsReady(std::string_view answer) {
   return answer.substr(0, answer.find(kLineEnd)) == kReady;
 }
 
-// A number of at most 255, without further zeros in front: the system reads those as octal. Nothing else may follow but
-// what `text` then begins with.
+// Removes a number of at most 255 from the front of *text. Rejects leading zeros, which the system would parse as
+// octal.
 std::optional<uint32_t> TakeNumber(std::string_view* text) {
   const size_t length = std::min(text->find_first_not_of("0123456789"), text->size());
   const std::string_view digits = text->substr(0, length);

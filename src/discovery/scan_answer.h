@@ -1,4 +1,4 @@
-// What printers answer to a scan, and the list that hosts get of it.
+// The answers of printers to a scan, and the list returned to hosts.
 #ifndef VEXO_DISCOVERY_SCAN_ANSWER_H_
 #define VEXO_DISCOVERY_SCAN_ANSWER_H_
 
@@ -17,15 +17,15 @@ namespace vexo {
 constexpr size_t kScanFieldCount = 16;
 constexpr size_t kMaxScanRecordLength = 255;
 
-// The key that a scan asks for. An answer never names it, the question does.
+// The key that a scan asks for. The request contains it, an answer does not.
 inline constexpr std::string_view kScanKey = "printer_message";
 
 using ScanFields = std::array<std::string_view, kScanFieldCount>;
 
-// The lines of an answer, which CR LF separates; those that are missing are empty.
+// Splits an answer into its lines, separated by CR LF. Missing lines are empty.
 ScanFields SplitScanAnswer(std::string_view answer);
 
-// A printer that says "ready". Its fields point into its own copy of the answer, so it stays where it is.
+// A printer whose answer says "ready". Not copyable: its fields point into its own copy of the answer.
 class ScanRecord {
  public:
   explicit ScanRecord(std::string_view answer) : answer_(answer), fields_(SplitScanAnswer(answer_)) {}
@@ -35,18 +35,20 @@ class ScanRecord {
 
   const ScanFields& fields() const { return fields_; }
 
-  // The address that the printer gives itself, first number in the high byte. None unless it is four decimal numbers
-  // with dots: the text came from the network, and nothing else may be connected to.
+  // The printer's address as stated in its answer, first number in the most significant byte. Not set unless it
+  // consists of four decimal numbers and dots: the text came from the network, and nothing else may be connected to.
   std::optional<uint32_t> Address() const;
 
-  // Names the port on which the printer tells more.
+  // The descriptor of the port for the follow-up query.
   std::string DescriptorOfPrinter() const;
 
-  // Two IPv4 addresses, each stored from its last byte to its first, replace fields; a reply that ends too early for
-  // one leaves that field.
+  // Replaces two fields by IPv4 addresses, each stored last byte first. A reply that is too short for an address leaves
+  // its field unchanged.
   void TakeReply(const Bytes& reply);
 
-  // Without the "|" that ends each record of a list; cut off after kMaxScanRecordLength characters.
+  // Appends the record without the "|" that ends it.
+  //
+  // Compatibility: cuts it off after kMaxScanRecordLength characters; hosts use buffers of 256 bytes a record.
   void AppendTo(std::string* text) const;
 
  private:
@@ -58,24 +60,26 @@ class ScanRecord {
   ScanFields fields_;
 };
 
-// Ready printers, in the order of their answers.
+// The ready printers, in the order of their answers. A printer that answers twice has two records.
 class ScanList {
  public:
-  // Takes the answer when its second line is exactly "ready".
+  // Adds the answer if its second line is exactly "ready".
   void Add(std::string_view answer);
 
   bool empty() const { return records_.empty(); }
   std::deque<ScanRecord>& records() { return records_; }
 
-  // The records, with a "|" behind each.
+  // Returns the records, each followed by "|".
   std::string Text() const;
 
  private:
   std::deque<ScanRecord> records_;
 };
 
-// A text of exactly `size` bytes has its terminating zero behind them: hosts count on that bound. 0, or -2 with the
-// buffer as it was.
+// Returns VEXO_OK, or VEXO_ERROR_BUFFER_TOO_SMALL with the buffer unchanged.
+//
+// Compatibility: a text of exactly `size` bytes is copied, and its terminating zero lands at buffer[size]. Hosts pass
+// one less than the size of their buffer.
 int32_t CopyScanText(const std::string& text, char* buffer, int32_t size);
 
 }  // namespace vexo

@@ -16,20 +16,21 @@
 namespace vexo {
 namespace {
 
-// Every printer understands the question, whatever its model: any name that is always configured will do.
+// Compatibility: the fixed model name is part of the protocol of a scan. Every printer answers the query whatever its
+// model, so any name that is always configured will do.
 constexpr char kModel[] = "KM451";
 
 constexpr int64_t kPauseWhileConnecting = 200;
 constexpr int64_t kPauseWhileReceiving = 20;
 
-// A session may try to connect twice when it is opened, and twice two times more while it sends.
+// The port connects up to two times on opening, and up to four times while it sends.
 constexpr uint32_t kConnectsWhileOpening = 2;
 constexpr uint32_t kConnectsWhileSending = 4;
 constexpr uint32_t kTimeToReceiveMs = 200;
 
 const Bytes kAddressQuestion = {0x12, 0x43, 0x45, 0x52};  // DC2 "CER"
 
-// The questions of one scan. Several threads work on them.
+// The queries of one scan, processed by several threads.
 class FollowUps {
  public:
   explicit FollowUps(ScanList* list) {
@@ -50,7 +51,7 @@ class FollowUps {
   void Ask() {
     std::array<platform::Thread, kMostFollowUps - 1> others;
     for (size_t i = 0; i < others.size() && i + 1 < questions_.size(); ++i) {
-      // Without another thread this one asks more of them.
+      // If no thread can be started, this one processes more of them.
       static_cast<void>(others[i].Start([](void* all) { static_cast<FollowUps*>(all)->AskInTurn(); }, this));
     }
     AskInTurn();
@@ -74,7 +75,7 @@ class FollowUps {
     Bytes reply;
   };
 
-  // 0: the time is up.
+  // Returns 0 when the time is up.
   uint32_t LeftMs() const { return kFollowUpLimitMs - std::min(platform::TickCount() - started_, kFollowUpLimitMs); }
 
   void AskInTurn() {
@@ -102,7 +103,7 @@ class FollowUps {
     question->reply = session.received();
   }
 
-  // So that a session ends in time even if it has to try so often.
+  // Keeps the session within the time limit even if it makes that many attempts.
   uint32_t ConnectLimitMs(uint32_t attempts) const {
     const uint32_t left = LeftMs();
     return std::max((left - std::min(left, kTimeToReceiveMs)) / attempts, 1U);

@@ -1,4 +1,4 @@
-// What ready printers are asked once a scan has found them.
+// Queries the ready printers that a scan has found.
 #ifndef VEXO_DISCOVERY_SCAN_FOLLOW_UP_H_
 #define VEXO_DISCOVERY_SCAN_FOLLOW_UP_H_
 
@@ -8,13 +8,13 @@
 
 namespace vexo {
 
-// However many printers there are, and whatever an answer that was forged names.
-inline constexpr int kMostFollowUps = 16;           // At a time.
-inline constexpr uint32_t kFollowUpLimitMs = 7000;  // For all: one dead address takes 6 s.
+// Limits that hold however many printers answer, and whatever forged answers contain.
+inline constexpr int kMostFollowUps = 16;           // In parallel.
+inline constexpr uint32_t kFollowUpLimitMs = 7000;  // In total: one dead address takes 6 s.
 
-// Connects to the printers and asks for their addresses, side by side. Each address is asked once; its reply goes to
-// every record that names it. Whatever fails, or does not come in time, leaves the records as they are; so does an
-// address that is none. Throws std::bad_alloc.
+// Connects to the printers in parallel and asks for their addresses. Each address is queried once, and its reply goes
+// to every record that names it. A record stays unchanged when its address is not a dotted IPv4 address, its query
+// fails, or its reply is late. Throws std::bad_alloc.
 void AskScannedPrinters(ScanList* list);
 
 }  // namespace vexo

@@ -1,4 +1,4 @@
-// The host's callbacks for USB printers that come and go.
+// The host's callbacks for USB printers being plugged in and removed.
 #ifndef VEXO_DISCOVERY_USB_CALLBACKS_H_
 #define VEXO_DISCOVERY_USB_CALLBACKS_H_
 
@@ -11,10 +11,10 @@ namespace vexo {
 
 using UsbCallbackRegistry = platform::CallbackRegistry<USBMonitorCallback>;
 
-// Those of the process.
+// Returns the registry of the process.
 UsbCallbackRegistry& UsbCallbacks();
 
-// Tells them of a device, by the name that hosts know it by. On the calling thread.
+// Calls them with the device's instance text, on the calling thread.
 void DeliverUsbEvent(const char* device, int32_t event);
 
 }  // namespace vexo

@@ -1,18 +1,19 @@
-// The USB hot-plug monitor of the process: a thread that hears from the system which printers come and go.
+// The USB hot-plug monitor of the process: a thread that receives the system's device notifications.
 //
-// A started monitor counts as started until it is stopped, also when its thread has ended early because the system
-// tells it nothing.
+// Compatibility: a failure to create the window or to register for notifications is silent. The monitor counts as
+// started until it is stopped, even if its thread has already ended.
 #ifndef VEXO_DISCOVERY_USB_HOTPLUG_H_
 #define VEXO_DISCOVERY_USB_HOTPLUG_H_
 
 namespace vexo {
 
-// Nothing happens when it has been started. False: the system has no thread to give.
+// Has no effect when it is already started. Returns false when no thread can be created.
 bool StartUsbHotplugMonitor();
 
-// Ends the thread, if there is one, waits for it, and removes all callbacks from UsbCallbacks(). Throws
-// std::system_error (resource deadlock would occur) on the thread itself, which cannot wait for its own end; it ends
-// all the same.
+// Ends the thread, if there is one, waits for it, and unregisters the window class. On the monitor's own thread, which
+// cannot join itself, throws std::system_error (resource deadlock would occur); the thread ends nevertheless.
+//
+// Compatibility: also removes all callbacks, so a host must add them again after a restart.
 void StopUsbHotplugMonitor();
 
 }  // namespace vexo

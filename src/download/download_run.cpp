@@ -18,10 +18,10 @@ constexpr uint32_t kStagingSize = 4096;
 constexpr int32_t kReadChances = 6;
 constexpr uint32_t kReadPauseMs = 200;
 
-// A byte without a lock: a late view of it only moves the point at which a download stops.
+// Not locked: a late view only delays the point at which the download stops.
 std::atomic<uint8_t> g_cancelled{0};
 
-// A sink that nobody reads; downloads run one at a time.
+// Never read. Shared, because downloads run one at a time.
 uint8_t g_flushed[kFlushSize];
 uint32_t g_flushed_count;
 
@@ -111,6 +111,7 @@ int32_t DownloadRun::readExact(uint8_t* buffer, uint32_t wanted, uint32_t* recei
     }
     platform::SleepMs(kReadPauseMs);
   }
+  // Compatibility: the count is that of the last read only; see the declaration.
   std::copy_n(staging, std::min(last, wanted), buffer);
   count = last;
   return VEXO_OK;

@@ -1,5 +1,5 @@
-// What all downloads have in common: the checks at the beginning, the cancel flag, the trace, the progress, the
-// exchange of short answers, and the restart of the printer.
+// The state of one download and the steps that all downloads share: initial checks, cancel flag, trace, progress, short
+// answers, and the restart of the printer.
 #ifndef VEXO_DOWNLOAD_DOWNLOAD_RUN_H_
 #define VEXO_DOWNLOAD_DOWNLOAD_RUN_H_
 
@@ -15,20 +15,20 @@
 
 namespace vexo {
 
-// How a step of a download came out: nothing when the download goes on, else the code that it ends with.
+// The result of a step: the code that ends the download, or nothing when it continues.
 using Ending = std::optional<int32_t>;
 
-// Ends the download that runs in this process, if any, at its next look. From any thread.
+// Makes the running download end when it next checks for it. Callable from any thread.
 void CancelDownload();
 
 class DownloadRun {
  public:
-  // Each download starts uncancelled: a request from before is forgotten.
+  // Compatibility: clears the cancel flag, so an earlier request does not affect this download.
   DownloadRun(VexoPrinterHandle* handle, DownloadProgressCallback progress);
   DownloadRun(const DownloadRun&) = delete;
   DownloadRun& operator=(const DownloadRun&) = delete;
 
-  // The checks that each download begins with, in this order.
+  // The checks at the start of every download, in this order.
   Ending CheckHandle() const;
   Ending OpenFile(const char* name, const char* empty_file_trace);
 
@@ -36,32 +36,36 @@ class DownloadRun {
   VexoPrinterHandle* handle() const { return handle_; }
   const CheckedPrinter& printer() const { return printer_; }
 
-  // The whole file. Throws std::bad_alloc.
+  // Reads the whole file. Throws std::bad_alloc.
   Ending ReadFile(Bytes* content);
 
   bool IsCancelled() const;
-  Ending CheckCancelled() const;  // Says so in the trace.
+  Ending CheckCancelled() const;  // Writes a trace line if cancelled.
 
   void ReportProgress(int32_t percentage) const;
-  void ReportProgress(uint32_t done, uint32_t total) const;  // The percentage is cut to a whole number.
+  void ReportProgress(uint32_t done, uint32_t total) const;  // The percentage is truncated to an integer.
 
-  // Receives and throws away what the printer has already sent.
+  // Receives and discards what the printer has already sent.
   void flushInput() const;
 
-  // Reads an answer of `wanted` bytes, 12 at most, which comes in one piece: of an answer in several, *received counts
-  // the bytes of the last piece alone, and so many bytes from the answer's start are given, which makes it a wrong
-  // answer to everybody. Waits for up to six reads, 200 ms apart.
+  // Reads an answer of `wanted` bytes, at most 12, with up to six reads 200 ms apart.
   //
-  // 0; -6 handle or buffer null, bad handle; -309; 0 or -332 with *received 0: nothing came; else the read's failure.
+  // Returns VEXO_OK; VEXO_ERROR_HANDLE for a null or bad handle or a null buffer; VEXO_ERROR_IO_NOT_OPEN; VEXO_OK or
+  // VEXO_ERROR_IO_READ_TIMEOUT with *received 0 when nothing arrived; otherwise the code of the read.
+  //
+  // Compatibility: expects the answer in a single piece. Of an answer in several pieces, *received counts only the last
+  // piece, and that many bytes from the start of the answer are copied, which every caller rejects.
   int32_t readExact(uint8_t* buffer, uint32_t wanted, uint32_t* received) const;
 
-  // Writes the V1 command do with this action. True: it failed.
+  // Writes the V1 command do with this action. Returns true on failure.
+  //
+  // Compatibility: downloads that end with it ignore the result; the file has been transferred by then.
   bool sendDoCommand(std::string_view action) const;
 
-  // Restarts the printer where its failure is the download's.
+  // Restarts the printer. A failure ends the download.
   Ending Restart() const;
 
-  // The last words of a download: a host that reads them may have the file.
+  // Closes the file, then writes the final trace line, so that a host that reads it can already use the file.
   void Complete();
 
  private:
@@ -71,13 +75,13 @@ class DownloadRun {
   SourceFile file_;
 };
 
-// Writes a line to the trace and ends the download with `code`.
+// Writes a trace line and ends the download with `code`.
 Ending Fail(int32_t code, const char* trace);
 
-// An unsigned share of a file: how many pieces of `piece` bytes hold `size` bytes.
+// Number of `piece`-byte chunks in `size` bytes, rounded up.
 uint32_t CountPieces(int32_t size, int32_t piece);
 
-// The file cannot be read any more, or has become shorter: nothing but its own bytes may reach the printer.
+// The file became unreadable or shorter during the download. Only its own bytes may be sent to the printer.
 inline constexpr char kReadFileFailedTrace[] = "failed:Read File Failed...\n";
 
 inline constexpr std::string_view kResetPrinter = "reset_printer";

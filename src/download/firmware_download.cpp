@@ -12,7 +12,7 @@
 namespace vexo {
 namespace {
 
-// A segment: a header whose bytes 4 to 7 give the length of the body behind it.
+// A segment is a header, whose bytes 4 to 7 give the length of the body, and the body.
 constexpr size_t kHeaderSize = 76;
 constexpr size_t kBodyLengthOffset = 4;
 constexpr size_t kChunkSize = 1024;
@@ -42,8 +42,8 @@ class FirmwareDownload {
     return run_->CheckCancelled();
   }
 
-  // A header that ends with the file still gets the turn for its body. Fewer bytes than a header behind the last
-  // segment are sent as one, and end the image.
+  // A header at the end of the file still gets its body turn. A rest of fewer bytes than a header is sent as a header
+  // and ends the image.
   Ending SendSegments() {
     while (consumed_ < size_ || (consumed_ == size_ && header_confirmed_)) {
       if (const Ending end = run_->CheckCancelled()) {
@@ -58,10 +58,10 @@ class FirmwareDownload {
   }
 
  private:
-  // The printer comes back as another device for each segment.
+  // The printer comes back as a different device before each segment.
   Ending TakeHeaderTurn() {
     uint8_t header[kHeaderSize] = {};
-    run_->file().Read(header, sizeof(header));  // What the file does not have stays zero.
+    run_->file().Read(header, sizeof(header));  // Missing bytes stay zero.
     if (ReconnectHandle(run_->handle(), descriptor_) != VEXO_OK) {
       return Fail(VEXO_OK, "Openfail");
     }
@@ -81,15 +81,17 @@ class FirmwareDownload {
 
   Ending TakeBodyTurn() {
     if (!header_confirmed_) {
+      // Compatibility: never reached by SendSegments; the text and its result are kept.
       return Fail(VEXO_OK, "failed: Lower computer response failed...\n");
     }
     const uint64_t body_end = consumed_ + body_length_;
     if (body_end > size_) {
-      return std::nullopt;  // Kept: such an image is never completed, and only setCancel ends the download.
+      return std::nullopt;  // Compatibility: an image whose body exceeds the file repeats this turn until setCancel.
     }
     if (const Ending end = SendBody(body_end)) {
       return end;
     }
+    // Compatibility: 100 after each body, although the next body starts below it again.
     run_->ReportProgress(100);
     header_confirmed_ = false;
     return AwaitAcceptance(kBodyAnswerTries);
@@ -102,7 +104,7 @@ class FirmwareDownload {
       }
       uint8_t chunk[kChunkSize];
       const size_t wanted = std::min<uint64_t>(kChunkSize, body_end - consumed_);
-      // Of a file that has become shorter only its own bytes are sent; the printer misses the others and says so.
+      // If the file has become shorter, only its own bytes are sent; the printer reports the missing ones.
       const int32_t written = run_->printer().Write(chunk, run_->file().Read(chunk, wanted));
       if (written != VEXO_OK) {
         return Fail(written, kWriteFailed);
@@ -114,7 +116,8 @@ class FirmwareDownload {
     return std::nullopt;
   }
 
-  // Failures end the download with 0; the trace alone tells them from success. Hosts rely on it.
+  // Compatibility: failures end the download with VEXO_OK, as does "Openfail" above. Hosts tell them from success by
+  // the trace.
   Ending AwaitAcceptance(int32_t tries) const {
     uint8_t answer = 0;
     uint32_t received = 0;

@@ -1,4 +1,4 @@
-// Firmware images, sent segment by segment to a printer in its update mode.
+// Sends firmware images, segment by segment, to a printer in update mode.
 #ifndef VEXO_DOWNLOAD_FIRMWARE_DOWNLOAD_H_
 #define VEXO_DOWNLOAD_FIRMWARE_DOWNLOAD_H_
 
@@ -8,7 +8,7 @@
 
 namespace vexo {
 
-// See DownloadFMWImg. Throws std::bad_alloc.
+// Implements DownloadFMWImg (extend.h). Throws std::bad_alloc.
 int32_t DownloadFirmware(VexoPrinterHandle* handle, const char* file_name, const char* descriptor,
                          DownloadProgressCallback progress);
 

@@ -14,7 +14,7 @@ constexpr size_t kEchoSize = 8;
 constexpr size_t kAnswerStateOffset = 8;
 constexpr size_t kAnswerChecksumOffset = 10;
 
-// Index, count, and the first two bytes of the data area.
+// Index, count and the first two bytes of the data area.
 constexpr size_t kAlwaysCleared = 8;
 
 }  // namespace
@@ -40,7 +40,7 @@ void FillPackage(Bytes* package, uint32_t index, const uint8_t* data, size_t cou
   StoreLittleEndian16(bytes + checksum_offset, SumOf(bytes, checksum_offset));
 }
 
-PackageAnswer JudgeAnswer(const Bytes& package, const uint8_t* answer) {
+PackageAnswer CheckAnswer(const Bytes& package, const uint8_t* answer) {
   const uint16_t checksum = ReadLittleEndian16(answer + kAnswerChecksumOffset);
   const bool is_echo = std::equal(answer, answer + kEchoSize, package.data());
   if (checksum == 0 || !is_echo || ReadLittleEndian16(answer + kAnswerStateOffset) != 0) {

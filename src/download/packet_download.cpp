@@ -14,7 +14,7 @@ namespace vexo {
 namespace {
 
 constexpr int32_t kFilePacketSize = 2048;
-constexpr int32_t kMaxPacketSize = std::numeric_limits<uint16_t>::max();  // The count of a package has 16 bits.
+constexpr int32_t kMaxPacketSize = std::numeric_limits<uint16_t>::max();  // Limited by the 16-bit count of a package.
 constexpr int32_t kAttempts = 4;
 constexpr uint32_t kAnswerDelayMs = 20;
 constexpr int32_t kAnswerReads = 31;
@@ -24,7 +24,7 @@ constexpr std::string_view kFontModeAction = "font_download_quick";
 constexpr uint8_t kModeEntered[] = {'O', 'K'};
 constexpr uint8_t kFontEnd[] = {'^', 'E', 'N', 'D'};
 
-// What files and fonts have in common: everything between the mode switch and the restart.
+// The steps that file and font downloads share, from the mode switch to the last package.
 class PacketDownload {
  public:
   PacketDownload(DownloadRun* run, int32_t packet_size, Filler filler)
@@ -82,6 +82,8 @@ class PacketDownload {
   Ending SendUntilConfirmed() const {
     for (int32_t attempt = 1; !SendOnce(); ++attempt) {
       if (attempt == kAttempts || run_->IsCancelled()) {
+        // Compatibility: a cancel request during the answer also ends with this code, not with
+        // VEXO_ERROR_DOWNLOAD_CANCELLED.
         return Fail(VEXO_ERROR_DOWNLOAD_BAD_ANSWER, "failed:Slave Response Failed.........\n");
       }
     }
@@ -98,14 +100,14 @@ class PacketDownload {
     if (!CollectAnswer(answer)) {
       return false;
     }
-    const PackageAnswer verdict = JudgeAnswer(package_, answer);
+    const PackageAnswer verdict = CheckAnswer(package_, answer);
     if (verdict == PackageAnswer::kBadChecksum) {
       downloadTrace("failed:Slave Response Failed...\n");
     }
     return verdict == PackageAnswer::kConfirmed;
   }
 
-  // Unlike the answer to the mode switch, this one may come in pieces.
+  // Unlike the answer to the mode switch, this one may arrive in pieces.
   bool CollectAnswer(uint8_t* answer) const {
     uint32_t total = 0;
     for (int32_t i = 0; i < kAnswerReads && total < kPackageAnswerSize && !run_->IsCancelled(); ++i) {
@@ -124,11 +126,12 @@ class PacketDownload {
   uint32_t count_ = 0;
 };
 
+// Compatibility: unlike a font, a file whose restart command fails counts as downloaded.
 int32_t RestartAfterFile(DownloadRun* run) {
   downloadTrace("restart printer...\n");
   run->sendDoCommand(kResetPrinter);
   const int32_t closed = run->printer().Close();
-  run->Complete();  // Also when the handle can no longer be used.
+  run->Complete();  // Even if the handle has become unusable.
   return closed;
 }
 
@@ -150,6 +153,7 @@ int32_t DownloadPackets(VexoPrinterHandle* handle, const char* file_name, Downlo
   if (const Ending end = run.CheckHandle()) {
     return *end;
   }
+  // Compatibility: hosts match this doubled text.
   if (const Ending end = run.OpenFile(file_name, "failed:file is null.file is null.")) {
     return *end;
   }

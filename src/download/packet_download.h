@@ -1,4 +1,4 @@
-// Downloads in numbered packages: files, and fonts.
+// Downloads files and fonts in numbered packages.
 #ifndef VEXO_DOWNLOAD_PACKET_DOWNLOAD_H_
 #define VEXO_DOWNLOAD_PACKET_DOWNLOAD_H_
 
@@ -8,7 +8,7 @@
 
 namespace vexo {
 
-// See downloadFile and DownloadFontFile. Throw std::bad_alloc.
+// Implement downloadFile and DownloadFontFile (extend.h). Throw std::bad_alloc.
 int32_t DownloadPackets(VexoPrinterHandle* handle, const char* file_name, DownloadProgressCallback progress);
 int32_t DownloadFontPackets(VexoPrinterHandle* handle, int32_t packet_size, const char* file_name,
                             DownloadProgressCallback progress);

@@ -9,19 +9,19 @@
 
 namespace vexo {
 
-// The size of a file opened for reading, which is left at its start. 0: it has none that counts, such as a pipe, or one
+// Returns the size of an open file and rewinds it. Returns 0 for files without a size, such as pipes, and for files
 // above 2 GiB.
 int32_t getFileSize(std::FILE* file);
 
 class SourceFile {
  public:
-  // False: no name, or no file that can be opened.
+  // Returns false when the name is null or the file cannot be opened.
   bool Open(const char* name);
 
-  // In bytes, when the file was opened.
+  // Size in bytes at the time of opening.
   int32_t size() const { return size_; }
 
-  // The next bytes; fewer than asked for when the file cannot be read or has become shorter.
+  // Reads the next bytes. Returns fewer than `wanted` when the file cannot be read or has become shorter.
   size_t Read(uint8_t* buffer, size_t wanted);
 
   void Close() { file_.reset(); }

@@ -1,10 +1,11 @@
-// The running account of a download.
+// The trace of a download.
 #ifndef VEXO_DOWNLOAD_TRACE_H_
 #define VEXO_DOWNLOAD_TRACE_H_
 
 namespace vexo {
 
-// printf to the standard output of the process, at once: a host that reads it through a pipe follows the download.
+// Compatibility: printf to the process's standard output, the only diagnostic output of the library. Flushed at once,
+// because hosts follow the download by reading it through a pipe. Hosts parse these texts: do not reword them.
 __attribute__((format(printf, 1, 2))) void downloadTrace(const char* format, ...);
 
 }  // namespace vexo

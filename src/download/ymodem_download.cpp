@@ -118,7 +118,7 @@ class YModemDownload {
     return std::nullopt;
   }
 
-  Ending SayGoodbye() const {
+  Ending FinishTransfer() const {
     downloadTrace("Sending file completed and Shake hands...\n");
     if (const Ending end = Exchange(&kEndOfFile, 1, kEndDelayMs, kAcknowledged)) {
       return end;
@@ -143,7 +143,7 @@ class YModemDownload {
  private:
   static Ending DataMissed() { return Fail(VEXO_ERROR_DOWNLOAD_NO_ANSWER, "failed:Data Is Missed...\n"); }
 
-  // "USB" is the printer at hand, which its serial number tells from others of its kind.
+  // "USB" means the current printer, identified by its serial number.
   void NameLoader(const char* descriptor, char* loader, size_t size) const {
     if (std::strcmp(descriptor, "USB") != 0) {
       CopyText(loader, size, descriptor);
@@ -176,7 +176,7 @@ class YModemDownload {
                                                            : Fail(VEXO_ERROR_IO_WRITE, "failed:WriteData Failed...\n");
   }
 
-  // Sends something that one byte answers.
+  // Sends bytes that the printer answers with a single byte.
   Ending Exchange(const uint8_t* bytes, size_t length, uint32_t delay_ms, uint8_t expected) const {
     if (const Ending end = Write(bytes, length)) {
       return end;
@@ -191,7 +191,7 @@ class YModemDownload {
     return answer == expected ? std::nullopt : BadAnswer();
   }
 
-  // A block is never sent twice.
+  // Compatibility: a block is never sent again.
   Ending SendBlock(const YModemDataBlock& block) const {
     if (const Ending end = Write(block.data(), block.size())) {
       return end;
@@ -236,7 +236,7 @@ int32_t DownloadYModem(VexoPrinterHandle* handle, const char* file_name, const c
   if (const Ending end = download.SendFile()) {
     return *end;
   }
-  if (const Ending end = download.SayGoodbye()) {
+  if (const Ending end = download.FinishTransfer()) {
     return *end;
   }
   download.Restart();

@@ -1,4 +1,4 @@
-// Downloads by the printer's variety of YModem-1K, into its loader.
+// Downloads files to the printer's loader with the printer's variant of YModem-1K.
 #ifndef VEXO_DOWNLOAD_YMODEM_DOWNLOAD_H_
 #define VEXO_DOWNLOAD_YMODEM_DOWNLOAD_H_
 
@@ -8,7 +8,7 @@
 
 namespace vexo {
 
-// See downloadYModem. Throws std::bad_alloc.
+// Implements downloadYModem (extend.h). Throws std::bad_alloc.
 int32_t DownloadYModem(VexoPrinterHandle* handle, const char* file_name, const char* descriptor,
                        DownloadProgressCallback progress);
 

@@ -9,8 +9,9 @@
 namespace vexo {
 namespace {
 
-// As written here the texts are UTF-8; they leave the library in GBK (gbk.h). The wording, its slips included, is what
-// hosts show and search for: it stays.
+// The texts are UTF-8 in this file and are converted to GBK (gbk.h) for hosts.
+//
+// Compatibility: the wording stays as it is, mistakes included: hosts display these texts and search for them.
 struct ErrorText {
   int32_t code;
   const char* english;
@@ -140,7 +141,8 @@ constexpr ErrorText kErrorTexts[] = {
 
 constexpr ErrorText kUnknownError = {0, "Printer Unknown Error!", "未知错误!"};
 
-// Job monitor codes (-7000 and below) have no row on purpose.
+// Compatibility: job monitor and download codes (-6000 and below) deliberately have no text of their own; hosts show
+// the general one for them.
 const ErrorText& FindErrorText(int32_t code) {
   for (const ErrorText& text : kErrorTexts) {
     if (text.code == code) {
@@ -152,6 +154,8 @@ const ErrorText& FindErrorText(int32_t code) {
 
 }  // namespace
 
+// Compatibility: `size` is ignored, and callers pass 0 for it (GetErrorText does); the buffer must hold the longest
+// text.
 int32_t CopyErrorMessage(int32_t code, char* buffer, uint32_t /*size*/, int32_t primary_language, uint32_t* length) {
   const ErrorText& text = FindErrorText(code);
   const char* const words = primary_language == platform::kLanguageChinese ? text.chinese : text.english;

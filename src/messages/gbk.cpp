@@ -8,7 +8,7 @@ namespace {
 
 struct Character {
   uint16_t unicode;
-  uint16_t gbk;  // Lead byte in the high half.
+  uint16_t gbk;  // Lead byte in the high byte.
 };
 
 // Sorted by Unicode code point.
@@ -58,7 +58,7 @@ uint16_t FindGbk(uint32_t unicode) {
 
 bool IsContinuation(uint8_t byte) { return (byte & 0xC0) == 0x80; }
 
-// Takes one character off the text. A damaged sequence is taken as one unknown character.
+// Decodes and consumes one character. A damaged sequence decodes to one unknown character.
 uint32_t NextCodePoint(const char** text) {
   const auto lead = static_cast<uint8_t>(*(*text)++);
   if (lead < 0x80) {

@@ -1,4 +1,4 @@
-// From what the printer sends to the host's callbacks and the queue.
+// Receives what the printer sends, decodes it and delivers it to callbacks or the queue.
 #include <algorithm>
 #include <limits>
 #include <mutex>
@@ -16,8 +16,8 @@ constexpr int64_t kReceiveStepMs = 20;
 constexpr uint32_t kPollSize = 2048;
 constexpr uint32_t kJobEndReplySize = 1024;
 
-// A callback that asks the printer may be told of the next event while it does, and its stack is the host's: events
-// that are decoded at this depth wait until the first of the callbacks has returned.
+// A callback that queries the printer may receive the next event while it does so, on the host's stack. Events decoded
+// at this depth wait until the outermost callback has returned.
 constexpr int kDeepestDelivery = 8;
 
 constexpr int32_t kEventJobStarted = 1;
@@ -27,7 +27,7 @@ bool IsJobStart(const vexo::ReportRecord& record) {
   return record.type == vexo::kReportJobStarted || record.type == vexo::kReplyJobStarted;
 }
 
-// One attempt for each full step of the time.
+// One attempt for each full step of the timeout.
 int32_t ReceiveTries(int64_t timeout_ms) {
   const int64_t tries = timeout_ms / kReceiveStepMs;
   return static_cast<int32_t>(std::clamp<int64_t>(tries, 0, std::numeric_limits<int32_t>::max()));
@@ -37,7 +37,7 @@ int32_t ReceiveTries(int64_t timeout_ms) {
 
 void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
   const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
-  rxBuffer.Reserve(kPollSize);  // What has been read must not be lost for want of memory.
+  rxBuffer.Reserve(kPollSize);  // Bytes already read must not be lost when memory runs out.
   uint8_t bytes[kPollSize];
   uint32_t count = 0;
   lastResult = vexo::ReadStream(printer, bytes, kPollSize, &count, ReceiveTries(timeout_ms), kReceiveStepMs);
@@ -47,9 +47,9 @@ void CVEXOPrinterReadHelper::Poll(int64_t timeout_ms) {
   Decode();
 }
 
-// A frame is consumed before anything comes of it, so an export that is called inside a callback never sees it again.
-// Nothing is remembered across steps but the buffer itself, for such an export may receive and decode, too. A monitor
-// that is being destroyed has nobody left to tell.
+// A frame is consumed before it is delivered, so an export called from a callback never sees it again. Such an export
+// may also receive and decode, so nothing but the buffer carries state from one step to the next. A monitor that is
+// being destroyed delivers nothing more.
 void CVEXOPrinterReadHelper::Decode() {
   while (!stop_requested()) {
     DeliverPostponed();
@@ -64,7 +64,7 @@ void CVEXOPrinterReadHelper::Decode() {
     try {
       Accept(std::move(step.record));
     } catch (const std::bad_alloc&) {
-      rxBuffer.PutBack(step.consumed);  // No room in the queue, and nobody was called: the next pass finds it again.
+      rxBuffer.PutBack(step.consumed);  // The queue cannot grow and no callback was called: decoded again later.
       throw;
     }
   }
@@ -78,14 +78,14 @@ void CVEXOPrinterReadHelper::Accept(vexo::ReportRecord record) {
   if (IsJobStart(record)) {
     currentTaskId = record.task_id;
   } else if (record.type == vexo::kReplyJobEnded) {
-    // This reply says neither which job nor how it went.
+    // The reply carries neither the task number nor the status.
     record.task_id = currentTaskId;
     record.value = FetchJobEndValue();
   }
   DeliverInTurn(std::move(record));
 }
 
-// Whatever comes behind an event that waits has to wait, too.
+// Events must stay in order: while one is postponed, later ones are postponed, too.
 void CVEXOPrinterReadHelper::DeliverInTurn(vexo::ReportRecord record) {
   if (deliveries_ + 1 >= kDeepestDelivery || !postponed_.empty()) {
     postponed_.push_back(std::move(record));
@@ -94,8 +94,8 @@ void CVEXOPrinterReadHelper::DeliverInTurn(vexo::ReportRecord record) {
   }
 }
 
-// What the outermost delivery does when it is over. Events that a callback receives meanwhile are put behind those that
-// wait already.
+// Runs once the outermost delivery is done. Events that a callback receives meanwhile are queued behind those already
+// postponed.
 void CVEXOPrinterReadHelper::DeliverPostponed() {
   while (deliveries_ == 0 && !postponed_.empty() && !stop_requested()) {
     std::list<vexo::ReportRecord> next;
@@ -103,13 +103,13 @@ void CVEXOPrinterReadHelper::DeliverPostponed() {
     try {
       Deliver(&next.front());
     } catch (const std::bad_alloc&) {
-      postponed_.splice(postponed_.begin(), next);  // No room in the queue: the next pass tries again.
+      postponed_.splice(postponed_.begin(), next);  // The queue cannot grow: delivered again later.
       throw;
     }
   }
 }
 
-// Callbacks do not throw. When the queue has no room for the record, it is as it was.
+// Callbacks do not throw here (CallbackRegistry). When the queue cannot grow, *record is unchanged.
 void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord* record) {
   const int32_t event = IsJobStart(*record) ? kEventJobStarted : kEventJobEnded;
   ++deliveries_;
@@ -121,9 +121,9 @@ void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord* record) {
   }
 }
 
-// The value is the first four bytes of the answer just as they come, not the contents of a report frame, and the rest
-// is dropped: hosts compare it with what they have always seen. Whatever goes wrong, the job has ended: the event is
-// due, with 0.
+// Compatibility: the value is the first four bytes of the answer as they arrive, not the contents of the report frame,
+// and the rest is dropped; hosts compare it with the values they have always received. Whatever fails, the job has
+// ended, so the event is delivered with value 0.
 uint32_t CVEXOPrinterReadHelper::FetchJobEndValue() {
   uint8_t reply[kJobEndReplySize] = {};
   try {

@@ -1,4 +1,4 @@
-// How a command gets its answer.
+// Sends commands and waits for their answers.
 #include <mutex>
 
 #include "monitor/printer_read_helper.h"
@@ -15,7 +15,7 @@ constexpr int64_t kQueryPollMs = 200;
 }  // namespace
 
 int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
-  // The result is kept apart from the shared one, which a poll on the other thread may overwrite at any moment.
+  // Kept in a local: a poll on the other thread may overwrite lastResult at any time.
   int32_t result = lastResult;
   try {
     for (int attempt = 0; attempt < kSendAttempts; ++attempt) {
@@ -25,7 +25,7 @@ int32_t CVEXOPrinterReadHelper::Send(const vexo::Bytes& command) {
         break;
       }
     }
-  } catch (...) {  // NOLINT(bugprone-empty-catch): a host's own port object may throw; the last result stands.
+  } catch (...) {  // NOLINT(bugprone-empty-catch): a host's port object may throw; the last result stands.
   }
   return result;
 }
@@ -53,7 +53,7 @@ int32_t CVEXOPrinterReadHelper::AwaitAnswer(const vexo::Bytes& command) {
   return VEXO_ERROR_MONITOR_NO_ANSWER;
 }
 
-// The reader thread may run in between.
+// The reader thread may run between the attempts.
 vexo::ReportRecord CVEXOPrinterReadHelper::AwaitQueryAnswer() {
   for (int attempt = 0; attempt < kQueryAttempts; ++attempt) {
     vexo::ReportRecord answer = TakeReply();

@@ -1,4 +1,4 @@
-// The result of the latest job monitor function, for hosts that ask afterwards what went wrong.
+// The latest failure of a job monitor function, for GetLastErrorCode.
 #ifndef VEXO_MONITOR_LAST_ERROR_H_
 #define VEXO_MONITOR_LAST_ERROR_H_
 
@@ -6,7 +6,8 @@
 
 namespace vexo {
 
-// One value for the whole process: a call on another thread overwrites it, and hosts rely on reading any thread's.
+// Compatibility: one value for the whole process, overwritten by any thread; hosts read failures of other threads with
+// it.
 int32_t LastErrorCode();
 void StoreLastErrorCode(int32_t code);
 

@@ -19,7 +19,7 @@ Bytes BuildGsParenHCommand(const Bytes& body) {
   return command;
 }
 
-// Decimal, padded with "0" to four digits.
+// Decimal, zero-padded to four digits.
 std::string TaskNumberText(int32_t task_id) {
   const std::string digits = std::to_string(task_id);
   return std::string(kTaskDigits - std::min(digits.size(), kTaskDigits), '0') + digits;
@@ -52,8 +52,8 @@ Bytes ClearTasksCommand(ProtocolFamily family) {
   return {0x10, 0x14, 0x08, 0x01, 0x03, 0x14, 0x01, 0x06, 0x02, 0x08};
 }
 
-// Compatibility: the length field counts three bytes although a fourth one follows when an answer is wanted; printers
-// take it so.
+// Compatibility: the length field says three even when a fourth byte follows to request an answer; printers expect
+// exactly these bytes.
 Bytes ResetNumbersCommand(bool await_answer) {
   Bytes body = {0x03, 0x00, 0x32, 0x30, 0x30};
   if (await_answer) {

@@ -1,4 +1,4 @@
-// The commands of the job monitor, byte for byte, for both protocol families.
+// The job monitor's commands in both protocol families.
 #ifndef VEXO_MONITOR_MONITOR_COMMANDS_H_
 #define VEXO_MONITOR_MONITOR_COMMANDS_H_
 
@@ -19,7 +19,7 @@ Bytes TagCommand(ProtocolFamily family, int32_t task_id);
 
 Bytes ClearTasksCommand(ProtocolFamily family);
 
-// Sets the printer's own task numbers back; of the GS ( H family alone.
+// Resets the printer's own task numbering. Both families use the GS ( H command.
 Bytes ResetNumbersCommand(bool await_answer);
 
 }  // namespace vexo

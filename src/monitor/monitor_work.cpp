@@ -1,4 +1,4 @@
-// Switching job monitoring on and off, and reading its state and events.
+// Switches job monitoring on and off and reads its state and events.
 #include <algorithm>
 #include <mutex>
 #include <string_view>
@@ -15,7 +15,7 @@ using vexo::ProtocolFamily;
 
 constexpr uint32_t kMonitoringOffDelayMs = 300;  // A printer of the GS ( H family finishes reporting first.
 
-// Hosts pass a zeroed buffer: no terminating zero is written. Of a word that does not fit they get the beginning.
+// Compatibility: no terminating zero is written; hosts pass a zeroed buffer. A word that does not fit is truncated.
 int32_t CopyWord(bool on, char* buffer, int32_t buffer_length) {
   const std::string_view word = on ? "on" : "off";
   word.copy(buffer, static_cast<size_t>(std::max(buffer_length, 0)));
@@ -51,7 +51,7 @@ void CVEXOPrinterReadHelper::SetWorkOpen(bool open) {
   }
 }
 
-// Everything received, and both task numbers.
+// Drops everything received and resets both task numbers.
 void CVEXOPrinterReadHelper::ForgetJobs() {
   const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
   rxBuffer.Clear();
@@ -80,7 +80,7 @@ int32_t CVEXOPrinterReadHelper::QueryWork(char* buffer, int32_t buffer_length) {
   return CopyWord(on, buffer, buffer_length);
 }
 
-// Does not ask the printer.
+// Reads the queue only; does not query the printer.
 vexo::StatusReport CVEXOPrinterReadHelper::TakeStatusReport() {
   const std::lock_guard<vexo::platform::RecursiveMutex> guard(ioLock);
   return vexo::MakeStatusReport(sdkType, replyQueue.TakeEvent());

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The reader looks for a stop request at least this often, however long the host makes its pauses.
+// The reader checks for a stop request at least this often, however long the polling time is.
 constexpr uint32_t kLongestSleepMs = 100;
 
 }  // namespace
@@ -27,18 +27,18 @@ void CVEXOPrinterReadHelper::StopReader() {
   readerThread.Join();
 }
 
-// Nothing may escape from here: it would end the host.
+// No exception may leave the thread function: it would terminate the host.
 void CVEXOPrinterReadHelper::ReaderLoop() {
   while (!stop_requested()) {
     try {
       PollWhileWorkIsOpen();
-    } catch (...) {  // NOLINT(bugprone-empty-catch): out of memory, or a host's own port; the next pass tries again.
+    } catch (...) {  // NOLINT(bugprone-empty-catch): out of memory or a host's port; retried in the next pass.
     }
     PauseReader();
   }
 }
 
-// Looked at again under the lock: a close that came in between has forgotten all jobs, and nothing of them may follow.
+// Checked again under the lock: a CloseWork in between has dropped all jobs, and none of their events may follow.
 void CVEXOPrinterReadHelper::PollWhileWorkIsOpen() {
   if (!work_open()) {
     return;

@@ -1,4 +1,4 @@
-// Bytes received and not yet decoded.
+// Received bytes that are not decoded yet.
 #ifndef VEXO_MONITOR_RECEIVE_BUFFER_H_
 #define VEXO_MONITOR_RECEIVE_BUFFER_H_
 
@@ -9,14 +9,14 @@
 
 namespace vexo {
 
-// Consuming only moves a mark; the rest is moved to the front once per Reserve. So decoding costs no more for
-// many small reports than for one, and an export that is called inside a callback may receive and decode in between.
+// Consume only advances an offset; Reserve moves the rest to the front. Decoding many small reports therefore costs no
+// more than decoding a single one, and an export called from a callback may receive and decode in between.
 class ReceiveBuffer {
  public:
   const uint8_t* data() const { return bytes_.data() + consumed_; }
   size_t size() const { return bytes_.size() - consumed_; }
 
-  // Drops what was consumed and makes room for an Append of `count` bytes, so that it cannot fail.
+  // Drops the consumed bytes and makes room for an Append of `count` bytes, so that it cannot fail.
   void Reserve(size_t count) {
     bytes_.erase(bytes_.begin(), bytes_.begin() + static_cast<ptrdiff_t>(consumed_));
     consumed_ = 0;
@@ -27,7 +27,7 @@ class ReceiveBuffer {
 
   void Consume(size_t count) { consumed_ += count; }
 
-  // Takes the latest Consume back. Nothing may have been reserved since.
+  // Undoes the latest Consume. Reserve must not have been called since.
   void PutBack(size_t count) { consumed_ -= count; }
 
   void Clear() {

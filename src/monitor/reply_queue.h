@@ -1,4 +1,4 @@
-// Decoded reports and replies that wait to be taken, oldest first.
+// Queue of decoded reports and replies, oldest first.
 #ifndef VEXO_MONITOR_REPLY_QUEUE_H_
 #define VEXO_MONITOR_REPLY_QUEUE_H_
 
@@ -9,26 +9,28 @@
 
 namespace vexo {
 
-// Not locked: the monitor's I/O lock guards it. A record of kind kEmpty stands for "none".
+// Not synchronised: the monitor's ioLock guards it. A record of kind kEmpty means "none".
 class ReplyQueue {
  public:
-  // Of replies that nobody takes, from a printer that talks without being asked, only so many newest are kept. Events
-  // are never dropped.
+  // Replies that no exchange takes are limited to the newest of this number. Events are never dropped.
   static constexpr size_t kMostReplies = 1024;
 
-  // Throws std::bad_alloc; queue and record are as they were then.
+  // Throws std::bad_alloc, leaving queue and record unchanged.
   void Add(ReportRecord&& record);
   void Clear();
   size_t size() const { return events_.size() + replies_.size(); }
 
-  // Drops the replies; job events stay. An exchange does so before it asks, so that it cannot take an old answer.
+  // Drops the replies and keeps the job events. An exchange calls this before it sends, so that it cannot take an old
+  // answer.
   void Purge() { replies_.clear(); }
 
-  // The answer that an exchange waits for: the first reply.
+  // Takes the answer that an exchange waits for: the first reply.
   ReportRecord TakeAnswer();
 
-  // The first job event. Replies are dropped: an answer that some exchange still waits for is lost by this, which hosts
-  // know as the order of things.
+  // Takes the first job event.
+  //
+  // Compatibility: drops all replies, so an exchange on another thread may lose the answer it waits for. Hosts know
+  // this order.
   ReportRecord TakeEvent();
 
  private:

@@ -21,14 +21,14 @@ constexpr size_t kJobStartedReplySize = 7;
 
 constexpr size_t kTaskNumberDigits = 4;
 
-// A field that is not all there reads as 0: half a number would be another one.
+// Compatibility: a field that is not complete reads as 0 rather than as part of a number.
 uint32_t ReadBounded32(const Bytes& bytes, size_t offset) {
   return bytes.size() >= offset + 4 ? ReadLittleEndian32(bytes.data() + offset) : 0;
 }
 
 bool IsWhiteSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-// Four characters of decimal text, read as std::stoi reads them but without its errors: whatever is no number is 0.
+// Parses four characters of decimal text as std::stoi does, but returns 0 where it would throw.
 int32_t ReadTaskNumber(const Bytes& bytes, size_t offset) {
   if (bytes.size() < offset + kTaskNumberDigits) {
     return 0;
@@ -52,7 +52,7 @@ bool StartsFrame(const uint8_t* bytes, size_t size) {
   return size >= header.size() && std::equal(header.begin(), header.end(), bytes);
 }
 
-// What may still become a header when more bytes come.
+// Whether the bytes may become a header once more arrive.
 bool MayStartFrame(const uint8_t* bytes, size_t size) {
   const Bytes& header = ReportCommand();
   return size < header.size() && std::equal(bytes, bytes + size, header.begin());
@@ -76,7 +76,9 @@ ReportRecord DecodeFrame(uint16_t type, uint16_t length, Bytes payload) {
   return record;
 }
 
-// `frame` leads to a header. Empty: incomplete.
+// `frame` points to a header. Returns an empty step if the frame is incomplete.
+//
+// Compatibility: the payload length is compared with the bytes from the start of the frame; see DecodeNextReport.
 DecodeStep TakeFrame(const uint8_t* frame, size_t size) {
   DecodeStep step;
   if (size < kPayloadOffset) {
@@ -92,7 +94,7 @@ DecodeStep TakeFrame(const uint8_t* frame, size_t size) {
   return step;
 }
 
-// `reply` leads to 0x37, with at least three bytes. Empty: incomplete.
+// `reply` points to 0x37 and has at least three bytes. Returns an empty step if the reply is incomplete.
 DecodeStep TakeReply(const uint8_t* reply, size_t size) {
   DecodeStep step;
   const uint8_t type = reply[1];
@@ -118,7 +120,7 @@ DecodeStep Skip(size_t skipped, DecodeStep step) {
   return step;
 }
 
-// The last 13 bytes are always kept: a header may begin in them.
+// Always keeps the last 13 bytes, in which a header may begin.
 DecodeStep DecodeV1(const uint8_t* bytes, size_t size) {
   const size_t header_size = ReportCommand().size();
   size_t position = 0;

@@ -1,4 +1,4 @@
-// Cuts the printer's byte stream into reports. Pure: bytes in, records out.
+// Splits the printer's byte stream into reports. No I/O: bytes in, records out.
 #ifndef VEXO_MONITOR_REPORT_DECODER_H_
 #define VEXO_MONITOR_REPORT_DECODER_H_
 
@@ -9,21 +9,21 @@
 
 namespace vexo {
 
-// The two ways in which printers speak of jobs. The numbers are those of SelectSDKRepintType.
+// The protocol families. The numbers are those of SelectSDKRepintType.
 enum class ProtocolFamily : uint32_t {
-  kGsParenH = 0,  // GS ( H commands, replies that begin with 0x37; "report" frames are understood, too.
+  kGsParenH = 0,  // GS ( H commands, replies that begin with 0x37; "report" frames are decoded, too.
   kV1 = 1,        // V1 commands, "report" frames.
 };
 
-// One step through the stream.
+// One step of decoding.
 struct DecodeStep {
-  // Bytes done with, at most the size of the input: junk, and the frame if there is one.
+  // Bytes to consume, at most the size of the input: junk, and the frame if there is one.
   size_t consumed = 0;
 
-  // Kind kEmpty: no complete frame; what lies behind the consumed bytes waits for more.
+  // Kind kEmpty: no complete frame; the bytes after the consumed ones wait for more.
   ReportRecord record;
 
-  // The reply 0x37 0x24: the printer numbers its tasks anew.
+  // The reply was 0x37 0x24: the printer has reset its task numbering.
   bool tracking_reset = false;
 };
 
@@ -34,10 +34,11 @@ struct DecodeStep {
 //   15   2  payload length n, low byte first
 //   17   n  payload
 //
-// It counts as complete when n bytes are there from the frame's first byte on (and its length can be read), so one
-// whose last bytes are missing is taken early: printers in the field are driven that way, and hosts rely on the event
-// coming then. Fields that are not all there read as 0. The end of a job (0x37 0x23) carries no task number: it is the
-// caller's to fill in.
+// Fields that are not complete read as 0. A job end (0x37 0x23) carries no task number; the caller fills it in.
+//
+// Compatibility: a frame counts as complete when n bytes have arrived, counted from its first byte instead of from its
+// payload (and its length can be read). A frame whose last 17 bytes or fewer are missing is therefore decoded early;
+// hosts rely on receiving the event then.
 DecodeStep DecodeNextReport(const uint8_t* bytes, size_t size, ProtocolFamily family);
 
 }  // namespace vexo

@@ -6,6 +6,7 @@
 namespace vexo {
 namespace {
 
+// Compatibility: status 3 stays in the table although its reports are replies and never reach it.
 constexpr struct {
   ProtocolFamily family;
   uint16_t type;

@@ -1,4 +1,4 @@
-// A job event as GetStatusReport gives it.
+// A job event in the form of GetStatusReport.
 #ifndef VEXO_MONITOR_STATUS_REPORT_H_
 #define VEXO_MONITOR_STATUS_REPORT_H_
 
@@ -13,7 +13,7 @@ struct StatusReport {
   enum class Outcome {
     kEvent,
     kNone,
-    kUnknown,  // The event is none of the protocol family in use.
+    kUnknown,  // The selected protocol family does not know the event.
   };
 
   Outcome outcome = Outcome::kNone;
@@ -25,7 +25,7 @@ struct StatusReport {
 
 StatusReport MakeStatusReport(ProtocolFamily family, const ReportRecord& event);
 
-// Printers report their state inverted.
+// Compatibility: hosts receive the complement of the value, callbacks the value itself.
 inline uint32_t StateOfValue(uint32_t value) { return ~value; }
 
 }  // namespace vexo

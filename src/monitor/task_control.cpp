@@ -1,4 +1,4 @@
-// Tagging jobs with task numbers, clearing tasks, and the printer's own state.
+// Tags jobs with task numbers, clears tasks, and queries and controls the printer.
 #include <mutex>
 
 #include "monitor/monitor_commands.h"
@@ -30,7 +30,7 @@ int32_t CVEXOPrinterReadHelper::QueryDeviceStatus(uint32_t* status) {
 
 int32_t CVEXOPrinterReadHelper::FeedPaper() { return Send(vexo::BuildDoCommand("print_feedform")); }
 
-// Compatibility: without an answer to wait for, "no answer" is the result even when all went well.
+// Compatibility: mode 0 waits for no answer and always returns "no answer", even when the command was sent.
 int32_t CVEXOPrinterReadHelper::ResetTaskNumbers(bool await_answer) {
   const vexo::Bytes command = vexo::ResetNumbersCommand(await_answer);
   if (await_answer) {

@@ -19,7 +19,7 @@ constexpr char kBetweenTexts = '|';
 
 class Stopwatch {
  public:
-  // Whether more than this many milliseconds have passed.
+  // Whether more than `milliseconds` have passed.
   bool HasPassed(int64_t milliseconds) const {
     const int64_t elapsed = platform::PerformanceCounter() - started_;
     return elapsed > milliseconds * platform::PerformanceFrequency() / 1000;
@@ -29,7 +29,7 @@ class Stopwatch {
   int64_t started_ = platform::PerformanceCounter();
 };
 
-// One pass brings up to 256 bytes; a closed port or a bad handle only costs the pass.
+// Reads up to 256 bytes. A bad or closed handle only fails this pass.
 int32_t Listen(const CheckedPrinter& printer, Bytes* heard) {
   uint8_t bytes[kPassSize];
   uint32_t count = 0;
@@ -38,7 +38,7 @@ int32_t Listen(const CheckedPrinter& printer, Bytes* heard) {
   return result;
 }
 
-// Empty when the piece is no reply: noise between the replies must not cost the others.
+// Returns an empty string when the piece is not a reply, so that noise between replies does not affect them.
 std::string ReplyValue(const std::string& reply) {
   try {
     return CAnalysisCmdBase(reply).result();
@@ -88,6 +88,7 @@ int32_t ReadTaskOverInfo(VexoPrinterHandle* handle, int32_t time_ms, char* text,
   if (text_length < texts.size()) {
     return VEXO_ERROR_BUFFER_TOO_SMALL;
   }
+  // Compatibility: the whole buffer is zeroed, but no zero is written after a text of exactly its size.
   std::fill_n(text, text_length, '\0');
   std::copy(texts.begin(), texts.end(), text);
   *length = static_cast<uint32_t>(texts.size());

@@ -1,4 +1,4 @@
-// Listening for what the printer says about finished tasks.
+// Listens for what the printer reports about finished tasks.
 #ifndef VEXO_MONITOR_TASK_OVER_INFO_H_
 #define VEXO_MONITOR_TASK_OVER_INFO_H_
 
@@ -10,11 +10,11 @@
 
 namespace vexo {
 
-// As the export GetPrinterTaskOverInfo (extend.h), with the arguments checked.
+// Implements GetPrinterTaskOverInfo (extend.h), with checked arguments.
 int32_t ReadTaskOverInfo(VexoPrinterHandle* handle, int32_t time_ms, char* text, uint32_t text_length,
                          uint32_t* length);
 
-// The texts of the V2 replies in what was heard, still percent-encoded, with "|" between them.
+// Returns the values of the V2 replies in `heard`, still percent-encoded, separated by "|".
 std::string CollectReplyValues(const Bytes& heard);
 
 }  // namespace vexo

@@ -10,9 +10,9 @@
 
 namespace vexo::platform {
 
-// Callbacks with their contexts, by key: the numeric value of the function's address, so each function is registered
-// once. Every operation takes the lock, which must outlive the registry; it is recursive, so callbacks may add and
-// remove callbacks.
+// Callbacks with their contexts. The key of a callback is the numeric value of its address, so each function is
+// registered once. Every operation takes the lock, which must outlive the registry; it is recursive, so callbacks may
+// add and remove callbacks.
 template <typename Function>
 class CallbackRegistry {
  public:
@@ -20,7 +20,7 @@ class CallbackRegistry {
 
   static int64_t KeyOf(Function function) { return static_cast<int64_t>(reinterpret_cast<intptr_t>(function)); }
 
-  // Returns the key. A function that is registered already gets the new context. Throws std::bad_alloc.
+  // Returns the key. Replaces the context of a function that is already registered. Throws std::bad_alloc.
   int64_t Add(Function function, void* context = nullptr) {
     const int64_t key = KeyOf(function);
     const std::lock_guard<RecursiveMutex> guard(*lock_);
@@ -28,7 +28,7 @@ class CallbackRegistry {
     return key;
   }
 
-  // Nothing happens when there is none with this key.
+  // Has no effect without a callback of this key.
   void Remove(int64_t key) {
     const std::lock_guard<RecursiveMutex> guard(*lock_);
     callbacks_.erase(key);
@@ -39,18 +39,18 @@ class CallbackRegistry {
     callbacks_.clear();
   }
 
-  // Calls `call(function, context)` for each callback in ascending order of the keys, under the lock. One that is
-  // removed during the delivery is not called any more. False: there is none, nothing was called.
+  // Calls `call(function, context)` for each callback in ascending order of the keys, under the lock. Skips callbacks
+  // removed during the delivery. Returns false, without a call, when there are none.
   template <typename Call>
   bool Deliver(const Call& call) {
     const std::lock_guard<RecursiveMutex> guard(*lock_);
     const bool any = !callbacks_.empty();
-    // Each step looks the next key up: the callback just called may have changed the map.
+    // Looks up the next key after each call: the callback may have changed the map.
     for (auto next = callbacks_.begin(); next != callbacks_.end();) {
       const int64_t key = next->first;
       const Entry entry = next->second;
-      // A host written in C++ may throw. Nothing may fly through the system's code that has called a window, end a
-      // thread of the library, or reach callers of an export that do not know exceptions.
+      // A host written in C++ may throw. An exception must not unwind through the system's code that called a window
+      // procedure, terminate a thread of the library, or reach a caller that does not handle exceptions.
       try {
         call(entry.function, entry.context);
       } catch (...) {  // NOLINT(bugprone-empty-catch): see above.

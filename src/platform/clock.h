@@ -1,4 +1,4 @@
-// Time, as the library may see it. Tests link a virtual clock instead of the system's.
+// Time. Tests link a virtual clock instead of the system's.
 #ifndef VEXO_PLATFORM_CLOCK_H_
 #define VEXO_PLATFORM_CLOCK_H_
 
@@ -6,21 +6,21 @@
 
 namespace vexo::platform {
 
-// Milliseconds since some fixed moment; wraps around, so differences are taken in uint32_t.
+// Milliseconds since a fixed but unspecified moment. Wraps around, so compute differences in uint32_t.
 uint32_t TickCount();
 
-// A finer count, and its steps per second.
+// A high-resolution count and its frequency in Hz.
 int64_t PerformanceCounter();
 int64_t PerformanceFrequency();
 
-// Sleeps for at least `milliseconds`, and not for a whole further period of a coarse system timer. For the waits of a
-// conversation with a printer: short ones are waited out awake in part.
+// Sleeps for at least `milliseconds`, without rounding up to the period of a coarse system timer: short sleeps spin for
+// the last millisecond. For the waits that the printer's protocol prescribes.
 void SleepMs(uint32_t milliseconds);
 
-// An ordinary sleep of the system, which costs least. For threads that look now and then.
+// The system's plain sleep, at the lowest cost. For threads that poll.
 void RestMs(uint32_t milliseconds);
 
-// Lets another thread run while a spin flag is busy.
+// Yields to another thread while a spin flag is busy.
 void YieldThread();
 
 }  // namespace vexo::platform

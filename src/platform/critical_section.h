@@ -7,10 +7,10 @@
 
 namespace vexo::platform {
 
-// May be entered again by the thread that holds it.
+// Recursive: the thread that holds it may enter it again.
 class CriticalSection {
  public:
-  // Null on failure, with the system's error code in *error. `spin_count` is how often a busy lock is tried before the
+  // Returns null on failure, with the system's error code in *error. `spin_count` is the number of attempts before the
   // thread waits; systems without such a setting ignore it.
   static std::unique_ptr<CriticalSection> Create(uint32_t spin_count, int32_t* error);
 

@@ -5,7 +5,7 @@
 namespace vexo::platform {
 namespace {
 
-// Made when the library is loaded; copies share its text.
+// Constructed when the library is loaded; copies share its text.
 const std::system_error kDeadlock(std::make_error_code(std::errc::resource_deadlock_would_occur),
                                   "resource deadlock would occur");
 

@@ -1,4 +1,4 @@
-// Texts in blocks of the system's global heap, where it has one.
+// Strings in blocks of the system's global heap, where there is one.
 #ifndef VEXO_PLATFORM_GLOBAL_TEXT_H_
 #define VEXO_PLATFORM_GLOBAL_TEXT_H_
 
@@ -8,7 +8,7 @@
 
 namespace vexo::platform {
 
-// Null without memory.
+// Returns null when out of memory.
 void* AllocateGlobal(size_t size);
 void FreeGlobal(void* block);
 
@@ -19,7 +19,7 @@ class GlobalText {
   GlobalText& operator=(const GlobalText&) = delete;
   ~GlobalText() { Reset(); }
 
-  // False: no memory; the old text stays.
+  // Returns false when out of memory; the old text stays.
   bool Assign(const char* text) {
     const size_t size = std::strlen(text) + 1;
     auto* const copy = static_cast<char*>(AllocateGlobal(size));

@@ -1,4 +1,4 @@
-// The handle of a device or socket that one thread may close while others use it.
+// A device or socket handle that one thread may close while others use it.
 #ifndef VEXO_PLATFORM_GUARDED_HANDLE_H_
 #define VEXO_PLATFORM_GUARDED_HANDLE_H_
 
@@ -8,11 +8,11 @@
 
 namespace vexo::platform {
 
-// Closes the handle it owns. The system gives the number of a closed handle to whatever is opened next, another printer
-// perhaps, and a thread that was a moment too late would take that printer's bytes: so closing ends the calls under way
-// and waits for them. A call that comes later has no handle, and gets the system's error for it.
+// Owns a handle. The system may give the value of a closed handle to the next device opened, perhaps another printer,
+// and a late thread would then take that printer's bytes. Close therefore interrupts the calls under way and waits for
+// them. A later call gets no handle, and the system's error for it.
 //
-// The traits of a kind of handle: the type Handle; kNone, for no handle; Interrupt, which ends calls that wait; Close.
+// Traits: the type Handle; kNone, meaning no handle; Interrupt, which ends blocking calls; Close.
 template <typename Traits>
 class GuardedHandle {
  public:
@@ -26,30 +26,31 @@ class GuardedHandle {
 
   bool valid() const { return handle_ != Traits::kNone; }
 
-  // For calls that do no harm to another one's handle.
+  // For calls that are harmless on a stale handle.
   Handle get() const { return handle_; }
 
-  // Closes the handle and owns another one.
+  // Closes the handle and takes ownership of another one.
   void Reset(Handle handle = Traits::kNone) { Close(Exchange(handle)); }
 
-  // Owns another handle; the old one is the caller's to close.
+  // Takes ownership of another handle; the caller closes the returned one.
   Handle Exchange(Handle handle) { return handle_.exchange(handle); }
 
-  // Closes a handle that this object has owned. A call that nothing can interrupt loses its handle after a while.
+  // Closes a handle that this object owned. Waits a limited time for calls that cannot be interrupted, then closes it
+  // under them.
   void Close(Handle handle) const {
     using Clock = std::chrono::steady_clock;
-    constexpr std::chrono::seconds kPatience(5);
+    constexpr std::chrono::seconds kMaxWait(5);
     if (handle == Traits::kNone) {
       return;
     }
-    for (const Clock::time_point start = Clock::now(); uses_ != 0 && Clock::now() - start < kPatience;) {
+    for (const Clock::time_point start = Clock::now(); uses_ != 0 && Clock::now() - start < kMaxWait;) {
       Traits::Interrupt(handle);
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     Traits::Close(handle);
   }
 
-  // One call to the system.
+  // The scope of one system call on the handle.
   class Use {
    public:
     explicit Use(const GuardedHandle& guarded) : uses_(&guarded.uses_) {

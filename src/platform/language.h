@@ -1,4 +1,4 @@
-// The language that messages are shown in.
+// The language of the messages.
 #ifndef VEXO_PLATFORM_LANGUAGE_H_
 #define VEXO_PLATFORM_LANGUAGE_H_
 
@@ -6,11 +6,11 @@
 
 namespace vexo::platform {
 
-// Primary language identifiers as Windows numbers them (the low ten bits of a language identifier).
+// Windows primary language identifiers (the low ten bits of a language identifier).
 inline constexpr int32_t kLanguageChinese = 4;
 inline constexpr int32_t kLanguageEnglish = 9;
 
-// Primary language of the user's default language.
+// Returns the primary language of the user's default language.
 int32_t UserPrimaryLanguage();
 
 }  // namespace vexo::platform

@@ -1,5 +1,5 @@
-// Locks that never allocate, neither when they are made nor when they are first locked or waited for: a lock is also
-// taken where there is no memory left, and what a host calls then must still give its code.
+// Mutexes that never allocate, neither on construction nor when locked or contended: locks are also taken when memory
+// has run out, and the export must still return its code then.
 #ifndef VEXO_PLATFORM_MUTEX_H_
 #define VEXO_PLATFORM_MUTEX_H_
 

@@ -1,5 +1,5 @@
-// The folder that the library itself lies in, whatever the host's current folder is: files that belong to an
-// installation of the library stand beside it.
+// The folder of the library itself, independent of the host's current folder. Files of the library's installation are
+// in this folder.
 #ifndef VEXO_PLATFORM_OWN_FOLDER_H_
 #define VEXO_PLATFORM_OWN_FOLDER_H_
 
@@ -13,8 +13,8 @@ struct FileCloser {
 };
 using OwnedFile = std::unique_ptr<std::FILE, FileCloser>;
 
-// Opens a file of that folder to read its bytes. Null when it cannot be opened. The folder is not told as a text: its
-// name may have letters that no code page of this machine knows. Throws std::bad_alloc.
+// Opens a file in that folder for binary reading. Returns null on failure. There is no function for the folder's path:
+// it may contain characters outside the system's code page. Throws std::bad_alloc.
 OwnedFile OpenOwnFile(const char* name);
 
 }  // namespace vexo::platform

@@ -1,5 +1,4 @@
-// The door to the system's sockets: what the ports and the network scan ask of them. Results and errors are the
-// system's own; only what differs between systems is named here.
+// The system's socket functions, as used by the ports and the network scan. Results and error codes are the system's.
 #ifndef VEXO_PLATFORM_SOCKETS_H_
 #define VEXO_PLATFORM_SOCKETS_H_
 
@@ -14,12 +13,12 @@ namespace vexo::platform {
 using Socket = intptr_t;
 inline constexpr Socket kNoSocket = -1;
 
-// What a call that failed returns; LastSocketError() tells why. Set and read by the calling thread.
+// The return value of a failed call; LastSocketError() gives the reason. Errors are per thread.
 inline constexpr int kSocketFailure = -1;
 int LastSocketError();
 void ClearSocketError();
 
-// Errors that callers treat in a way of their own.
+// Errors that callers handle specially.
 extern const int kSocketTimedOut;
 extern const int kSocketReset;
 extern const int kSocketWouldBlock;
@@ -32,7 +31,7 @@ class SocketLibrary {
   SocketLibrary& operator=(const SocketLibrary&) = delete;
   ~SocketLibrary() { Stop(); }
 
-  // 0, or the system's error. Starting twice changes nothing.
+  // Returns 0 or the system's error. A second Start has no effect.
   int Start();
   void Stop();
 
@@ -40,23 +39,23 @@ class SocketLibrary {
   bool started_ = false;
 };
 
-// An address of any kind of socket, as the system lays it out.
+// The address of any kind of socket, in the system's layout.
 struct SocketAddress {
   alignas(8) unsigned char bytes[32];
   int size;
 };
 
-// `host`: dotted, in the system's reading; any other text gives the broadcast address of the local network.
+// `host` is dotted and parsed by the system; any other text gives the broadcast address of the local network.
 SocketAddress Ipv4Address(const char* host, uint16_t port);
 SocketAddress AnyIpv4Address(uint16_t port);
 SocketAddress RfcommAddress(uint64_t device, uint32_t channel);
 
-// Unconnected sockets, or kNoSocket.
+// Return an unconnected socket, or kNoSocket.
 Socket MakeTcpSocket();
 Socket MakeRfcommSocket();
 Socket MakeDatagramSocket();
 
-// False: the system refuses; LastSocketError() tells why. Sizes are in bytes, times in milliseconds.
+// Return false on failure; LastSocketError() gives the reason. Sizes are in bytes, times in milliseconds.
 bool SetNoDelay(Socket socket);
 bool SetSendBuffer(Socket socket, uint32_t size);
 bool SetReceiveBuffer(Socket socket, uint32_t size);
@@ -68,43 +67,46 @@ bool SetDontLinger(Socket socket);
 bool SetBroadcast(Socket socket);
 bool SetBlocking(Socket socket, bool blocking);
 
-// 0: connected. With a socket that does not block, connecting goes on after a failure; AwaitConnection tells its end.
+// Returns 0 when connected. On a non-blocking socket, connecting continues after a failure; AwaitConnection reports its
+// end.
 int StartConnect(Socket socket, const SocketAddress& address);
 
-// How connecting came out. Some systems do not tell a refusal from an answer that is still awaited.
+// The outcome of connecting. Some systems do not tell a refusal from an answer that is still awaited.
 enum class Connecting {
-  kConnected,      // Unless PendingError says otherwise.
+  kConnected,      // Or failed, as PendingError tells.
   kGoesOn,         // Not connected in time.
-  kRefused,        // By the printer or the network; before the time is over.
+  kRefused,        // By the printer or the network, before the time limit.
   kSystemFailure,  // LastSocketError() tells why.
 };
 Connecting AwaitConnection(Socket socket, int64_t limit_ms);
+
 bool Bind(Socket socket, const SocketAddress& address);
 
-// Some Bluetooth stacks connect a socket that is bound to a printer's address.
+// Compatibility: binds with the address length that Bluetooth stacks in the field expect (16 of 30 bytes). Some of
+// these stacks connect a socket that is bound to a printer's address.
 bool BindToPrinter(Socket socket, const SocketAddress& address);
 
-// The error that the system has noted for the socket, 0 for none.
+// Returns the pending error of the socket, or 0.
 int PendingError(Socket socket);
 
-// What a socket is waited for, and what has come.
+// The events to wait for, and those that occurred.
 struct SocketEvents {
   bool readable = false;
   bool writable = false;
-  bool exceptional = false;  // Also a connection that failed.
+  bool exceptional = false;  // Includes a failed connection attempt.
 };
 
-// Waits for one of the events in *events, and leaves in it those that have come. A negative limit waits without end.
-// More than 0: one has come; 0: none in time; kSocketFailure.
+// Waits for one of the events in *events and replaces them by those that occurred. A negative limit means no limit.
+// Returns a positive value when an event occurred, 0 after the limit, or kSocketFailure.
 inline constexpr int64_t kNoLimit = -1;
 int AwaitSocket(Socket socket, SocketEvents* events, int64_t limit_ms);
 
-// The count of bytes, or kSocketFailure. Never more than INT_MAX bytes at once.
+// Return the number of bytes, at most INT_MAX per call, or kSocketFailure.
 int Send(Socket socket, const uint8_t* bytes, size_t length);
 int Receive(Socket socket, uint8_t* bytes, size_t length);
 int SendTo(Socket socket, const char* bytes, size_t length, const SocketAddress& address);
 
-// Whether the connection still stands, of a socket that is readable: bytes are there, and not its end.
+// For a readable socket: whether it has data and not the end of the connection.
 bool HasBytes(Socket socket);
 
 enum class Direction {
@@ -113,23 +115,23 @@ enum class Direction {
 };
 void ShutDown(Socket socket, Direction direction);
 
-// The first IPv4 address that belongs to this machine's name, dotted; empty when the system does not tell.
+// Returns the first IPv4 address of this machine's host name, dotted, or an empty string.
 std::string OwnIpv4Address();
 
 struct SocketTraits {
   using Handle = Socket;
   static constexpr Handle kNone = kNoSocket;
 
-  static void Interrupt(Handle /*socket*/) {}  // Shutting it down has done that.
+  static void Interrupt(Handle /*socket*/) {}  // Shutting the socket down has interrupted its calls.
   static void Close(Handle socket);
 };
 
 class ScopedSocket : public GuardedHandle<SocketTraits> {
  public:
-  // Closes the socket. `direction` is ended before.
+  // Shuts the socket down in `direction` and closes it.
   void ShutDown(Direction direction) { ShutDown(Exchange(kNoSocket), direction); }
 
-  // Closes a socket that this object has owned.
+  // The same for a socket that this object owned.
   void ShutDown(Socket old, Direction direction) const {
     if (old != kNoSocket) {
       platform::ShutDown(old, direction);

@@ -1,5 +1,5 @@
-// A thread of the library's own. The standard library's threads, as MinGW builds them, allocate also when they are only
-// asked who they are or waited for.
+// A thread of the library. The standard library's threads, as built for MinGW, allocate even to report their identifier
+// or to be joined.
 #ifndef VEXO_PLATFORM_THREAD_H_
 #define VEXO_PLATFORM_THREAD_H_
 
@@ -8,8 +8,8 @@
 
 namespace vexo::platform {
 
-// Started and joined by its owner, on one thread at a time. A thread that was started must be joined before its object
-// goes.
+// Not synchronised: its owner starts and joins it, one call at a time. A started thread must be joined before the
+// object is destroyed.
 class Thread {
  public:
   Thread() = default;
@@ -17,11 +17,10 @@ class Thread {
   Thread& operator=(const Thread&) = delete;
   ~Thread() = default;
 
-  // Runs `run(argument)`, which must not throw, on a new thread. False: the system has none to give.
+  // Runs `run(argument)`, which must not throw, on a new thread. Returns false when no thread can be created.
   bool Start(void (*run)(void*), void* argument);
 
-  // Waits for the end of `run`. Nothing happens when no thread was started, or it has been joined. Not on the thread
-  // itself.
+  // Waits for the end of `run`. Has no effect when no thread is running. Must not be called on the thread itself.
   void Join();
 
   // Whether the caller runs on this thread.
@@ -30,14 +29,14 @@ class Thread {
  private:
   void (*run_)(void*) = nullptr;
   void* argument_ = nullptr;
-  uintptr_t system_thread_ = 0;  // Handle or identifier; means something while started_.
+  uintptr_t system_thread_ = 0;  // Handle or identifier; valid while started_.
   bool started_ = false;
-  std::atomic<uintptr_t> self_{0};  // The identifier of the running thread, as it knows itself; 0 for none.
+  std::atomic<uintptr_t> self_{0};  // Identifier of the running thread, set by the thread itself; 0 for none.
 
   friend struct ThreadEntry;
 };
 
-// Throws std::system_error (resource deadlock would occur): a thread was to wait for its own end. Needs no memory.
+// Throws std::system_error (resource deadlock would occur), for a thread that would wait for itself. Does not allocate.
 [[noreturn]] void ThrowDeadlock();
 
 }  // namespace vexo::platform

@@ -1,4 +1,4 @@
-// Texts in fixed buffers: the records of the port layer hold URIs and paths of at most 255 characters.
+// Strings in fixed buffers: the records of the port layer hold URIs and paths of at most 255 characters.
 #ifndef VEXO_PORT_BOUNDED_TEXT_H_
 #define VEXO_PORT_BOUNDED_TEXT_H_
 
@@ -6,10 +6,10 @@
 
 namespace vexo {
 
-// Appends text pieces to a buffer; a piece that does not fit is left out whole and makes Append return false.
+// Appends strings to a buffer. Append returns false, and appends nothing, when the piece does not fit.
 class BoundedText {
  public:
-  // `capacity` counts the terminating zero. With a capacity of 0 nothing is ever written.
+  // `capacity` includes the terminating zero. With a capacity of 0 nothing is ever written.
   BoundedText(char* buffer, size_t capacity);
 
   bool Append(const char* piece);
@@ -23,10 +23,10 @@ class BoundedText {
 // Copies at most capacity - 1 characters and terminates the copy.
 void CopyText(char* buffer, size_t capacity, const char* text);
 
-// Length of a text, but at most `limit`.
+// Returns the length of a string, but at most `limit`.
 size_t BoundedLength(const char* text, size_t limit);
 
-// Upper-cases the ASCII letters; the letters of other code pages stay, whatever locale the host has set.
+// Upper-case ASCII letters only, regardless of the host's locale.
 void UpperCaseAscii(char* text);
 char UpperCaseAscii(char c);
 

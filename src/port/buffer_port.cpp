@@ -61,7 +61,7 @@ int32_t BufferPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
   return VEXO_OK;
 }
 
-// Half as much again, so that a job written in small pieces is copied only a few times.
+// Grows by half, so that a job written in small pieces is copied only a few times.
 int32_t BufferPort::Grow(uint32_t needed) {
   const uint64_t half_more = uint64_t{capacity_} + capacity_ / 2;
   const uint32_t limit = std::numeric_limits<uint32_t>::max();

@@ -1,4 +1,4 @@
-// The in-memory port: what is written can be read back, as often as wanted. Hosts collect a job in it.
+// The in-memory port: its content can be read any number of times. Hosts collect a job in it.
 #ifndef VEXO_PORT_BUFFER_PORT_H_
 #define VEXO_PORT_BUFFER_PORT_H_
 
@@ -10,21 +10,22 @@
 
 namespace vexo {
 
-// Safe to close while another thread writes or reads.
+// May be closed while another thread writes or reads.
 class BufferPort : public PortDriver {
  public:
-  // Starts with an empty buffer of 2048 bytes. -9: no memory; what was there stays.
+  // Allocates an empty buffer of 2048 bytes. Returns VEXO_ERROR_OUT_OF_MEMORY, with the old content unchanged.
   int32_t Open() override;
   int32_t Close() override;
 
-  // Empties the buffer: hosts use it as "start a new job".
+  // Compatibility: empties the buffer; hosts call this to start a new job.
   int32_t CheckOpen() override;
 
-  // Appends. -9: no memory; the content stays.
+  // Appends. Returns VEXO_ERROR_OUT_OF_MEMORY, with the content unchanged.
   int32_t Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) override;
 
-  // Both copy the whole content and leave it in place. The room is the difference of the two numbers for both, so for
-  // Read it is length - offset, a simplification that hosts of buffer ports count on. -2: no room for all of it.
+  // Compatibility: both copy the whole content and keep it. Both take the room to be the difference of their two
+  // numbers, which for Read is length - offset; hosts of buffer ports rely on it. Return VEXO_ERROR_BUFFER_TOO_SMALL
+  // when the content does not fit.
   int32_t Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) override;
   int32_t ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) override;
 

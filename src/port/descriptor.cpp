@@ -16,7 +16,7 @@ struct Fields {
   char* items[kMaxFields];
   size_t count = 0;
 
-  // Fields are numbered as users count them, from 1. Null when the descriptor has no such field.
+  // Fields are numbered from 1. Returns null when the descriptor has no such field.
   char* Get(size_t number) const { return number <= count ? items[number - 1] : nullptr; }
 
   const char* GetOr(size_t number, const char* fallback) const {
@@ -28,7 +28,7 @@ struct Fields {
   }
 };
 
-// The URI to be written: parameters without a value are left out.
+// The URI to write. Parameters without a value are left out.
 struct UriDraft {
   struct Parameter {
     const char* key;
@@ -56,7 +56,7 @@ void CutTrailingBlanks(char* text) {
   }
 }
 
-// A comma at the very start is skipped, and one at the very end, with or without blanks behind it, adds no field.
+// Compatibility: a comma at the start is skipped, one at the end adds no field, and fields after the tenth are ignored.
 Fields SplitFields(char* text) {
   Fields fields;
   if (*text == ',') {
@@ -76,8 +76,9 @@ Fields SplitFields(char* text) {
   return fields;
 }
 
-// Three letters of the first field; "F.." always becomes a word of four letters, so that "fil" and "file" both read as
-// FILE.
+// The first three letters of the first field.
+//
+// Compatibility: "F.." becomes a word of four letters ending in E, so that both "fil" and "file" mean FILE.
 struct KindWord {
   explicit KindWord(const char* field) {
     CopyText(text, 4, field);
@@ -111,8 +112,10 @@ int32_t ReadSerial(const Fields& fields, UriDraft* uri) {
   return VEXO_OK;
 }
 
-// NET and BT: an address and one further value, which keeps its default only when the field is missing; an empty third
-// field is passed on as an empty value.
+// Reads NET and BT descriptors: an address and one more value.
+//
+// Compatibility: the second value takes its default only when its field is missing; an empty field gives an empty
+// value, which the URI parser rejects.
 int32_t ReadAddress(const Fields& fields, const char* address_key, const char* key, const char* fallback,
                     UriDraft* uri) {
   if (fields.Get(2) == nullptr) {
@@ -131,14 +134,14 @@ int32_t ReadFile(const Fields& fields, UriDraft* uri) {
   return VEXO_OK;
 }
 
-// "VID_0X1A2B" and "PID_0X0001" carry six characters before the digits.
+// Skips the six characters in front of the digits in "VID_0X1A2B" and "PID_0X0001".
 const char* AfterIdPrefix(const char* field) {
   constexpr size_t kIdPrefixLength = 6;
   return field + BoundedLength(field, kIdPrefixLength);
 }
 
-// The last recognised field decides how many of location, portnum, vid and pid are written, and an unrecognised field
-// always makes field 2 the device: hosts in the field depend on descriptors being read in exactly this order.
+// Compatibility: the last recognised field decides how many of location, portnum, vid and pid are written, and an
+// unrecognised field always makes field 2 the device. Hosts depend on both.
 int32_t ReadUsb(const Fields& fields, UriDraft* uri) {
   constexpr size_t kPlaceOnly = 2;
   constexpr size_t kPlaceAndIds = 4;
@@ -197,7 +200,7 @@ int32_t ReadFields(const KindWord& kind, const Fields& fields, UriDraft* uri) {
   return kind == "BUF" ? VEXO_OK : VEXO_ERROR_NOT_SUPPORTED_PRINTER;
 }
 
-// The part before the parameters must stay below 255 characters, the whole within them.
+// The part before the parameters must be shorter than 255 characters, the whole URI at most 255.
 bool WriteUri(const KindWord& kind, const UriDraft& uri, char (&out)[kUriBufferSize]) {
   BoundedText text(out, kUriBufferSize);
   bool fits = text.Append(kUriScheme) && text.Append(kind.text) && text.Append("/") && text.Append(uri.device) &&

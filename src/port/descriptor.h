@@ -1,4 +1,4 @@
-// Port descriptors: the short texts that callers name a port with, such as "COM3,9600", "NET,192.168.1.100" or "USB".
+// Port descriptors: the short texts that name a port, such as "COM3,9600", "NET,192.168.1.100" or "USB".
 #ifndef VEXO_PORT_DESCRIPTOR_H_
 #define VEXO_PORT_DESCRIPTOR_H_
 
@@ -8,9 +8,10 @@
 
 namespace vexo {
 
-// Turns a descriptor into a device URI. The descriptor is cut up and partly upper-cased in place: pass a private copy.
-// 0; -301: null, no field, or a required field is missing; -4: unknown kind word; -2: the URI would be longer than 255
-// characters. `out` is written on success only.
+// Converts a descriptor into a device URI. Modifies the descriptor: pass a private copy. Writes `out` on success only.
+// Returns VEXO_OK; VEXO_ERROR_IO_SETTING when the descriptor is null or empty or lacks a required field;
+// VEXO_ERROR_NOT_SUPPORTED_PRINTER for an unknown kind; VEXO_ERROR_BUFFER_TOO_SMALL for a URI of more than 255
+// characters.
 int32_t ConvertDescriptorToUri(char* descriptor, char (&out)[kUriBufferSize]);
 
 }  // namespace vexo

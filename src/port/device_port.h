@@ -1,4 +1,4 @@
-// What every port to a device has, whatever carries the bytes: its URI, its time limits and its abort flag.
+// The state that all ports to devices share: URI, time limits and abort flag.
 #ifndef VEXO_PORT_DEVICE_PORT_H_
 #define VEXO_PORT_DEVICE_PORT_H_
 
@@ -17,23 +17,25 @@ class DevicePort : public PortDriver {
   int32_t SetTimeouts(const VexoPortTimeouts& timeouts) override;
   int32_t GetTimeouts(VexoPortTimeouts* timeouts) override;
 
-  // -7: a device knows no settings unless its kind says otherwise.
+  // Returns VEXO_ERROR_NOT_IMPLEMENTED unless the kind of port overrides it.
   int32_t Control(int32_t code, const uint8_t* input, uint32_t input_length, uint8_t* output, uint32_t output_length,
                   uint32_t* returned) override;
 
  protected:
   explicit DevicePort(const VexoPortTimeouts& timeouts) : timeouts_(timeouts) {}
 
-  // Ends a successful Configure.
+  // Completes a successful Configure.
   void SetConfigured(const DeviceUri& uri);
   bool configured() const { return configured_; }
 
-  // The URI, in a buffer of 256 bytes: what a port learns when it is opened may be added.
+  // The URI, in a buffer of 256 bytes: opening a port may append parameters.
   char* uri() { return uri_; }
 
   const VexoPortTimeouts& timeouts() const { return timeouts_; }
 
-  // Set on any thread, read between the steps of a transfer.
+  // The abort flag: set on any thread, checked between the steps of a transfer.
+  //
+  // Compatibility: an aborted transfer returns VEXO_OK with the count so far.
   void SetAborted() { abort_.Set(); }
   bool IsAborted() const { return abort_.IsSet(); }
 

@@ -22,14 +22,16 @@ constexpr struct {
     {"BUF", VEXO_PORT_BUFFER},
 };
 
-// Ends the text at `separator` and gives what follows it.
+// Terminates the text at `separator` and returns the rest.
 char* CutAt(char* separator) {
   *separator = '\0';
   return separator + 1;
 }
 
-// `list` is the text after the "?". The whole list is refused when it ends in an empty value or is empty itself; a
-// parameter without "=" ends it, and everything from there on is ignored.
+// Parses the text after the "?".
+//
+// Compatibility: an empty list or one that ends in an empty value is rejected as a whole, while a parameter without "="
+// ends the list without an error and the rest is ignored.
 int32_t ParseParameters(DeviceUri* uri, char* list) {
   const size_t length = std::strlen(list);
   if (length == 0 || list[length - 1] == '=' || list[length - 1] == '?') {

@@ -11,10 +11,10 @@
 namespace vexo {
 namespace {
 
-// Held while the two fields of a handle are changed together, never while a port is used.
+// Held while the two fields of a handle are changed together, never while a port is in use.
 platform::Mutex g_handles;
 
-// Gives the port that the handle held.
+// Returns the port that the handle held.
 VexoPort* Exchange(VexoPrinterHandle* handle, VexoPort* port) {
   const std::lock_guard<platform::Mutex> guard(g_handles);
   VexoPort* const old_port = LoadField(handle->port);
@@ -23,7 +23,7 @@ VexoPort* Exchange(VexoPrinterHandle* handle, VexoPort* port) {
   return old_port;
 }
 
-// Whatever closing reports must not keep a host from opening the next port.
+// Ignores the result of closing, which must not keep a host from opening the next port.
 void ReplaceWith(VexoPrinterHandle* handle, VexoPort* port) {
   VexoPort* const old_port = Exchange(handle, port);
   if (old_port != nullptr) {
@@ -33,8 +33,8 @@ void ReplaceWith(VexoPrinterHandle* handle, VexoPort* port) {
 
 }  // namespace
 
-// The handle lets go of the old object before that is closed, so that another thread which still uses the handle finds
-// it closed and not half torn down.
+// Detaches the old object from the handle before closing it, so that another thread that still uses the handle finds it
+// closed instead of half destroyed.
 int32_t ReplaceHandlePort(VexoPrinterHandle* handle, const char* descriptor, VexoPort** port) {
   if (handle == nullptr || LoadField(handle->magic) != VEXO_PRINTER_MAGIC) {
     return VEXO_ERROR_HANDLE;

@@ -1,6 +1,5 @@
-// The port object inside a printer handle: taken out, replaced and opened. Several threads may do so with one handle:
-// each works on the port that it made itself, the handle keeps the one that was put into it last, and what it held
-// before is closed.
+// Replaces and opens the port object of a printer handle. Several threads may do so with one handle: each continues
+// with the port that it made, the handle keeps the last one, and the displaced ones are closed.
 #ifndef VEXO_PORT_HANDLE_PORT_H_
 #define VEXO_PORT_HANDLE_PORT_H_
 
@@ -10,14 +9,15 @@
 
 namespace vexo {
 
-// Puts a new port object, not opened yet, into the handle in place of the one it may hold, which is closed. 0, with the
-// object in *port; -6: no printer handle, nothing is touched; else the code of OpenPort: the handle then holds no port.
+// Replaces the handle's port object, which is closed, by a new one that is not open yet. Returns VEXO_OK with the
+// object in *port; VEXO_ERROR_HANDLE, changing nothing, when it is no printer handle; or the code of OpenPort, and the
+// handle then has no port.
 int32_t ReplaceHandlePort(VexoPrinterHandle* handle, const char* descriptor, VexoPort** port);
 
-// Marks the handle open when `result` is 0 and it still holds the port. Gives the result back.
+// Marks the handle open if `result` is VEXO_OK and the handle still holds the port. Returns `result`.
 int32_t MarkHandleOpen(VexoPrinterHandle* handle, const VexoPort* port, int32_t result);
 
-// Replaces the port and opens the new one. After a failure the handle is not open.
+// Replaces the port and opens the new one. The handle is not open after a failure.
 int32_t ReconnectHandle(VexoPrinterHandle* handle, const char* descriptor);
 
 }  // namespace vexo

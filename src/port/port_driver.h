@@ -1,5 +1,5 @@
-// The shape of a port driver: the twelve operations of a port object without their common checks, and the table that
-// the factory finds drivers in.
+// The interface of a port driver (the operations of a port object without their common checks) and the table that maps
+// kinds of ports to drivers.
 #ifndef VEXO_PORT_PORT_DRIVER_H_
 #define VEXO_PORT_PORT_DRIVER_H_
 
@@ -10,9 +10,8 @@
 
 namespace vexo {
 
-// Operations in the order of the port object's table (printer.h says what each one does). The port object has checked
-// pointers and zeroed the counts before it calls one. Entries that a kind of port does not need return 0, as the base
-// does. Drivers do not throw.
+// Operations in the order of the port object's table; see printer.h. The port object has checked pointers and zeroed
+// the counts. The base implementations return VEXO_OK. Drivers do not throw.
 class PortDriver {
  public:
   PortDriver() = default;
@@ -34,16 +33,18 @@ class PortDriver {
   virtual int32_t Control(int32_t code, const uint8_t* input, uint32_t input_length, uint8_t* output,
                           uint32_t output_length, uint32_t* returned);
 
-  // Finds a USB device among `class_count` device classes from `first_class` on, and opens its device file. -372: none
-  // was found, as on every port that has no device file.
+  // Finds a USB device among `class_count` device classes from `first_class` on and opens its device file. Returns
+  // VEXO_ERROR_USB_NOT_FOUND when there is none, as on every port without a device file.
   virtual int32_t OpenDeviceOfClass(uint32_t first_class, uint32_t class_count);
 };
 
-// The common rule of GetUri: the copy needs 255 bytes, the length is given in any case.
+// Implements GetUri for all drivers.
+//
+// Compatibility: the copy needs 255 bytes; a smaller buffer is cleared. The length is returned in either case.
 int32_t CopyUri(const char* uri, char* buffer, uint32_t size, uint32_t* length);
 
-// The driver for a kind of port: a new one, or null when there is no memory. *known tells whether the kind has a
-// driver at all. The Windows build and the tests each define this table.
+// Returns a new driver for a kind of port, or null when out of memory. *known tells whether the kind has a driver at
+// all. The Windows build and the tests each define this function.
 std::unique_ptr<PortDriver> MakePortDriver(int32_t kind, bool* known);
 
 }  // namespace vexo

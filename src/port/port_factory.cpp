@@ -18,7 +18,7 @@ namespace {
 
 constexpr size_t kMinTextLength = 3;
 
-// A text that reads as a URI is taken as given, even if it would also read as a descriptor.
+// A text that parses as a URI is used as it is, even if it would also parse as a descriptor.
 int32_t ParseUriOrDescriptor(DeviceUri* uri, const char* text) {
   char copy[kUriBufferSize];
   CopyText(copy, sizeof(copy), text);
@@ -78,7 +78,7 @@ int32_t OpenPort(VexoPort** port, const char* text) {
     return kind;
   }
   char canonical[kUriBufferSize];
-  FormatDeviceUri(uri, canonical, sizeof(canonical));  // A parsed URI always fits: it came from such a buffer.
+  FormatDeviceUri(uri, canonical, sizeof(canonical));  // Always fits: the URI came from a buffer of this size.
   return MakePort(port, kind, canonical, std::move(lock));
 }
 

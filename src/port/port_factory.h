@@ -1,4 +1,4 @@
-// Makes port objects from the texts that callers name ports with.
+// Makes port objects from descriptors and device URIs.
 #ifndef VEXO_PORT_PORT_FACTORY_H_
 #define VEXO_PORT_PORT_FACTORY_H_
 
@@ -8,12 +8,15 @@
 
 namespace vexo {
 
-// Makes a configured port object from a port descriptor or a device URI; the device is not opened. Of a longer text
-// the first 255 characters count. On failure *port is untouched and nothing is held.
+// Makes a configured port object from a port descriptor or a device URI, of which the first 255 characters count. Does
+// not open the device. On failure *port is untouched and nothing is held. Release the object with ClosePort.
 //
-// 0; -301: null text, fewer than 3 characters, or neither a URI nor a descriptor; -4: no driver for this kind of port;
-// -2 (buffer port: -9): out of memory; positive: the port lock could not be created; else the code of the driver's
-// Configure. Release the object with ClosePort.
+// Returns VEXO_OK; VEXO_ERROR_IO_SETTING for a null or malformed text or one of fewer than 3 characters;
+// VEXO_ERROR_NOT_SUPPORTED_PRINTER when the kind of port has no driver; a positive system error when the port lock
+// cannot be created; otherwise the code of the driver's Configure.
+//
+// Compatibility: out of memory is VEXO_ERROR_BUFFER_TOO_SMALL, for a buffer port VEXO_ERROR_OUT_OF_MEMORY. A descriptor
+// of unknown kind is VEXO_ERROR_IO_SETTING, a URI of unknown TYPE VEXO_ERROR_NOT_SUPPORTED_PRINTER.
 int32_t OpenPort(VexoPort** port, const char* text);
 
 }  // namespace vexo

@@ -10,11 +10,11 @@
 namespace vexo {
 namespace {
 
-// The high bit asks older systems to reserve what entering needs at once, so that entering cannot fail later.
+// The high bit makes older systems allocate everything at once, so that entering cannot fail later.
 constexpr uint32_t kSpinCount = 0x80000000;
 
 struct SharedLock {
-  std::atomic<bool> busy{false};  // Guards the two members below; never held while waiting for anything.
+  std::atomic<bool> busy{false};  // Guards the two members below; never held while waiting.
   uint32_t references = 0;
   std::unique_ptr<platform::CriticalSection> section;
 };
@@ -33,7 +33,7 @@ class SpinGuard {
   ~SpinGuard() { g_lock.busy.store(false, std::memory_order_release); }
 };
 
-// The holder of a share may use the section without the spin flag: it cannot go away meanwhile.
+// A reference keeps the section alive, so its holder may use it without the spin flag.
 class SectionGuard {
  public:
   SectionGuard() { g_lock.section->Enter(); }

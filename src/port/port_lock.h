@@ -1,4 +1,4 @@
-// The one lock of the port layer. It guards the abort flags of all ports and lives as long as any port does.
+// The lock of the port layer. It guards the abort flags of all ports and exists as long as any port does.
 #ifndef VEXO_PORT_PORT_LOCK_H_
 #define VEXO_PORT_PORT_LOCK_H_
 
@@ -6,8 +6,8 @@
 
 namespace vexo {
 
-// A share in the lock: the first one creates it, the last one given back deletes it. Ports may be opened and closed on
-// any thread.
+// A reference to the lock: the first one creates it, the last one deletes it. Ports may be opened and closed on any
+// thread.
 class PortLockReference {
  public:
   PortLockReference() = default;
@@ -17,7 +17,7 @@ class PortLockReference {
   PortLockReference& operator=(const PortLockReference&) = delete;
   ~PortLockReference();
 
-  // 0, or the system's error code when the lock cannot be created; nothing is held then.
+  // Returns 0, or the system's error code, with nothing held, when the lock cannot be created.
   int32_t Take();
   void GiveBack();
 
@@ -25,11 +25,13 @@ class PortLockReference {
   bool held_ = false;
 };
 
-// Shares held now, for tests.
+// Number of references, for tests.
 uint32_t PortLockReferenceCount();
 
-// Set by Abort on any thread, read by the thread that transfers; both under the lock. Only used while the port that
-// owns the flag holds a share in the lock.
+// Set by Abort on any thread, read by the thread that transfers, both under the lock. Its port must hold a reference to
+// the lock.
+//
+// Compatibility: never reset, so an aborted port stays unusable until it is replaced.
 class AbortFlag {
  public:
   void Set();

@@ -16,7 +16,7 @@ int32_t WithDriver(const VexoPort* port, Operation operation) {
   return live != nullptr ? operation(**live) : error;
 }
 
-// A count that the caller may have no use for; 0 until the driver has counted.
+// An optional output count; 0 until the driver sets it.
 class OutCount {
  public:
   explicit OutCount(uint32_t* wanted) : count_(wanted != nullptr ? wanted : &unwanted_) { *count_ = 0; }
@@ -30,7 +30,7 @@ class OutCount {
   uint32_t* count_;
 };
 
-// The twelve entries: each checks the object and its arguments, then calls the driver's operation of the same name.
+// The twelve entries. Each checks the object and its arguments, then calls the driver's operation of the same name.
 
 int32_t PortConfigure(VexoPort* port, const char* uri) {
   return WithDriver(port, [=](PortDriver& driver) -> int32_t {
@@ -72,24 +72,24 @@ int32_t PortGetTimeouts(VexoPort* port, VexoPortTimeouts* timeouts) {
 int32_t PortWrite(VexoPort* port, const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
   OutCount count(written);
   return WithDriver(port, [&](PortDriver& driver) -> int32_t {
-    const bool nowhere = buffer == nullptr && length > 0;
-    return nowhere ? VEXO_ERROR_PARAMETER : driver.Write(buffer, offset, length, count.get());
+    const bool no_buffer = buffer == nullptr && length > 0;
+    return no_buffer ? VEXO_ERROR_PARAMETER : driver.Write(buffer, offset, length, count.get());
   });
 }
 
 int32_t PortRead(VexoPort* port, uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
   OutCount count(read);
   return WithDriver(port, [&](PortDriver& driver) -> int32_t {
-    const bool nowhere = buffer == nullptr && length > 0;
-    return nowhere ? VEXO_ERROR_PARAMETER : driver.Read(buffer, offset, length, count.get());
+    const bool no_buffer = buffer == nullptr && length > 0;
+    return no_buffer ? VEXO_ERROR_PARAMETER : driver.Read(buffer, offset, length, count.get());
   });
 }
 
 int32_t PortReadAvailable(VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
   OutCount count(read);
   return WithDriver(port, [&](PortDriver& driver) -> int32_t {
-    const bool nowhere = buffer == nullptr && from != to;
-    return nowhere ? VEXO_ERROR_PARAMETER : driver.ReadAvailable(buffer, from, to, count.get());
+    const bool no_buffer = buffer == nullptr && from != to;
+    return no_buffer ? VEXO_ERROR_PARAMETER : driver.ReadAvailable(buffer, from, to, count.get());
   });
 }
 
@@ -135,7 +135,7 @@ int32_t ClosePort(VexoPort* port) {
   if (ours != nullptr) {
     const bool in_use = ours.use_count() > 1;
     if (in_use) {
-      (*ours)->Abort();  // Another thread is in the middle of a transfer, which is to end.
+      (*ours)->Abort();  // Another thread is transferring; end its transfer.
       (*ours)->Close();
     }
   } else if (port->Close != nullptr) {

@@ -9,12 +9,12 @@
 namespace vexo {
 namespace {
 
-// The memory of a closed record is used again only after this many others have been closed, and is not returned to the
-// system while the library is loaded. So a thread that loaded the address of a record just before another thread
-// closed it finds a record without magic: not freed memory, and not somebody else's printer.
-constexpr size_t kRestingRecords = 64;
+// The memory of a closed record is reused only after this many others have been closed, and not freed while the library
+// is loaded. A thread that loaded the address of a record just before it was closed therefore finds a record without
+// magic, not freed memory and not another printer.
+constexpr size_t kRetiredRecords = 64;
 
-// Made when the library is loaded, so that closing a port never needs memory.
+// Constructed when the library is loaded, so that closing a port never needs memory.
 PortRegistry g_registry;
 
 }  // namespace
@@ -26,11 +26,11 @@ LiveDriver::LiveDriver(std::unique_ptr<PortDriver> driver, PortLockReference loc
 
 LiveDriver::~LiveDriver() { driver_->Close(); }
 
-// Ports that the host never closed are abandoned: this runs while the library is unloaded, when the system forbids the
+// Leaks the ports that the host did not close: this runs while the library is unloaded, when the system forbids the
 // calls that would close them.
 PortRegistry::~PortRegistry() {
   static Content* abandoned = nullptr;
-  if (!content_->drivers.empty() || !content_->kept.empty()) {
+  if (!content_->drivers.empty() || !content_->leaked.empty()) {
     abandoned = content_.release();
   }
   static_cast<void>(abandoned);
@@ -39,7 +39,7 @@ PortRegistry::~PortRegistry() {
 VexoPort* PortRegistry::Add(const VexoPort& prototype, std::unique_ptr<PortDriver> driver, PortLockReference lock) {
   auto live = std::make_shared<LiveDriver>(std::move(driver), std::move(lock));
   if (prototype.kind == VEXO_PORT_BLUETOOTH) {
-    live->keepsake_.push_back(live->driver_);
+    live->leaked_driver_.push_back(live->driver_);
   }
   const std::lock_guard<platform::Mutex> guard(mutex_);
   void* const key = NewKey();
@@ -54,17 +54,17 @@ VexoPort* PortRegistry::Add(const VexoPort& prototype, std::unique_ptr<PortDrive
   }
 }
 
-// Counted, and not the driver's address, which another driver may have later: a copy of a closed record must not reach
+// A counter instead of the driver's address, which a later driver may reuse: a copy of a closed record must not reach
 // another printer.
 void* PortRegistry::NewKey() {
   return reinterpret_cast<void*>(++content_->last_key);  // NOLINT(performance-no-int-to-ptr): never dereferenced.
 }
 
-// A record that is used again already has the operations. Its magic comes last: until then it is no port object to a
-// thread that still has its address.
+// A reused record already has the operations. Its magic is stored last: until then a thread that still has its address
+// does not regard it as a port object.
 VexoPort* PortRegistry::PlaceRecord(const VexoPort& prototype, void* key) {
-  if (content_->resting.size() > kRestingRecords) {
-    content_->records.splice(content_->records.end(), content_->resting, content_->resting.begin());
+  if (content_->retired.size() > kRetiredRecords) {
+    content_->records.splice(content_->records.end(), content_->retired, content_->retired.begin());
   } else {
     content_->records.push_back(prototype);
     content_->records.back().magic = 0;
@@ -102,11 +102,11 @@ std::shared_ptr<LiveDriver> PortRegistry::Remove(const VexoPort* port) {
   }
   std::shared_ptr<LiveDriver> live = std::move(found->second);
   content_->drivers.erase(found);
-  if (live->keepsake_.empty()) {
+  if (live->leaked_driver_.empty()) {
     StoreField(&live->record_->magic, 0U);
-    content_->resting.splice(content_->resting.end(), content_->records, live->record_);
+    content_->retired.splice(content_->retired.end(), content_->records, live->record_);
   } else {
-    content_->kept.splice(content_->kept.end(), live->keepsake_);
+    content_->leaked.splice(content_->leaked.end(), live->leaked_driver_);
   }
   return live;
 }

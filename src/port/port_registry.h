@@ -1,5 +1,5 @@
-// All port objects that this library made. It answers the two questions that a record, which hosts can copy and
-// overwrite, cannot answer soundly itself: whose is this object, and does its driver still exist?
+// The registry of all port objects that this library made. It knows which objects are ours and whether their drivers
+// still exist; the records cannot, because hosts may copy and overwrite them.
 #ifndef VEXO_PORT_PORT_REGISTRY_H_
 #define VEXO_PORT_PORT_REGISTRY_H_
 
@@ -17,8 +17,8 @@
 
 namespace vexo {
 
-// A driver with its share in the port lock. Whoever lets go of it last closes the device: the thread that closes the
-// port, or another one that still has an operation under way and must not lose the device in the middle of it.
+// A driver and its reference to the port lock. The last owner closes the device: the thread that closes the port, or
+// another one whose operation is still under way.
 class LiveDriver {
  public:
   LiveDriver(std::unique_ptr<PortDriver> driver, PortLockReference lock);
@@ -32,13 +32,13 @@ class LiveDriver {
  private:
   friend class PortRegistry;
 
-  PortLockReference lock_;  // Given back last: the driver may read its abort flag until it is gone.
+  PortLockReference lock_;  // Released last: the driver may check its abort flag until it is destroyed.
   std::shared_ptr<PortDriver> driver_;
   std::list<VexoPort>::iterator record_;
-  std::list<std::shared_ptr<PortDriver>> keepsake_;  // See PortRegistry::Remove.
+  std::list<std::shared_ptr<PortDriver>> leaked_driver_;  // Bluetooth ports only; see PortRegistry::Remove.
 };
 
-// Safe to use from any thread.
+// Thread-safe.
 class PortRegistry {
  public:
   PortRegistry() : content_(std::make_unique<Content>()) {}
@@ -46,24 +46,27 @@ class PortRegistry {
   PortRegistry& operator=(const PortRegistry&) = delete;
   ~PortRegistry();
 
-  // A new port object: a copy of `prototype` with the driver filled in. All prototypes have the same operations. Throws
-  // std::bad_alloc, nothing is left then.
+  // Returns a new port object: a copy of `prototype` with its driver set. All prototypes must have the same operations.
+  // Throws std::bad_alloc, leaving nothing behind.
   VexoPort* Add(const VexoPort& prototype, std::unique_ptr<PortDriver> driver, PortLockReference lock);
 
-  // The driver for one operation on `port`, kept alive by the pointer: another thread may close the port meanwhile.
-  // Null with *error -6 (no object, wrong magic) or -308 (no such driver). A copy of a record reaches the same driver.
+  // Returns the driver for one operation on `port` and keeps it alive, since another thread may close the port
+  // meanwhile. Null with *error VEXO_ERROR_HANDLE (no object, wrong magic) or VEXO_ERROR_IO_HANDLE (no such driver). A
+  // copy of a record reaches the same driver.
   std::shared_ptr<LiveDriver> Use(const VexoPort* port, int32_t* error);
 
-  // Takes a port object out and gives what it owned; its record loses its magic. Null: the object was not made here,
-  // or was taken out before. The driver of a Bluetooth port stays in memory, and its record keeps its magic.
+  // Removes a port object, clears the magic of its record and returns its driver. Returns null when the object was not
+  // made here or is already removed.
+  //
+  // Compatibility: the driver of a Bluetooth port is leaked, and its record keeps its magic.
   std::shared_ptr<LiveDriver> Remove(const VexoPort* port);
 
  private:
   struct Content {
-    std::map<const void*, std::shared_ptr<LiveDriver>> drivers;  // By the driver field of the record.
+    std::map<const void*, std::shared_ptr<LiveDriver>> drivers;  // Keyed by the driver field of the record.
     std::list<VexoPort> records;
-    std::list<VexoPort> resting;
-    std::list<std::shared_ptr<PortDriver>> kept;
+    std::list<VexoPort> retired;
+    std::list<std::shared_ptr<PortDriver>> leaked;
     uintptr_t last_key = 0;
   };
 

@@ -10,7 +10,8 @@
 namespace vexo {
 namespace {
 
-// What no system takes: the low bytes of the codes for a bad parity, data bit and stop bit value.
+// Compatibility: the low bytes of the error codes for a bad parity, data bit and stop bit value, which no system
+// accepts. Configure stores them without an error, and Open then fails.
 constexpr uint8_t kBadParity = static_cast<uint8_t>(VEXO_ERROR_SERIAL_PARITY & 0xFF);
 constexpr uint8_t kBadByteSize = static_cast<uint8_t>(VEXO_ERROR_SERIAL_BYTE_SIZE & 0xFF);
 constexpr uint8_t kBadStopBits = static_cast<uint8_t>(VEXO_ERROR_SERIAL_STOP_BITS & 0xFF);
@@ -31,7 +32,7 @@ constexpr Word<uint32_t> kSpeeds[] = {{"1200", 1200},   {"2400", 2400},   {"4800
                                       {"38400", 38400}, {"57600", 57600}, {"115200", 115200}};
 constexpr Word<uint8_t> kStopBits[] = {{"1", 0}, {"1.5", 1}, {"2", 2}};
 
-// Letters are taken in either case.
+// Letters are accepted in either case.
 constexpr Word<uint8_t> kParities[] = {{"N", 0}, {"O", 1}, {"E", 2}, {"M", 3}, {"S", 4}};
 constexpr Word<uint32_t> kFlowControls[] = {
     {"N", 0}, {"D", kFlowDtrDsr}, {"C", kFlowRtsCts}, {"P", kFlowDtrDsr | kFlowRtsCts}, {"X", kFlowXonXoff}};
@@ -43,7 +44,7 @@ const Word<Value>* Find(const Word<Value> (&words)[count], const char* text) {
   return found != std::end(words) ? found : nullptr;
 }
 
-// The text of a one-letter setting, upper-cased; no word when it is longer.
+// The upper-cased text of a one-letter setting; empty when the value is longer.
 struct Letter {
   explicit Letter(const char* value) {
     if (std::strlen(value) == 1) {

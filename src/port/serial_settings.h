@@ -1,4 +1,4 @@
-// The line settings of a serial port, as its device URI spells them and as the system takes them.
+// The line settings of a serial port: parsed from its device URI, in the system's codes.
 #ifndef VEXO_PORT_SERIAL_SETTINGS_H_
 #define VEXO_PORT_SERIAL_SETTINGS_H_
 
@@ -8,13 +8,12 @@
 
 namespace vexo {
 
-// Handshakes of a line, as bits.
+// Flow control bits.
 inline constexpr uint32_t kFlowDtrDsr = 1;
 inline constexpr uint32_t kFlowRtsCts = 2;
 inline constexpr uint32_t kFlowXonXoff = 16;
 
-// The codes of the first three are those of the system's DCB record. A text that is not accepted leaves a value that no
-// system takes: the port can be configured, but not opened.
+// The first three hold the codes of the system's DCB record.
 struct SerialSettings {
   uint8_t parity = 0;
   uint8_t byte_size = 0;
@@ -23,11 +22,16 @@ struct SerialSettings {
   uint32_t flow_control = 0;
 };
 
-// Takes the settings from a URI. A missing parameter counts as a text that is not accepted. 0; -351: not one of the
-// supported speeds; -356: bad flow control. *settings is written on success only.
+// Reads the settings from a URI. A missing parameter counts as an invalid value. Writes *settings on success only.
+// Returns VEXO_OK, VEXO_ERROR_SERIAL_BAUDRATE or VEXO_ERROR_SERIAL_FLOW_CONTROL.
+//
+// Compatibility: an invalid parity, byte size or number of stop bits is not an error here; the port can be configured,
+// but not opened.
 int32_t ReadSerialSettings(const DeviceUri& uri, SerialSettings* settings);
 
-// The write constant, in milliseconds, with which a slow line has the time for a whole chunk.
+// Returns the write constant, in milliseconds, that gives a slow line the time for a whole chunk.
+//
+// Compatibility: the division by the speed is an integer division; hosts are tuned to the resulting times.
 uint32_t SerialWriteConstant(uint32_t chunk_size, uint32_t baud_rate);
 
 }  // namespace vexo

@@ -1,10 +1,10 @@
-// Fields of records that hosts and the library change on different threads without a lock.
+// Access to record fields that hosts and the library change on different threads without a lock.
 #ifndef VEXO_PORT_SHARED_FIELD_H_
 #define VEXO_PORT_SHARED_FIELD_H_
 
 namespace vexo {
 
-// Reads a field exactly once and in one piece; sees everything that was written before the field was stored.
+// Reads a field exactly once and atomically, with acquire semantics.
 template <typename T>
 T LoadField(const T& field) {
   return __atomic_load_n(&field, __ATOMIC_ACQUIRE);

@@ -10,7 +10,7 @@ namespace {
 
 constexpr uint32_t kLongestBudget = std::numeric_limits<uint32_t>::max() - 1;
 constexpr uint32_t kReadAttempts = 5;
-constexpr uint32_t kWaitSlackMs = 10;  // A rest this short is not worth another wait.
+constexpr uint32_t kWaitSlackMs = 10;  // A shorter rest is not worth another wait.
 constexpr uint32_t kLongestPauseMs = 100;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// How long transfers may take: the time limits of VexoPortTimeouts, applied attempt by attempt.
+// The duration of transfers: applies the time limits of VexoPortTimeouts to each attempt.
 #ifndef VEXO_PORT_TRANSFER_PACING_H_
 #define VEXO_PORT_TRANSFER_PACING_H_
 
@@ -8,7 +8,7 @@
 
 namespace vexo {
 
-// multiplier * length + constant in milliseconds, held below the value that stands for "no limit" in waits.
+// multiplier * length + constant in milliseconds, capped below the value that means "no limit" in waits.
 uint32_t TransferBudget(uint32_t multiplier, uint32_t length, uint32_t constant);
 
 // The pacing of one Write on a device file. All waits of the call share its budget.
@@ -16,14 +16,15 @@ class WritePacing {
  public:
   WritePacing(const VexoPortTimeouts& timeouts, uint32_t length);
 
-  // Longest wait for the transfer that starts now.
+  // Starts a transfer and returns its longest wait.
   uint32_t StartTransfer();
 
-  // Accounts for a transfer that wrote all of its chunk...
+  // Records a transfer that wrote its whole chunk...
   void EndTransfer();
 
-  // ...or left a part of it. False: the time for the chunk, or for the call, is used up. The time that such transfers
-  // have spent is counted over the whole call, also for the limit of a single chunk.
+  // ...or a part of it. Returns false when the time for the chunk or for the call is used up.
+  //
+  // Compatibility: the time of such transfers adds up over the whole call, also against the limit of a single chunk.
   bool EndPartialTransfer(uint32_t chunk_length);
 
  private:
@@ -32,28 +33,28 @@ class WritePacing {
   const VexoPortTimeouts timeouts_;
   const uint32_t budget_;
   uint32_t wait_left_;
-  uint32_t spent_ = 0;  // On transfers that left a part.
+  uint32_t spent_ = 0;  // In transfers that left a part of their chunk.
   uint32_t started_ = 0;
 };
 
-// The pacing of one Read on a device file with overlapped I/O: up to five attempts. Until data comes they share the
-// budget; from the first data on, each may only last as long as the read interval.
+// The pacing of one Read on a device file with overlapped I/O: up to five attempts. They share the budget until data
+// arrives; from then on each may last as long as the read interval.
 class ReadPacing {
  public:
-  // The call begins now.
+  // Starts the call.
   ReadPacing(const VexoPortTimeouts& timeouts, uint32_t length);
 
-  // Begins the next attempt. False: all attempts are used up.
+  // Starts the next attempt. Returns false when all are used up.
   bool StartAttempt();
 
-  // Longest wait for the attempt.
+  // The longest wait for this attempt.
   uint32_t wait() const { return wait_; }
 
-  // Accounts for an attempt that left bytes missing. False: the time is up.
+  // Records an attempt after which bytes are still missing. Returns false when the time is up.
   bool EndAttempt(uint32_t bytes);
 
-  // Sleeps before the next attempt when the device answered at once and with nothing: some devices complete every read
-  // immediately, and the attempts would be over before a printer could answer.
+  // Sleeps before the next attempt when the device answered at once without data: some devices complete every read
+  // immediately, and the attempts would be used up before a printer could answer.
   void Pause() const;
 
  private:

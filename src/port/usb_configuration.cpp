@@ -9,7 +9,7 @@ constexpr char kFileName[] = "vidpid_cfg.txt";
 
 }  // namespace
 
-// Closed at once, so that looking for devices again and again uses up no files, and the host can replace it.
+// Closed at once, so that repeated searches do not exhaust file handles and the host can replace the file.
 bool IsConfiguredDevice(std::string_view /*hardware_id*/) {
   std::FILE* const file = std::fopen(kFileName, "r");
   if (file == nullptr) {

@@ -1,4 +1,4 @@
-// The host's own extension of the list of USB printers.
+// The host's extension of the list of USB printers.
 #ifndef VEXO_PORT_USB_CONFIGURATION_H_
 #define VEXO_PORT_USB_CONFIGURATION_H_
 
@@ -6,14 +6,14 @@
 
 namespace vexo {
 
-// Whether the configuration lets a device through: whether the current directory has a file "vidpid_cfg.txt" that can
-// be read. Then every device of the system's USB printer class qualifies, whatever its hardware id and whatever the
-// file says, even if it is empty.
+// Whether a device qualifies by configuration.
 //
-// It is meant to list identifiers, one a line, in a table that is searched from its first line to the first one found
-// in a hardware id. But the lines have kept their line ends, which no hardware id has, and the search ends at the empty
-// rest of the table, which stands in every text. Hosts in the field rely on the file letting their printers through,
-// though its lines do not name them.
+// Compatibility: every device of the system's USB printer class qualifies while the current directory has a readable
+// file "vidpid_cfg.txt", whatever the hardware id and the contents of the file, even if it is empty.
+//
+// The file was meant to list identifiers, one a line, that are searched for in the hardware id. But the lines kept
+// their line ends, which no hardware id contains, and the search went on to the empty rest of the table, which matches
+// everything. Hosts rely on the file letting their printers through even though no line names them.
 bool IsConfiguredDevice(std::string_view hardware_id);
 
 }  // namespace vexo

@@ -8,11 +8,11 @@
 namespace vexo {
 namespace {
 
-constexpr std::string_view kNothing = " ";  // In the place of a serial, a name or an id that the system does not tell.
+constexpr std::string_view kNothing = " ";  // Stands for a serial, name or id that the system does not report.
 constexpr size_t kIdDigits = 4;
 constexpr char kRecordEnd = '|';
 
-// The text between the first and the second "\": the printer's name in "USBPRINT\MODEL\7&1A2B3C&0&USB001".
+// The text between the first and second "\": the printer's name in "USBPRINT\MODEL\7&1A2B3C&0&USB001".
 std::string_view NameOf(std::string_view bus_relations) {
   const size_t first = bus_relations.find('\\');
   if (first == std::string_view::npos) {
@@ -23,7 +23,9 @@ std::string_view NameOf(std::string_view bus_relations) {
   return second != std::string_view::npos ? rest.substr(0, second) : kNothing;
 }
 
-// The four digits behind `key`. They count only when something follows them.
+// The four digits after `key`.
+//
+// Compatibility: they count only when more text follows them.
 std::string_view DigitsOf(std::string_view hardware_id, std::string_view key) {
   const size_t at = hardware_id.find(key);
   if (at == std::string_view::npos || hardware_id.size() - at <= key.size() + kIdDigits) {
@@ -32,7 +34,7 @@ std::string_view DigitsOf(std::string_view hardware_id, std::string_view key) {
   return hardware_id.substr(at + key.size(), kIdDigits);
 }
 
-// The last of several pieces between "&", when it names a port of the system's printer driver: "USB001".
+// The last of the parts between "&" if it names a port of the system's printer driver: "USB001".
 std::string_view PortOf(std::string_view bus_relations) {
   const size_t separator = bus_relations.rfind('&');
   if (separator == std::string_view::npos) {
@@ -42,8 +44,8 @@ std::string_view PortOf(std::string_view bus_relations) {
   return last.find("USB") != std::string_view::npos ? last : std::string_view();
 }
 
-// One record. What would make it longer than a record may be is cut off, but it always ends: hosts split the list at
-// the ends of its records.
+// One record. Text beyond the maximum length is cut off, but the record always ends in "|", at which hosts split the
+// list.
 class Record {
  public:
   explicit Record(const UsbDevice& printer) {
@@ -51,7 +53,7 @@ class Record {
     Append("USB,");
     Append(serial);
     Append(";");
-    Append(serial);  // Twice, as hosts know it.
+    Append(serial);  // Compatibility: twice; hosts count the fields.
     Append(";");
     Append(NameOf(printer.bus_relations));
     Append(";VID_");
@@ -68,7 +70,7 @@ class Record {
   std::string_view text() const { return {text_, length_}; }
 
  private:
-  // Room for the end is kept.
+  // Leaves room for the "|".
   std::string_view Cut(std::string_view piece) const { return piece.substr(0, kMaxUsbRecordLength - 1 - length_); }
 
   void Append(std::string_view piece) {

@@ -8,19 +8,19 @@
 
 namespace vexo {
 
-// Longest record, with its "|".
+// Maximum length of a record, including its "|".
 inline constexpr size_t kMaxUsbRecordLength = 255;
 
-// Fills a caller's buffer, record by record.
+// Writes records into the caller's buffer.
 class UsbDescriptionList {
  public:
-  // Zeroes the buffer. `size` is at least 1.
+  // Zeroes the buffer. `size` must be at least 1.
   UsbDescriptionList(char* buffer, size_t size);
 
-  // A record that does not fit is left out; a shorter one may still follow.
+  // Compatibility: silently drops a record that does not fit; a shorter one may still follow.
   void Add(const UsbDevice& printer);
 
-  // Takes away the "|" at the end of the list.
+  // Removes the "|" at the end of the list.
   void Finish();
 
  private:

@@ -21,14 +21,14 @@ bool EqualsIgnoringCase(std::string_view left, std::string_view right) {
   return std::equal(left.begin(), left.end(), right.begin(), right.end(), EqualIgnoringCase);
 }
 
-// The value of an upper-case hexadecimal digit, or nothing.
+// The value of an upper-case hexadecimal digit.
 std::optional<uint32_t> HexDigit(char c) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   const size_t value = kDigits.find(c);
   return value != std::string_view::npos ? std::optional<uint32_t>(static_cast<uint32_t>(value)) : std::nullopt;
 }
 
-// `product`: what follows the vendor in a hardware id.
+// `product` is the text after the vendor in a hardware id.
 bool IsOfAFamily(std::string_view product) {
   if (product.size() < kFamilyDigits + kModelDigits) {
     return false;
@@ -50,7 +50,7 @@ bool HasFamilyProduct(std::string_view hardware_id) {
   return false;
 }
 
-// Removes `piece`, upper-cased, from the front of a text; false when it is not there.
+// Removes `piece`, upper-cased, from the front of *text. Returns false when it is not there.
 bool TakeUpperCased(std::string_view* text, std::string_view piece) {
   const std::string_view front = text->substr(0, piece.size());
   if (!std::equal(front.begin(), front.end(), piece.begin(), piece.end(),
@@ -61,7 +61,7 @@ bool TakeUpperCased(std::string_view* text, std::string_view piece) {
   return true;
 }
 
-// Whether "VID_vid&PID_pid" stands in a text.
+// Whether a text contains "VID_vid&PID_pid".
 bool HasIdentifiers(std::string_view text, std::string_view vid, std::string_view pid) {
   for (size_t at = text.find("VID_"); at != std::string_view::npos; at = text.find("VID_", at + 1)) {
     std::string_view rest = text.substr(at);
@@ -73,7 +73,7 @@ bool HasIdentifiers(std::string_view text, std::string_view vid, std::string_vie
   return false;
 }
 
-bool IsCalled(const UsbDevice& device, std::string_view name) {
+bool HasName(const UsbDevice& device, std::string_view name) {
   return EqualsIgnoringCase(device.bus_relations, name) ||
          EqualsIgnoringCase(UsbSerial(device.instance_id).value_or(""), name) || Contains(device.child_id, name) ||
          Contains(device.parent_id, name);
@@ -87,7 +87,7 @@ bool IsMakerDevice(std::string_view hardware_id) {
          HasFamilyProduct(hardware_id);
 }
 
-UsbQualification UsbQualifier::Judge(const UsbDevice& device) {
+UsbQualification UsbQualifier::Qualify(const UsbDevice& device) {
   if (IsMakerDevice(device.hardware_id) || IsMakerDevice(device.parent_id) || IsConfigured(device)) {
     return UsbQualification::kMaker;
   }
@@ -108,8 +108,8 @@ void UsbQualifier::NoteService(std::string_view service) {
   met_print_service_ = met_print_service_ || service.empty() || at != kPrintService.end();
 }
 
-// Any one of the criteria suffices: a printer is still found when it has moved to another socket, and one of another
-// product at the same socket is taken.
+// Compatibility: any single criterion is sufficient. A printer is still found after it has moved to another USB port,
+// and another product at the same port is accepted.
 bool MatchesUsbCriteria(const UsbDevice& device, const UsbCriteria& criteria) {
   if (criteria.any) {
     return true;
@@ -122,7 +122,7 @@ bool MatchesUsbCriteria(const UsbDevice& device, const UsbCriteria& criteria) {
   if (!criteria.location.empty() && EqualsIgnoringCase(device.location, criteria.location)) {
     return true;
   }
-  if (!criteria.device_name.empty() && IsCalled(device, criteria.device_name)) {
+  if (!criteria.device_name.empty() && HasName(device, criteria.device_name)) {
     return true;
   }
   return !criteria.portnum.empty() && Contains(device.child_id, criteria.portnum);

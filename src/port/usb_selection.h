@@ -1,4 +1,4 @@
-// Which of the system's USB devices a port means. Decides on texts alone: usb_enumeration gathers them.
+// Decides which of the system's USB devices a port means. Works on texts alone; usb_enumeration gathers them.
 #ifndef VEXO_PORT_USB_SELECTION_H_
 #define VEXO_PORT_USB_SELECTION_H_
 
@@ -7,21 +7,21 @@
 
 namespace vexo {
 
-// What the system says of a device; empty where it says nothing. Texts may be of any length and content.
+// The texts that describe a device; empty where the system has none. They may have any length and content.
 struct UsbDevice {
   std::string_view hardware_id;    // "USB\VID_1A2B&PID_0001&REV_0100", upper-cased.
   std::string_view location;       // "PORT_#0001.HUB_#0002", upper-cased.
-  std::string_view bus_relations;  // The print queue's device: "USBPRINT\MODEL\7&1A2B3C&0&USB001".
+  std::string_view bus_relations;  // Device of the print queue: "USBPRINT\MODEL\7&1A2B3C&0&USB001".
   std::string_view instance_id;    // "USB\VID_1A2B&PID_0001\SERIAL".
-  std::string_view child_id = {};  // Device id of the first device below.
-  // Device id of the device above. A disk or a gun says of itself only what any such device says; the USB identifiers
-  // stand in the device above it. Not gathered of printers.
+  std::string_view child_id = {};  // Device id of the first child device.
+  // Device id of the parent device, which carries the USB identifiers of a disk or a scanner gun. Not gathered for
+  // printers.
   std::string_view parent_id = {};
 };
 
-// What a device URI says of a device; empty where it says nothing.
+// The criteria in a device URI; empty where it gives none.
 struct UsbCriteria {
-  bool any = true;  // The URI said nothing at all: the first device that qualifies is meant.
+  bool any = true;  // No criteria at all: the first device that qualifies.
   std::string_view device_name;
   std::string_view location;
   std::string_view portnum;
@@ -29,26 +29,26 @@ struct UsbCriteria {
   std::string_view pid;
 };
 
-// Whether a hardware id holds an identifier of the built-in list.
+// Whether a hardware id contains an identifier of the built-in list.
 bool IsMakerDevice(std::string_view hardware_id);
 
 enum class UsbQualification {
-  kNone,   // Nobody's business here, whatever a URI says.
-  kMaker,  // The maker's, or let through by the configuration.
-  kGated,  // The printer whose reads can be switched off. It is taken as soon as it is met.
+  kNone,   // Not one of our printers; never selected.
+  kMaker,  // One of the maker's, or qualified by the configuration.
+  kGated,  // The printer whose reads can be switched off. Selected as soon as it is met.
 };
 
-// Judges the devices of one walk over the system's interfaces.
+// Decides which devices of one enumeration qualify.
 class UsbQualifier {
  public:
-  // `is_configured` tells whether the configuration lets a device with this hardware id through, and with it every
-  // other. It is asked at most once in a walk, and only when a device is not the maker's.
+  // `is_configured` tells whether the configuration qualifies a hardware id, and with it all others. It is called at
+  // most once per enumeration, and only for a device that is not the maker's.
   explicit UsbQualifier(bool (*is_configured)(std::string_view)) : is_configured_(is_configured) {}
 
-  UsbQualification Judge(const UsbDevice& device);
+  UsbQualification Qualify(const UsbDevice& device);
 
-  // A device that does not qualify may still be a printer of this system, which its service tells ("usbprint", in any
-  // letter case, or a part of it). One is enough to know of: until then the service of each is to be read and noted.
+  // Compatibility: of devices that do not qualify, the service is read until one has turned out to be a printer of the
+  // system ("usbprint" in any letter case, or a part of it). Nothing depends on it.
   bool wants_service() const { return !met_print_service_; }
   void NoteService(std::string_view service);
 
@@ -60,10 +60,10 @@ class UsbQualifier {
   bool met_print_service_ = false;
 };
 
-// Whether a URI means a device that qualifies.
+// Whether a qualified device meets the criteria.
 bool MatchesUsbCriteria(const UsbDevice& device, const UsbCriteria& criteria);
 
-// The part of an instance id after its last "\"; nothing without one.
+// The part of an instance id after its last "\", if it has one.
 std::optional<std::string_view> UsbSerial(std::string_view instance_id);
 
 }  // namespace vexo

@@ -17,7 +17,7 @@ bool IsParameter(std::string_view parameter, std::string_view key) {
 
 size_t LengthWithoutFoundDevice(const char* uri) {
   const std::string_view text = uri;
-  size_t before = text.size();  // Where the parameter before this one began, if that is a location.
+  size_t before = text.size();  // Start of the previous parameter if that is a location.
   for (size_t start = text.find('?'); start != std::string_view::npos; start = text.find('+', start + 1)) {
     const std::string_view parameter = text.substr(start + 1);
     if (IsParameter(parameter, kDevicePath)) {

@@ -1,5 +1,5 @@
-// What an opened USB port adds to its URI: where its device was found. Hosts read it there, and a URI with it opens the
-// same device again.
+// The parameters that an opened USB port adds to its URI: where its device was found. Hosts read them, and a URI with
+// them opens the same device again.
 #ifndef VEXO_PORT_USB_URI_H_
 #define VEXO_PORT_USB_URI_H_
 
@@ -9,22 +9,21 @@
 
 namespace vexo {
 
-// A device that was found, in the texts of a port's state.
+// The device found, in the texts of the port's state.
 struct FoundUsbDevice {
-  char path[kUriBufferSize] = {};  // For CreateFile. Empty: none was looked for.
+  char path[kUriBufferSize] = {};  // For CreateFile; empty if no device was found.
   char location[kUriBufferSize] = {};
   char serial[kUriBufferSize] = {};
-  bool has_serial = false;  // Devices found by class are known by location and path alone.
+  bool has_serial = false;  // False for devices found by class, which have only a location and a path.
   bool gated = false;
 };
 
-// Length of what a URI says apart from the parameters "location", "deviceid" and "sn" that an earlier opening left at
-// its end.
+// Returns the length of a URI without the parameters "location", "deviceid" and "sn" that an earlier Open appended.
 size_t LengthWithoutFoundDevice(const char* uri);
 
-// Puts the parameters for `device` behind the first `length` characters of a URI in a buffer of 256 bytes, in place of
-// what stands there. The last one is cut at the buffer's end, and left out when nothing of its value remains: a URI
-// must not end in an empty value.
+// Writes the parameters for `device` after the first `length` characters of a URI in a buffer of 256 bytes, replacing
+// the rest. The last one is cut off at the end of the buffer, or left out if none of its value fits, because a URI must
+// not end in an empty value.
 void WriteFoundDevice(char* uri, size_t length, const FoundUsbDevice& device);
 
 }  // namespace vexo

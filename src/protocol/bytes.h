@@ -1,4 +1,4 @@
-// Byte strings, and the little-endian fields inside them.
+// Byte strings and little-endian fields in them.
 #ifndef VEXO_PROTOCOL_BYTES_H_
 #define VEXO_PROTOCOL_BYTES_H_
 

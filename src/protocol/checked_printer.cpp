@@ -6,7 +6,7 @@
 namespace vexo {
 namespace {
 
-// The open port of a handle, or null with the reason in *error.
+// Returns the open port of a handle, or null with the reason in *error.
 VexoPort* FindOpenPort(const VexoPrinterHandle* handle, int32_t* error) {
   *error = VEXO_ERROR_HANDLE;
   if (handle == nullptr || LoadField(handle->magic) != VEXO_PRINTER_MAGIC) {
@@ -30,8 +30,8 @@ int32_t CheckedPrinter::Check() const {
   return error;
 }
 
-// The magic is checked here, too: whatever a foreign pointer leads to, no operation is taken from it. A host's own port
-// object may lack an operation.
+// Checks the port's magic too, so that no operation is taken from a dangling pointer. A port object supplied by the
+// host may leave an operation null.
 template <typename Entry, typename... Arguments>
 int32_t CheckedPrinter::Call(Entry VexoPort::*entry, Arguments... arguments) const {
   int32_t error = VEXO_OK;

@@ -6,8 +6,8 @@
 namespace vexo {
 namespace {
 
-// Taken out one after the other: "0x" can only be seen as such once the blanks are gone, and before letters change
-// case.
+// Removed one after the other in this order: "0x" is only recognisable once the blanks are gone, and before the letters
+// change case.
 constexpr std::string_view kSeparators[] = {",", ";", "|", " ", "0x", "\r", "\n"};
 
 void RemoveAll(std::string* text, std::string_view separator) {

@@ -1,4 +1,4 @@
-// Hexadecimal text, the form in which command templates are kept.
+// Hexadecimal text, the notation of the command templates.
 #ifndef VEXO_PROTOCOL_HEX_TEXT_H_
 #define VEXO_PROTOCOL_HEX_TEXT_H_
 
@@ -8,8 +8,8 @@
 
 namespace vexo {
 
-// Turns "1b 1C,0x26" and the like into bytes, and leaves the text empty. Blanks, commas, semicolons, bars, "0x" and
-// line ends separate; a last single digit is dropped. Digits are not checked: pass correct templates only.
+// Converts text such as "1b 1C,0x26" into bytes and empties it. Blanks, commas, semicolons, bars, "0x" and line ends
+// are separators; a single digit at the end is dropped. Digits are not validated: pass correct templates only.
 Bytes HexTextToBytes(std::string&& text);
 
 }  // namespace vexo

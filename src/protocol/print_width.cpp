@@ -12,20 +12,21 @@ constexpr uint8_t kPrintWidthKeyLow = 0xCC;
 constexpr uint8_t kPrintWidthKeyHigh = 0x00;
 constexpr uint8_t kSaved = 0;
 
-// The printer's acknowledgement of a setkey, and later its answer to save_param_zone in the first byte.
+// Holds the acknowledgement of setkey first, then, in its first byte, the answer to save_param_zone.
 struct Reply {
   uint8_t bytes[3] = {};
   uint32_t count = 0;
 };
 
-// Printers differ in what they answer to setkey, or answer nothing, so the bytes are not judged; only an answer that
-// was not counted although it reached the last byte counts as a failed read.
+// Compatibility: printers acknowledge setkey differently or not at all, so the bytes are not checked. The only failure
+// is an answer that was not counted although its third byte arrived.
 bool ReadAcknowledgement(const CheckedPrinter& printer, Reply* reply) {
   printer.Read(reply->bytes, sizeof(reply->bytes), &reply->count);
   return !(reply->count == 0 && reply->bytes[2] != 0);
 }
 
-// What counts is the printer's confirmation: exactly one zero byte.
+// Only the printer's confirmation counts: exactly one zero byte. If the handle has become unusable, the acknowledgement
+// of setkey is checked in its place.
 bool ReadSaved(const CheckedPrinter& printer, Reply* reply) {
   if (printer.Check() == VEXO_OK) {
     reply->count = 0;
@@ -64,7 +65,7 @@ int32_t QueryPrintWidth(VexoPrinterHandle* handle, uint32_t* width) {
   uint32_t count = 0;
   const int32_t result = printer.Read(reply, sizeof(reply), &count);
   if (count != sizeof(reply)) {
-    return result;  // Possibly 0: a read that ended without error, but short.
+    return result;  // Compatibility: may be VEXO_OK, when a read succeeds but is short; *width is untouched then.
   }
   *width = ReadLittleEndian16(reply);
   return VEXO_OK;

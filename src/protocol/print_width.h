@@ -8,7 +8,7 @@
 
 namespace vexo {
 
-// As the exports of the same names (extend.h).
+// Implement SetPrintWidth and GetPrintWidth (extend.h).
 int32_t ChangePrintWidth(VexoPrinterHandle* handle, uint32_t width);
 int32_t QueryPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
 

@@ -19,8 +19,8 @@ constexpr size_t kLineEndSize = 2;
 
 bool Contains(const std::string& text, const char* word) { return text.find(word) != std::string::npos; }
 
-// The high byte counts as signed: with its top bit set, the length is larger than any reply. Printers never send such
-// a length, noise does, and hosts rely on it being refused.
+// Compatibility: the high byte is taken as signed, so a length of 32768 or more exceeds every reply. Printers never
+// send one; hosts rely on such noise being rejected.
 size_t PayloadLength(const std::string& reply) {
   const auto low = static_cast<uint8_t>(reply[kLengthOffset]);
   const auto high = static_cast<int8_t>(reply[kLengthOffset + 1]);

@@ -11,16 +11,16 @@
 namespace vexo {
 namespace {
 
-constexpr uint32_t kLargestPacket = 64;  // USB ports that are asked for less keep only the end of a packet.
-constexpr uint32_t kSmallReply = 512;    // Larger ones take memory for the time of the call.
+constexpr uint32_t kLargestPacket = 64;  // USB ports asked for less keep only the end of a packet.
+constexpr uint32_t kSmallReply = 512;    // Larger replies are read into memory from the heap.
 
 void Pause(int64_t milliseconds) {
   constexpr int64_t kLongest = std::numeric_limits<uint32_t>::max();
   platform::SleepMs(static_cast<uint32_t>(std::min(milliseconds, kLongest)));
 }
 
-// One receive after the other. `receive` gives the result of one and how many bytes that brought and how many of them
-// were stored; `wants_more` whether there is a point in another one.
+// Receives repeatedly. `receive` performs one receive and returns its result, the number of bytes that arrived and the
+// number stored; `wants_more` tells whether there is room for another one.
 struct Received {
   int32_t result = VEXO_OK;
   uint32_t brought = 0;
@@ -66,7 +66,7 @@ int32_t ReadReply(VexoPrinterHandle* handle, uint8_t* destination, uint32_t firs
   const auto receive = [&](uint32_t total) {
     Received received;
     received.result = printer.ReadAvailable(work, 0, size, &received.brought);
-    // The count may exceed the room, see CheckedPrinter.
+    // The count may exceed the room; see CheckedPrinter.
     received.stored = std::min({received.brought, size, size - total});
     std::copy_n(work, received.stored, destination + first + total);
     return received;

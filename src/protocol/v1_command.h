@@ -1,4 +1,4 @@
-// The printer's text command protocol, version 1: every command begins with ESC FS "& V1 " and goes on with a verb.
+// The printer's text command protocol, version 1. Every command begins with ESC FS "& V1 ", followed by a verb:
 //
 //   setkey  CR LF, then a binary record: entries (1), key (16 bits, low byte first), value length (8 bits), value
 //   getkey  CR LF, then a binary record that asks for key 0x00CC, two bytes long
@@ -7,7 +7,8 @@
 //   do      "ACTION" CR LF
 //   report  nothing more: how the printer begins each status report
 //
-// Keys, values and actions go out byte for byte: they must not hold a double quote.
+// Compatibility: keys, values and actions are sent byte for byte, without quoting or escaping, as the printers' parser
+// expects them; they must not contain a double quote.
 #ifndef VEXO_PROTOCOL_V1_COMMAND_H_
 #define VEXO_PROTOCOL_V1_COMMAND_H_
 
@@ -18,7 +19,8 @@
 
 namespace vexo {
 
-// A value of more than 255 bytes is sent whole, but its length byte holds only the low 8 bits of the count.
+// Compatibility: a value of more than 255 bytes is sent whole, but its length byte holds only the low 8 bits of its
+// length.
 Bytes BuildSetKeyCommand(uint8_t key_low, uint8_t key_high, const Bytes& value);
 Bytes BuildGetKeyCommand();
 Bytes BuildSetValCommand(std::string_view key, std::string_view value);
@@ -28,7 +30,7 @@ Bytes BuildDoCommand(std::string_view action);
 // The 13 bytes that every status report begins with. Built once, when the library is loaded.
 const Bytes& ReportCommand();
 
-// do "save_param_zone": makes the printer store its parameter zone. It answers with one byte, 0 for success.
+// do "save_param_zone": the printer stores its parameter zone and answers with one byte, 0 for success.
 inline constexpr std::string_view kSaveParamZoneCommand = "\x1b\x1c& V1 do \"save_param_zone\"\r\n";
 
 }  // namespace vexo

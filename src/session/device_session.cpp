@@ -24,7 +24,7 @@ constexpr uint32_t kReceiveSize = 4096;
 
 bool IsUsb(const std::string& descriptor) { return descriptor.find("USB") != std::string::npos; }
 
-// Every operation looks at the session under its lock; one on a USB port keeps the lock to its end.
+// Every operation locks the session to check its state; only those on a USB port hold the lock until they end.
 void UnlockUnlessUsb(std::unique_lock<platform::Mutex>* lock, const std::string& descriptor) {
   if (!IsUsb(descriptor)) {
     lock->unlock();
@@ -38,7 +38,7 @@ void Pause(int64_t milliseconds) {
   }
 }
 
-// The part of "1a2b#0001#..." between the first two "#", in place.
+// Keeps the part between the first two "#" of a device path, in upper case and in place; an empty text without a "#".
 void TakeDeviceIdentifier(char* device_id) {
   const char* const first = std::strchr(device_id, '#');
   const char* const begin = first != nullptr ? first + 1 : device_id + std::strlen(device_id);
@@ -58,7 +58,7 @@ DeviceSession::~DeviceSession() {
 
 VexoPrinterHandle* DeviceSession::ExternalHandle() {
   constexpr uintptr_t kAllBits = std::numeric_limits<uintptr_t>::max();
-  return reinterpret_cast<VexoPrinterHandle*>(kAllBits);  // NOLINT(performance-no-int-to-ptr): it is never followed.
+  return reinterpret_cast<VexoPrinterHandle*>(kAllBits);  // NOLINT(performance-no-int-to-ptr): never dereferenced.
 }
 
 int32_t DeviceSession::Connect(const std::string& model_name, const std::string& descriptor) {
@@ -86,7 +86,7 @@ int32_t DeviceSession::Connect(const std::string& model_name, const std::string&
   return result;
 }
 
-// The tables are held until the handle is made: another session may release them at any time.
+// Holds the tables until the handle is made: another session may release them at any time.
 int32_t DeviceSession::OpenPrinter(const std::string& model_name, const std::string& descriptor) {
   SdkConfigReference config;
   const int32_t loaded = LoadSdkConfig(&config);
@@ -145,7 +145,7 @@ void DeviceSession::Remember(const std::string& model_name, const std::string& d
   }
 }
 
-// A printer whose serial number is too long is as good as any other: it is known without one.
+// A serial number that is too long is left out; the printer works without it.
 void DeviceSession::ReadUsbIdentity() {
   GetPortUriParameter(own_handle_.get(), "sn", serial_number_, sizeof(serial_number_));
   GetPortUriParameter(own_handle_.get(), "deviceid", device_identifier_, sizeof(device_identifier_));
@@ -176,6 +176,7 @@ int32_t DeviceSession::Send(const Bytes& bytes) {
   UnlockUnlessUsb(&lock, descriptor_);
   const CheckedPrinter printer(own_handle_.get());
   int32_t result = printer.Write(bytes);
+  // Compatibility: repeats without a limit; see Send.
   while (result == VEXO_ERROR_IO_WRITE_TIMEOUT) {
     platform::SleepMs(kWriteAgainAfter);
     result = printer.Write(bytes);
@@ -201,14 +202,15 @@ int32_t DeviceSession::ReceiveReply() {
       return result;
     }
     if (!received_.empty()) {
-      return VEXO_OK;  // These bytes just came, or nothing follows those from before.
+      return VEXO_OK;  // New bytes, or none after earlier ones: the reply is complete.
     }
+    // Compatibility: also after the last attempt; the waiting time of a scan depends on it.
     Pause(pause_);
   }
   return result;
 }
 
-// Room is made first: bytes that have been received must not be lost for want of it.
+// Reserves the room first: received bytes must not be lost for lack of memory.
 int32_t DeviceSession::ReceiveOnce(uint32_t* count) {
   const size_t before = received_.size();
   int32_t result = VEXO_ERROR_OUT_OF_MEMORY;

@@ -1,4 +1,4 @@
-// A short conversation with one printer: connected by descriptor, asked, and left again.
+// A device session: connects to one printer by descriptor, queries it and disconnects.
 #ifndef VEXO_SESSION_DEVICE_SESSION_H_
 #define VEXO_SESSION_DEVICE_SESSION_H_
 
@@ -15,10 +15,10 @@
 
 namespace vexo {
 
-// Owns its printer handle and the port in it. On a USB port the operations may come from several threads: each holds
-// the session's lock to its end. A session on any other port belongs to one thread at a time.
+// Owns its printer handle and the port in it. Several threads may use a session on a USB port: each operation holds the
+// session's lock until it ends. On any other port, one thread at a time may use it.
 //
-// Lack of memory is a code (-9), never an exception.
+// Reports a lack of memory as VEXO_ERROR_OUT_OF_MEMORY, never as an exception.
 class DeviceSession {
  public:
   DeviceSession() = default;
@@ -26,53 +26,58 @@ class DeviceSession {
   DeviceSession& operator=(const DeviceSession&) = delete;
   ~DeviceSession();  // Disconnects.
 
-  // Opens the port of a printer whose model the configuration knows by this name. 0; -8: no such model; -9; else the
-  // code of the port. After a failure nothing is held. A session that has a handle stays as it is and gives its last
-  // result.
+  // Opens the port of a printer whose model name is in the configuration. Returns VEXO_OK, VEXO_ERROR_UNKNOWN_MODEL,
+  // VEXO_ERROR_OUT_OF_MEMORY, or the code of the port; a failure releases everything. A session that already has a
+  // handle is left unchanged and returns its last result.
   int32_t Connect(const std::string& model_name, const std::string& descriptor);
 
-  // 0; -6: there is no handle, or it is damaged; -309: its port was closed by others; else the code of closing the
-  // port. The handle is gone in any case.
+  // Returns VEXO_OK, VEXO_ERROR_HANDLE (no handle, or a damaged one), VEXO_ERROR_IO_NOT_OPEN (someone else closed the
+  // port), or the code of the port's Close. Releases the handle in any case.
   int32_t Disconnect();
 
-  // Writes the bytes, again and again while the printer takes none in time (-322): a printer without paper may need
-  // hours. 0; -6: not connected; else the code of the port.
+  // Writes the bytes. Returns VEXO_OK, VEXO_ERROR_HANDLE when not connected, or the code of the port.
+  //
+  // Compatibility: repeats a write that times out without a limit. A printer without paper may accept nothing for
+  // hours, and hosts expect the data to be printed then.
   int32_t Send(const Bytes& bytes);
 
-  // Appends what the printer sends to received(): one receive that brings something, or six, with a pause after each,
-  // that bring nothing; with bytes there already, nothing new means that the reply is complete. 0; -6; -309; -9.
+  // Appends what the printer sends to received(): performs up to six receives, pausing after each empty one, until one
+  // brings data. When received() already holds bytes, a single empty receive means that the reply is complete. Returns
+  // VEXO_OK, VEXO_ERROR_HANDLE, VEXO_ERROR_IO_NOT_OPEN or VEXO_ERROR_OUT_OF_MEMORY.
   int32_t Receive();
 
   bool IsConnected() const;
 
-  // The session makes no handle of its own: Connect takes it as connected by somebody else, unless its last result
-  // says otherwise, and marks it with ExternalHandle(). Send and Receive have no printer then (-6), and Disconnect only
-  // takes the mark away.
+  // Compatibility: with an external handle the session makes none of its own. Unless the last result is a failure,
+  // Connect regards it as connected by someone else and marks it with ExternalHandle(), a pointer with all bits set
+  // that is never dereferenced. Send and Receive then have no printer (VEXO_ERROR_HANDLE), and Disconnect only removes
+  // the mark.
   void set_external_handle(bool external) { has_external_handle_ = external; }
   static VexoPrinterHandle* ExternalHandle();
 
-  // How long each attempt to connect may take, if that is less than the port allows by itself: from now on, also while
-  // the session is connected and the port has to connect again.
+  // Limits each connect attempt, if the port's own limit is longer. Applies at once, also to a connected session whose
+  // port has to reconnect.
   void LimitConnecting(uint32_t milliseconds);
 
-  // After each receive that brings nothing, in milliseconds.
+  // The pause after each empty receive, in milliseconds.
   void set_pause(int64_t milliseconds) { pause_ = milliseconds; }
 
   VexoPrinterHandle* handle() const { return handle_; }
   int32_t last_result() const { return last_result_; }
 
-  // Words in the user's language, in code page 936, for the latest failure to connect or to send, or for how
-  // disconnecting went. Empty: none so far, or no memory for them.
+  // The message for the latest failure to connect or send, or for the latest Disconnect, in the user's language and
+  // code page 936. Empty if there is none or memory ran out.
   const std::string& message() const { return message_; }
 
   const Bytes& received() const { return received_; }
   void ClearReceived() { received_.clear(); }
 
-  // Of the latest successful Connect.
+  // The arguments of the latest successful Connect.
   const std::string& model_name() const { return model_name_; }
   const std::string& descriptor() const { return descriptor_; }
 
-  // What the USB port's URI tells of the printer; empty when it does not, or when it is longer than this layout allows.
+  // The printer's identity as given by the URI of a USB port. Empty when the URI does not contain it, or when it is too
+  // long for these fields.
   const char* serial_number() const { return serial_number_; }
   const char* device_identifier() const { return device_identifier_; }
 
@@ -96,7 +101,7 @@ class DeviceSession {
   std::string model_name_;
   std::string descriptor_;
   std::unique_ptr<ModelHandle> own_handle_;
-  VexoPrinterHandle* handle_ = nullptr;  // own_handle_ or ExternalHandle(), which leads nowhere.
+  VexoPrinterHandle* handle_ = nullptr;  // own_handle_ or ExternalHandle().
   bool has_external_handle_ = false;
   bool connected_ = false;
   int32_t last_result_ = 0;

@@ -1,4 +1,4 @@
-// Printer handles that the library makes for itself: with the information about the printer's model attached.
+// Printer handles that the library makes itself, with information about the printer's model.
 #ifndef VEXO_SESSION_MODEL_HANDLE_H_
 #define VEXO_SESSION_MODEL_HANDLE_H_
 
@@ -11,7 +11,7 @@
 
 namespace vexo {
 
-// A port that is put into it belongs to it and is given back with it.
+// Owns the port object that is put into it.
 struct ModelHandle : VexoPrinterHandle {
   ModelHandle();
   ModelHandle(const ModelHandle&) = delete;
@@ -21,10 +21,11 @@ struct ModelHandle : VexoPrinterHandle {
   PrinterInfo info;
 };
 
-// A handle without a port for a model of these tables. Null: see ModelHandleError.
+// Returns a handle without a port for a model of `config`, or null; see ModelHandleError.
 std::unique_ptr<ModelHandle> MakeModelHandle(int32_t model_number, const SdkConfig& config);
 
-// Why a handle was last not made, on any thread: -9 without memory, else the code of InitPrinterInfo; 0 at first.
+// Why MakeModelHandle last failed, on any thread: VEXO_ERROR_OUT_OF_MEMORY or the code of InitPrinterInfo; VEXO_OK at
+// first.
 int32_t ModelHandleError();
 
 }  // namespace vexo

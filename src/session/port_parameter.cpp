@@ -15,8 +15,8 @@ int32_t GetPortUriParameter(VexoPrinterHandle* handle, const char* key, char* ou
     return check;
   }
   char text[kUriBufferSize] = {};
-  printer.GetUri(text, sizeof(text));  // What the port does not tell is missed by the parser.
-  text[sizeof(text) - 1] = '\0';       // A host's own port object may have filled it all.
+  printer.GetUri(text, sizeof(text));  // A missing URI fails in the parser.
+  text[sizeof(text) - 1] = '\0';       // A host's port object may have filled it completely.
   DeviceUri uri;
   const int32_t parsed = ParseDeviceUri(&uri, text);
   if (parsed != VEXO_OK) {

@@ -1,4 +1,4 @@
-// What a printer's device URI tells about the printer.
+// Reads parameters of a port's device URI.
 #ifndef VEXO_SESSION_PORT_PARAMETER_H_
 #define VEXO_SESSION_PORT_PARAMETER_H_
 
@@ -8,9 +8,10 @@
 
 namespace vexo {
 
-// Copies one parameter of the open port's device URI, such as "sn", into a buffer of `size` bytes. 0, also without such
-// a parameter: `out` is untouched then; -6, -309: bad or closed handle; -1, -301: the port gives no sound URI; -2: the
-// value with its terminating zero does not fit.
+// Copies one parameter of the open port's device URI, such as "sn", into a buffer of `size` bytes. Returns VEXO_OK,
+// also when there is no such parameter and `out` is untouched; VEXO_ERROR_HANDLE or VEXO_ERROR_IO_NOT_OPEN for a bad or
+// closed handle; VEXO_ERROR_PARAMETER or VEXO_ERROR_IO_SETTING when the port's URI is malformed;
+// VEXO_ERROR_BUFFER_TOO_SMALL when the value with its terminating zero does not fit.
 int32_t GetPortUriParameter(VexoPrinterHandle* handle, const char* key, char* out, int32_t size);
 
 }  // namespace vexo

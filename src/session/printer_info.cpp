@@ -15,7 +15,7 @@ uint32_t ModelCode(const ModelRecord& model) {
 
 }  // namespace
 
-// Every known model has the same ones: printers that differ would be adjusted here.
+// All known models share these capabilities; adjust them per model here.
 int32_t BuildCapabilities(int32_t model_number, const SdkConfig& config, std::optional<Capabilities>* capabilities) {
   if (config.FindModel(model_number) == nullptr) {
     return VEXO_ERROR_UNKNOWN_MODEL;

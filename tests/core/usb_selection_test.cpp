@@ -78,8 +78,8 @@ TEST(UsbSelection, DevicesQualifyInOrder) {
   for (const auto& row : rows) {
     UsbDevice device = Device(row.hardware_id);
     device.parent_id = row.parent_id;
-    EXPECT_EQ(row.alone, alone.Judge(device)) << row.hardware_id;
-    EXPECT_EQ(Qualification::kMaker, configured.Judge(device)) << row.hardware_id;
+    EXPECT_EQ(row.alone, alone.Qualify(device)) << row.hardware_id;
+    EXPECT_EQ(Qualification::kMaker, configured.Qualify(device)) << row.hardware_id;
     EXPECT_EQ(&row < rows + 2 ? 0 : 2, asked) << "asked for the maker's own, or more than once in a walk";
   }
 }

@@ -14,19 +14,19 @@
 namespace vexo {
 namespace {
 
-// Callbacks call Start and Stop while another thread may be waiting in Stop for their end: the monitor's thread never
-// takes the lock.
+// Callbacks may call Start and Stop while another thread waits in Stop for them to return, so the monitor's thread
+// never takes the lock.
 class HotplugMonitor {
  public:
   HotplugMonitor() = default;
   HotplugMonitor(const HotplugMonitor&) = delete;
   HotplugMonitor& operator=(const HotplugMonitor&) = delete;
 
-  // From a start to a stop the library stays loaded. So this runs when nothing is started, or at the end of the
-  // process, when the system has ended the thread already and nothing may be unloaded any more.
+  // The library stays loaded from Start to Stop, so this runs either when the monitor is stopped or at the end of the
+  // process, when the system has already ended the thread and nothing may be unloaded.
   ~HotplugMonitor() { library_.Release(); }
 
-  // False: the system has no thread to give.
+  // Returns false when no thread can be created.
   bool Start() {
     if (thread_.IsCurrent()) {
       return true;
@@ -59,8 +59,8 @@ class HotplugMonitor {
   }
 
  private:
-  // The request is noted before the window is looked at, and the thread shows its window before it looks for a request:
-  // a stop that comes while the thread is starting is seen by one of the two.
+  // Sets the request first and reads the window second; the thread publishes its window first and reads the request
+  // second. Whatever the order, one of them sees the other, so a Stop during the thread's start is not lost.
   void RequestStop() {
     stop_requested_ = true;
     if (const HWND window = window_) {
@@ -88,10 +88,10 @@ class HotplugMonitor {
     }
   }
 
-  platform::Mutex lock_;  // Held over a whole start or stop.
+  platform::Mutex lock_;  // Held for the whole of Start or Stop.
   bool started_ = false;
   platform::Thread thread_;
-  platform::ScopedModule library_;  // This one, from a start to a stop: the thread runs its code.
+  platform::ScopedModule library_;  // A reference to this library from Start to Stop, because the thread runs its code.
   std::atomic<bool> stop_requested_{false};
   std::atomic<HWND> window_{nullptr};
 };

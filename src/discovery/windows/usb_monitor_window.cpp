@@ -26,7 +26,7 @@ void DeliverDevice(const DEV_BROADCAST_DEVICEINTERFACE_A& broadcast, int32_t eve
     if (!device.empty()) {
       DeliverUsbEvent(device.c_str(), event);
     }
-  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): the event is lost; nobody could be told of it.
+  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): the event is lost; nothing can be reported.
   }
 }
 
@@ -49,12 +49,12 @@ LRESULT CALLBACK HandleMessage(HWND window, UINT message, WPARAM wparam, LPARAM 
       const auto* const header = reinterpret_cast<const DEV_BROADCAST_HDR*>(lparam);
       if (header != nullptr && header->dbch_devicetype == DBT_DEVTYP_DEVICEINTERFACE) {
         ReactToInterface(wparam, *reinterpret_cast<const DEV_BROADCAST_DEVICEINTERFACE_A*>(header));
-        return TRUE;  // Grants what is asked for.
+        return TRUE;  // Grants the request.
       }
       break;
     }
     case WM_DESTROY:
-      // Somebody has closed the window, the program at its end perhaps. The loop must not wait for messages to it.
+      // The window was closed by someone else, perhaps by the program on exit: the loop must not wait for its messages.
       PostQuitMessage(0);
       break;
     default:

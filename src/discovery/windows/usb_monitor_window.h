@@ -1,4 +1,4 @@
-// The hidden window that the system tells of devices that come and go.
+// The hidden window that receives the system's device notifications.
 #ifndef VEXO_DISCOVERY_WINDOWS_USB_MONITOR_WINDOW_H_
 #define VEXO_DISCOVERY_WINDOWS_USB_MONITOR_WINDOW_H_
 
@@ -9,11 +9,11 @@ namespace vexo {
 // Ends the message loop.
 constexpr UINT kUsbMonitorStopMessage = WM_USER + 2;
 
-// Events of USB printers go from the window to UsbCallbacks(), on the thread that made the window: windows belong to
-// their thread, so it must also be the one that destroys it.
+// Delivers events of USB printers to UsbCallbacks() on the thread that created the window. Windows belong to their
+// thread, so the same thread must destroy it.
 class UsbMonitorWindow {
  public:
-  // When the system does not give a window, valid() is false; without its notifications, the window hears nothing.
+  // If the window cannot be created, valid() is false. Without notifications the window receives nothing.
   UsbMonitorWindow();
   ~UsbMonitorWindow();
   UsbMonitorWindow(const UsbMonitorWindow&) = delete;
@@ -27,7 +27,8 @@ class UsbMonitorWindow {
   void* notification_ = nullptr;
 };
 
-// The class belongs to the program, not to this library, and would outlive it. Fails while there is a window of it.
+// The class belongs to the program, not to this library, and would outlive it. Fails while a window of the class
+// exists.
 void UnregisterUsbMonitorClass();
 
 }  // namespace vexo

@@ -6,7 +6,7 @@
 
 namespace vexo::platform {
 
-// The locale as the environment names it, in the order in which the C library looks.
+// Checks the locale variables in the order of the C library.
 int32_t UserPrimaryLanguage() {
   for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
     const char* const locale = std::getenv(variable);

@@ -5,7 +5,7 @@
 
 namespace vexo::platform {
 
-// On this side the library is a part of the program.
+// Here the library is linked into the program.
 OwnedFile OpenOwnFile(const char* name) {
   std::error_code error;
   const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);

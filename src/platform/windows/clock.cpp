@@ -13,10 +13,10 @@
 namespace vexo::platform {
 namespace {
 
-// Making a timer for each pause would double what a polling monitor costs.
+// Creating a timer for each pause would double the cost of a polling monitor.
 IdleHandles g_idle_timers;
 
-// Not valid on systems without such timers.
+// Returns an invalid handle on systems without high-resolution timers.
 ScopedHandle TakeTimer() {
   ScopedHandle timer = g_idle_timers.Take();
   return timer.valid() ? std::move(timer)
@@ -24,22 +24,22 @@ ScopedHandle TakeTimer() {
                                                              TIMER_ALL_ACCESS));
 }
 
-constexpr LONGLONG kUnitsPerMillisecond = 10'000;  // Of 100 ns, as timers count.
+constexpr LONGLONG kUnitsPerMillisecond = 10'000;  // Timers count in units of 100 ns.
 
-// Even these timers are late by a good part of a millisecond. A download sleeps for 20 ms thousands of times, so short
-// sleeps end their timer a millisecond early and wait out the rest awake.
+// These timers are still late by most of a millisecond. A download sleeps for 20 ms thousands of times, so a short
+// sleep ends its timer one millisecond early and spins for the rest.
 constexpr uint32_t kLongestShortSleepMs = 50;
-constexpr LONGLONG kAwake = kUnitsPerMillisecond;
+constexpr LONGLONG kSpinTime = kUnitsPerMillisecond;
 
-// Sleep() rounds up to the system's timer period: at the usual 15.6 ms a pause of 20 ms would last 31 ms. A
-// high-resolution timer (Windows 10 1803 and later) keeps to the millisecond.
+// Sleep() rounds up to the system's timer period: at the usual 15.6 ms a pause of 20 ms lasts 31 ms. A high-resolution
+// timer (Windows 10 1803 and later) is accurate to the millisecond.
 bool SleepOnTimer(LONGLONG units) {
   ScopedHandle timer = TakeTimer();
   if (!timer.valid()) {
     return false;
   }
   LARGE_INTEGER due;
-  due.QuadPart = -units;  // Relative.
+  due.QuadPart = -units;  // Negative: relative.
   const bool slept = SetWaitableTimer(timer.get(), &due, 0, nullptr, nullptr, FALSE) != 0 &&
                      WaitForSingleObject(timer.get(), INFINITE) == WAIT_OBJECT_0;
   if (slept) {
@@ -68,7 +68,7 @@ void SleepMs(uint32_t milliseconds) {
   const int64_t started = PerformanceCounter();
   const LONGLONG units = static_cast<LONGLONG>(milliseconds) * kUnitsPerMillisecond;
   const bool is_short = milliseconds > 0 && milliseconds <= kLongestShortSleepMs;
-  if (!SleepOnTimer(is_short ? units - kAwake : units)) {
+  if (!SleepOnTimer(is_short ? units - kSpinTime : units)) {
     Sleep(milliseconds);
   }
   const int64_t steps = PerformanceFrequency() * milliseconds / 1000;
@@ -79,7 +79,7 @@ void SleepMs(uint32_t milliseconds) {
 
 void RestMs(uint32_t milliseconds) { Sleep(milliseconds); }
 
-// Alertable, so that the host's asynchronous procedure calls go on while a thread waits for the spin flag.
+// Alertable, so that the host's asynchronous procedure calls run while a thread waits for the spin flag.
 void YieldThread() { SleepEx(0, TRUE); }
 
 }  // namespace vexo::platform

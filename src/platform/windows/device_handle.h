@@ -1,4 +1,4 @@
-// Owning type for the handles of printers' device files.
+// Owning type for the handles of device files.
 #ifndef VEXO_PLATFORM_WINDOWS_DEVICE_HANDLE_H_
 #define VEXO_PLATFORM_WINDOWS_DEVICE_HANDLE_H_
 

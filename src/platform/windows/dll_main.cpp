@@ -1,4 +1,4 @@
-// What the library has to do itself when it is unloaded.
+// Clean-up when a thread ends and when the library is unloaded.
 #include <windows.h>
 
 #include <array>
@@ -9,14 +9,14 @@ namespace {
 
 #if defined(__MINGW32__)
 
-// The compiler's thread library keeps two handles for the thread that has started the C++ library of this DLL and gives
-// them back when that thread ends, and one thread-local slot that it never gives back. The thread that unloads the DLL
-// lives on: a host that loads the library for each job would lose two handles every time, and run out of slots after a
-// thousand. (Half a KiB of the memory in which that library describes a thread cannot be had back.)
+// The compiler's thread library keeps two handles for the thread that initialised the C++ library of this DLL and
+// closes them when that thread ends; it also keeps one thread-local slot that it never frees. The thread that unloads
+// the DLL lives on, so a host that loads the library for each job would leak two handles every time and run out of
+// slots after a thousand. (Half a KiB, the thread library's description of the thread, is still leaked.)
 
 constexpr DWORD kThreadLocalSlots = 64 + 1024;
 
-// What the system calls when a thread ends.
+// Runs the callbacks that the system calls when a thread ends.
 void CallThreadCallbacks(HINSTANCE library) {
   const auto* const base = reinterpret_cast<const char*>(library);
   const auto* const dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(base);
@@ -32,8 +32,8 @@ void CallThreadCallbacks(HINSTANCE library) {
   }
 }
 
-// The slot whose value the callbacks clear is the one of this DLL.
-void LeaveThread(HINSTANCE library) {
+// The slot whose value the callbacks clear belongs to this DLL.
+void DetachThread(HINSTANCE library) {
   std::array<bool, kThreadLocalSlots> used = {};
   for (DWORD slot = 0; slot < kThreadLocalSlots; ++slot) {
     used[slot] = TlsGetValue(slot) != nullptr;
@@ -48,7 +48,7 @@ void LeaveThread(HINSTANCE library) {
 
 #else
 
-void LeaveThread(HINSTANCE /*library*/) {}
+void DetachThread(HINSTANCE /*library*/) {}
 
 #endif
 
@@ -60,7 +60,7 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE library, DWORD reason, LPVOID process_e
   }
   if (reason == DLL_PROCESS_DETACH && process_ends == nullptr) {
     vexo::platform::ReleaseExceptionMemory();
-    LeaveThread(library);
+    DetachThread(library);
   }
   return TRUE;
 }

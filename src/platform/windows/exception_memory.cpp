@@ -1,7 +1,6 @@
-// Takes the place of what the compiler's C++ library does for the memory of exceptions: just when most exceptions are
-// thrown, for want of memory, that library itself wants some. For a thread that throws for the first time it allocates,
-// and aborts when it gets nothing; its reserve for exceptions is under a lock that allocates when it is first taken,
-// and throws when it gets nothing, which needs the reserve.
+// Replaces the C++ library's allocation of exceptions. Most exceptions report a lack of memory, but MinGW's C++ library
+// itself needs memory to throw: it allocates when a thread throws for the first time and aborts if that fails, and the
+// lock of its emergency pool allocates when it is first taken and throws if that fails, which needs the pool.
 #if defined(__MINGW32__)
 
 #include <windows.h>
@@ -19,11 +18,11 @@
 
 namespace {
 
-// Blocks for when there is no memory.
+// Preallocated blocks for when memory has run out.
 template <typename Block, size_t count>
 class Reserve {
  public:
-  // Null: none is left.
+  // Returns null when none is left.
   Block* Take() {
     for (size_t i = 0; i < count; ++i) {
       if (!taken_[i].exchange(true)) {
@@ -33,7 +32,7 @@ class Reserve {
     return nullptr;
   }
 
-  // False: the block is not of this reserve.
+  // Returns false when the block is not from this reserve.
   bool GiveBack(const void* block) {
     for (size_t i = 0; i < count; ++i) {
       if (&blocks_[i] == block) {
@@ -49,22 +48,22 @@ class Reserve {
   std::array<std::atomic<bool>, count> taken_;
 };
 
-// What a thread knows of its exceptions, as the ABI for C++ gives it.
+// The per-thread state of the C++ ABI.
 struct ThreadState {
   void* caught_exceptions;
   unsigned int uncaught_exceptions;
 };
 Reserve<ThreadState, 64> g_thread_states;
 
-// A slot of the threads themselves: setting it needs no memory unless the host has used up the first 64. Taken before
-// any other code of the library runs.
+// A thread-local slot. Setting it needs no memory unless the host has used up the first 64. Initialised before any
+// other code of the library.
 struct ThreadSlot {
   const DWORD index = TlsAlloc();
 };
 __attribute__((init_priority(101))) const ThreadSlot g_slot;
 
 ThreadState* StateOfThread() {
-  const DWORD error = GetLastError();  // TlsGetValue sets it.
+  const DWORD error = GetLastError();  // TlsGetValue changes it.
   auto* state = static_cast<ThreadState*>(TlsGetValue(g_slot.index));
   if (state == nullptr) {
     state = static_cast<ThreadState*>(std::malloc(sizeof(ThreadState)));
@@ -80,8 +79,8 @@ ThreadState* StateOfThread() {
   return state;
 }
 
-// What stands in front of an exception object. The ABI gives it, but no header of the compiler does; the compiler's
-// functions that throw and catch fill it.
+// The header in front of an exception object. The ABI defines it, but no header of the compiler declares it; the
+// compiler's throw and catch functions fill it in.
 struct UncountedHeader {
   std::type_info* type;
   void (*destructor)(void*);
@@ -103,7 +102,8 @@ struct ExceptionHeader {
 static_assert(sizeof(void*) != 8 || sizeof(ExceptionHeader) == 160, "not the compiler's header");
 
 struct alignas(ExceptionHeader) ReservedException {
-  static constexpr size_t kSize = 512;  // Header and object; those of the library and of the standard need half of it.
+  static constexpr size_t kSize =
+      512;  // Header and object; the library's and the standard's exceptions need half of it.
   unsigned char bytes[kSize];
 };
 Reserve<ReservedException, 32> g_exceptions;
@@ -143,7 +143,7 @@ extern "C" void* __cxa_allocate_exception(size_t size) noexcept {
 
 extern "C" void __cxa_free_exception(void* object) noexcept { Free(static_cast<ExceptionHeader*>(object) - 1); }
 
-// Of std::exception_ptr. Its header is a shorter one.
+// For std::exception_ptr, whose header is shorter.
 extern "C" __cxa_dependent_exception* __cxa_allocate_dependent_exception() noexcept {
   void* const header = Allocate(sizeof(ExceptionHeader));
   std::memset(header, 0, sizeof(ExceptionHeader));

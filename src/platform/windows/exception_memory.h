@@ -1,4 +1,4 @@
-// The memory of exceptions.
+// Memory for exceptions.
 #ifndef VEXO_PLATFORM_WINDOWS_EXCEPTION_MEMORY_H_
 #define VEXO_PLATFORM_WINDOWS_EXCEPTION_MEMORY_H_
 
@@ -6,10 +6,10 @@ namespace vexo::platform {
 
 #if defined(__MINGW32__)
 
-// When a thread ends: what is kept for the exceptions that it throws.
+// Frees the exception state of the calling thread, when it ends.
 void ReleaseExceptionMemoryOfThread();
 
-// When the library is unloaded. Nothing may throw any more.
+// Frees everything, when the library is unloaded. Nothing may throw afterwards.
 void ReleaseExceptionMemory();
 
 #else

@@ -1,4 +1,4 @@
-// Kernel objects that nobody uses just now, kept for the next one who needs one of the kind.
+// A cache of kernel objects that are not in use, for the next user of the same kind.
 #ifndef VEXO_PLATFORM_WINDOWS_IDLE_HANDLES_H_
 #define VEXO_PLATFORM_WINDOWS_IDLE_HANDLES_H_
 
@@ -12,17 +12,17 @@
 
 namespace vexo::platform {
 
-// There are never more than threads have used at once; they are closed when the library is unloaded. Safe to use from
-// any thread.
+// Holds at most as many objects as threads have used at once; they are closed when the library is unloaded.
+// Thread-safe.
 class IdleHandles {
  public:
-  // Not valid: none is idle.
+  // Returns an invalid handle when the cache is empty.
   ScopedHandle Take() {
     const std::lock_guard<Mutex> guard(mutex_);
     return count_ > 0 ? std::move(handles_[--count_]) : ScopedHandle();
   }
 
-  // Without room, the handle is closed.
+  // Closes the handle when the cache is full.
   void GiveBack(ScopedHandle handle) {
     const std::lock_guard<Mutex> guard(mutex_);
     if (handle.valid() && count_ < handles_.size()) {

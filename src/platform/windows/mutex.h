@@ -1,5 +1,5 @@
-// The system's slim locks. The standard library's mutexes, as MinGW builds them, take memory when they are first locked
-// and an event when a thread first waits for them: both can fail, and neither is ever given back.
+// Slim reader/writer locks of the system. The standard library's mutexes, as built for MinGW, allocate memory when they
+// are first locked and an event when a thread first waits for them: both can fail, and neither is ever freed.
 #ifndef VEXO_PLATFORM_WINDOWS_MUTEX_H_
 #define VEXO_PLATFORM_WINDOWS_MUTEX_H_
 
@@ -23,7 +23,7 @@ class Mutex {
   void* lock_ = nullptr;  // An SRWLOCK.
 };
 
-// May be locked again by the thread that holds it.
+// Recursive: the thread that holds it may lock it again.
 class RecursiveMutex {
  public:
   constexpr RecursiveMutex() noexcept = default;
@@ -36,7 +36,7 @@ class RecursiveMutex {
 
  private:
   Mutex mutex_;
-  std::atomic<uint32_t> owner_{0};  // Thread identifier, 0 for none. Only the owner can find its own in it.
+  std::atomic<uint32_t> owner_{0};  // Thread identifier, 0 for none. Only the owner can read its own identifier here.
   uint32_t depth_ = 0;
 };
 

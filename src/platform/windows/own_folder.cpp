@@ -16,12 +16,12 @@ HMODULE OwnModule() {
   return module;
 }
 
-// With its last backslash; empty when the system does not tell it.
+// Includes the last backslash. Empty when the system does not report the path.
 std::wstring OwnFolder() {
   for (size_t size = MAX_PATH; size <= kMaxExtendedPath; size *= 2) {
     std::wstring path(size, L'\0');
     const DWORD length = GetModuleFileNameW(OwnModule(), path.data(), static_cast<DWORD>(size));
-    if (length < size) {  // Otherwise the path was cut.
+    if (length < size) {  // Otherwise the path was truncated.
       path.resize(length);
       return path.substr(0, path.find_last_of(L'\\') + 1);
     }

@@ -8,8 +8,7 @@
 
 namespace vexo::platform {
 
-// Closes the handle it owns. CreateFile reports failure with INVALID_HANDLE_VALUE, most others with null: neither is
-// owned.
+// Closes the handle it owns. Both null and INVALID_HANDLE_VALUE, CreateFile's failure value, mean no handle.
 class ScopedHandle {
  public:
   ScopedHandle() = default;

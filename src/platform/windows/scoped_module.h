@@ -8,7 +8,7 @@
 
 namespace vexo::platform {
 
-// Keeps a module loaded. Somebody else must hold a reference, too, when this one is given back by code of that module.
+// Keeps a module loaded. When code of that module releases the reference, someone else must still hold one.
 class ScopedModule {
  public:
   ScopedModule() = default;
@@ -24,14 +24,14 @@ class ScopedModule {
   ScopedModule& operator=(const ScopedModule&) = delete;
   ~ScopedModule() { Reset(); }
 
-  // The module that `address` lies in.
+  // Returns a reference to the module that contains `address`.
   static ScopedModule At(const void* address) {
     ScopedModule found;
     GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<const char*>(address), &found.module_);
     return found;
   }
 
-  // Gives the reference up without giving it back.
+  // Drops the reference without releasing it.
   void Release() { module_ = nullptr; }
 
   void Reset() {

@@ -23,7 +23,7 @@ bool FindAll(HMODULE library, SetupApi* api) {
 
 SetupApi g_api = {};
 
-// setupapi.dll stays loaded: this library must not unload another one while it is being unloaded itself.
+// setupapi.dll is never unloaded: this library must not unload another one while it is being unloaded itself.
 BOOL CALLBACK Load(INIT_ONCE* /*once*/, void* error, void** /*context*/) {
   const HMODULE library = LoadLibraryExA("setupapi.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   const bool complete = library != nullptr && FindAll(library, &g_api);

@@ -1,5 +1,5 @@
-// The system's list of devices: functions of setupapi.dll, which is loaded when they are first needed. It brings the
-// whole user interface along and would more than double the time that hosts wait for this library to load.
+// The device list functions of setupapi.dll, which is loaded on first use: it pulls in the user interface libraries and
+// would more than double this library's load time.
 #ifndef VEXO_PLATFORM_WINDOWS_SETUP_API_H_
 #define VEXO_PLATFORM_WINDOWS_SETUP_API_H_
 
@@ -24,7 +24,7 @@ struct SetupApi {
   decltype(&CM_Get_DevNode_Registry_PropertyA) GetDevNodeRegistryProperty;
 };
 
-// Null when the system does not have them all; GetLastError says why.
+// Returns null when a function is missing; GetLastError gives the reason.
 const SetupApi* LoadSetupApi();
 
 }  // namespace vexo::platform

@@ -20,8 +20,8 @@ namespace {
 static_assert(kNoSocket == static_cast<Socket>(INVALID_SOCKET) && kSocketFailure == SOCKET_ERROR);
 static_assert(sizeof(SocketAddress::bytes) >= sizeof(SOCKADDR_BTH));
 
-// Winsock counts its users. Not every system lets several threads change that count at once: under Wine a count may get
-// lost, and when it is down to nothing all sockets of the process are closed.
+// Winsock counts its users. Not every system updates that count atomically: Wine may lose a count, and closes all
+// sockets of the process when the count reaches zero.
 Mutex g_count;
 
 constexpr GUID kRfcommService = {0x00000003, 0x0000, 0x1000, {0x80, 0x00, 0x00, 0x80, 0x5F, 0x9B, 0x34, 0xFB}};
@@ -54,7 +54,7 @@ bool SetOption(Socket socket, int level, int name, T value) {
   return setsockopt(System(socket), level, name, reinterpret_cast<const char*>(&value), sizeof(value)) == 0;
 }
 
-// A set of at most one socket for select.
+// A set of at most one socket, for select.
 struct SocketSet {
   SocketSet(Socket socket, bool holds_it) : given(holds_it ? &set : nullptr) {
     set.fd_count = holds_it ? 1 : 0;

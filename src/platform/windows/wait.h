@@ -1,4 +1,4 @@
-// Waiting for a kernel object: the other half of time, so tests with a virtual clock replace it, too.
+// Waiting for a kernel object. Part of the clock's seam: tests with a virtual clock replace it, too.
 #ifndef VEXO_PLATFORM_WINDOWS_WAIT_H_
 #define VEXO_PLATFORM_WINDOWS_WAIT_H_
 
@@ -6,7 +6,7 @@
 
 namespace vexo::platform {
 
-// WaitForSingleObject: WAIT_OBJECT_0, WAIT_TIMEOUT, or WAIT_FAILED with GetLastError set.
+// As WaitForSingleObject: WAIT_OBJECT_0, WAIT_TIMEOUT, or WAIT_FAILED with GetLastError set.
 DWORD WaitForHandle(HANDLE handle, DWORD milliseconds);
 
 }  // namespace vexo::platform

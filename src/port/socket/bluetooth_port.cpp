@@ -52,7 +52,7 @@ platform::SocketAddress BluetoothPort::Address() const { return platform::Rfcomm
 
 platform::Socket BluetoothPort::CreateSocket() { return platform::MakeRfcommSocket(); }
 
-// Bluetooth stacks lack one option or another, and the port works without.
+// Failures are ignored: Bluetooth stacks lack one option or another, and the port works without them.
 int32_t BluetoothPort::SetOptions(platform::Socket socket) {
   platform::SetDontLinger(socket);
   platform::SetSendBuffer(socket, buffer_size());
@@ -60,7 +60,7 @@ int32_t BluetoothPort::SetOptions(platform::Socket socket) {
   return VEXO_OK;
 }
 
-// Compatibility: where the stack binds a socket to a printer's address, that printer counts as connected.
+// Compatibility: a socket that can be bound to a printer's address counts as connected, without a connect.
 bool BluetoothPort::IsConnectedByBinding(platform::Socket socket, const platform::SocketAddress& address) {
   return platform::BindToPrinter(socket, address);
 }

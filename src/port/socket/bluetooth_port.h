@@ -13,8 +13,10 @@ class BluetoothPort : public SocketPort {
  public:
   BluetoothPort();
 
-  // Takes "address" (required, -301) from the URI: hexadecimal digits without a prefix, as far as they go. "pin" is
-  // kept for pairing and never sent. -9: out of memory.
+  // Reads "address" from the URI: hexadecimal digits without a prefix, up to the first other character. Returns
+  // VEXO_ERROR_IO_SETTING when it is missing, VEXO_ERROR_OUT_OF_MEMORY.
+  //
+  // Compatibility: "pin" is stored, but never sent.
   int32_t Configure(const char* uri) override;
 
  protected:

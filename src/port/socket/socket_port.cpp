@@ -12,8 +12,8 @@ namespace vexo {
 namespace {
 
 constexpr int kConnectAttempts = 2;
-constexpr uint32_t kLookForCloseMs = 20;
-constexpr uint32_t kDefaultPiece = 4096;  // For a kind of socket that leaves its buffers to the system.
+constexpr uint32_t kCloseCheckIntervalMs = 20;
+constexpr uint32_t kDefaultPiece = 4096;  // For a kind of socket without a buffer size of its own.
 
 using platform::AwaitSocket;
 using platform::kNoSocket;
@@ -39,26 +39,26 @@ int AwaitWritable(Socket socket, int64_t limit_ms) {
 
 }  // namespace
 
-// One call to the system on the socket of an opening; kNoSocket when that is over. The socket is looked at before
-// the opening is: one that another opening has put in place is never used.
+// The scope of one system call on the socket of a generation; kNoSocket once the generation has ended. Reads the socket
+// before the generation, so it never uses a socket that a later Open has put in place.
 class SocketPort::Use {
  public:
-  Use(const SocketPort& port, Opening opening) : use_(port.socket_), over_(port.IsOver(opening)) {}
+  Use(const SocketPort& port, Generation generation) : use_(port.socket_), ended_(port.HasEnded(generation)) {}
 
-  Socket get() const { return over_ ? kNoSocket : use_.get(); }
+  Socket get() const { return ended_ ? kNoSocket : use_.get(); }
 
  private:
   const platform::ScopedSocket::Use use_;
-  const bool over_;
+  const bool ended_;
 };
 
-// The time left to a Write; a budget of 0 means no limit.
+// The remaining time of a Write. A budget of 0 means no limit.
 class SocketPort::WriteBudget {
  public:
   explicit WriteBudget(uint32_t milliseconds)
       : limited_(milliseconds != 0), left_(milliseconds), last_step_(platform::TickCount()) {}
 
-  // Charges the time since the last step. False: nothing is left.
+  // Subtracts the time since the last step. Returns false when nothing is left.
   bool Step() {
     if (!limited_) {
       return true;
@@ -78,14 +78,14 @@ class SocketPort::WriteBudget {
   uint32_t last_step_;
 };
 
-SocketPort::Opening SocketPort::BeginOpening() {
-  const std::lock_guard<platform::Mutex> guard(replacing_);
-  return ++opening_;
+SocketPort::Generation SocketPort::BeginOpen() {
+  const std::lock_guard<platform::Mutex> guard(replace_mutex_);
+  return ++generation_;
 }
 
-int32_t SocketPort::EndOpening(Opening opening, int32_t result) {
-  const std::lock_guard<platform::Mutex> guard(replacing_);
-  if (IsOver(opening)) {
+int32_t SocketPort::FinishOpen(Generation generation, int32_t result) {
+  const std::lock_guard<platform::Mutex> guard(replace_mutex_);
+  if (HasEnded(generation)) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
   is_open_ = result == VEXO_OK;
@@ -95,9 +95,9 @@ int32_t SocketPort::EndOpening(Opening opening, int32_t result) {
   return result;
 }
 
-// What a step has met after its opening was over comes of that.
-int32_t SocketPort::Judge(Opening opening, int32_t result) const {
-  return result != VEXO_OK && IsOver(opening) ? VEXO_ERROR_IO_NOT_OPEN : result;
+// A failure after the end of the generation is a consequence of the Close and is reported as such.
+int32_t SocketPort::ResultOrNotOpen(Generation generation, int32_t result) const {
+  return result != VEXO_OK && HasEnded(generation) ? VEXO_ERROR_IO_NOT_OPEN : result;
 }
 
 int32_t SocketPort::Open() {
@@ -107,25 +107,25 @@ int32_t SocketPort::Open() {
   if (is_open_) {
     return VEXO_ERROR_IO_ALREADY_OPEN;
   }
-  Close();  // An Open that failed half-way may have left its socket made.
-  const Opening opening = BeginOpening();
+  Close();  // A failed Open may have left its socket.
+  const Generation generation = BeginOpen();
   const int start_error = library_.Start();
   if (start_error != 0) {
     return start_error;
   }
   address_ = Address();
-  int32_t result = MakeSocket(opening);
+  int32_t result = MakeSocket(generation);
   if (result == VEXO_OK) {
-    result = Connect(opening);
+    result = Connect(generation);
   }
-  return EndOpening(opening, result);
+  return FinishOpen(generation, result);
 }
 
 int32_t SocketPort::Close() {
   Socket socket = kNoSocket;
   {
-    const std::lock_guard<platform::Mutex> guard(replacing_);
-    ++opening_;
+    const std::lock_guard<platform::Mutex> guard(replace_mutex_);
+    ++generation_;
     is_open_ = false;
     has_socket_ = false;
     socket = socket_.Exchange(kNoSocket);
@@ -135,6 +135,7 @@ int32_t SocketPort::Close() {
   return VEXO_OK;
 }
 
+// Compatibility: returns VEXO_OK even without an effect, unlike the abort of a device file.
 int32_t SocketPort::Abort() {
   if (has_socket_) {
     SetAborted();
@@ -151,63 +152,64 @@ int32_t SocketPort::SetTimeouts(const VexoPortTimeouts& timeouts) {
   return VEXO_OK;
 }
 
-// The transfers do not depend on these options, so their failure does not matter.
+// Failures are ignored: transfers do not depend on these options.
 void SocketPort::SetTransferTimeouts(Socket socket) const {
   platform::SetReceiveTimeout(socket, timeouts().readConstant);
   platform::SetSendTimeout(socket, timeouts().writeConstant);
 }
 
-// The old socket is shut down. When the opening is over, it is the new one that is closed, and nothing has changed.
-bool SocketPort::PutInPlace(Opening opening, Socket socket) {
-  bool over = false;
+// Shuts down and closes the old socket. If the generation has ended, closes the new one instead, changes nothing and
+// returns false.
+bool SocketPort::ReplaceSocket(Generation generation, Socket socket) {
+  bool ended = false;
   Socket old = socket;
   {
-    const std::lock_guard<platform::Mutex> guard(replacing_);
-    over = IsOver(opening);
-    if (!over) {
+    const std::lock_guard<platform::Mutex> guard(replace_mutex_);
+    ended = HasEnded(generation);
+    if (!ended) {
       old = socket_.Exchange(socket);
       has_socket_ = has_socket_ || socket != kNoSocket;
     }
   }
   socket_.ShutDown(old, platform::Direction::kBoth);
-  return !over;
+  return !ended;
 }
 
-void SocketPort::DropSocket(Opening opening) {
-  PutInPlace(opening, kNoSocket);
-  const std::lock_guard<platform::Mutex> guard(replacing_);
-  has_socket_ = has_socket_ && IsOver(opening);
+void SocketPort::DropSocket(Generation generation) {
+  ReplaceSocket(generation, kNoSocket);
+  const std::lock_guard<platform::Mutex> guard(replace_mutex_);
+  has_socket_ = has_socket_ && HasEnded(generation);
 }
 
-// Options that failed leave the socket made.
-int32_t SocketPort::MakeSocket(Opening opening) {
+// The socket stays in place even if an option fails.
+int32_t SocketPort::MakeSocket(Generation generation) {
   const Socket socket = CreateSocket();
   if (socket == kNoSocket) {
     const int error = LastSocketError();
-    DropSocket(opening);
+    DropSocket(generation);
     return error;
   }
   const int32_t result = SetOptions(socket);
-  return PutInPlace(opening, socket) ? result : VEXO_ERROR_IO_NOT_OPEN;
+  return ReplaceSocket(generation, socket) ? result : VEXO_ERROR_IO_NOT_OPEN;
 }
 
-// A failed attempt spoils its socket, so the second one starts with a fresh one. After the last, none is left: what
-// looks like a connection must be one.
-int32_t SocketPort::Connect(Opening opening) {
+// A socket cannot be used again after a failed attempt, so the second attempt starts with a fresh one. After the last
+// attempt none is left, so that a socket always means a connection.
+int32_t SocketPort::Connect(Generation generation) {
   for (int attempt = 1;; ++attempt) {
-    int32_t result = ConnectOnce(opening);
+    int32_t result = ConnectOnce(generation);
     if (result == VEXO_OK) {
       return VEXO_OK;
     }
-    PutInPlace(opening, kNoSocket);
-    if (attempt < kConnectAttempts && !IsOver(opening)) {
-      result = MakeSocket(opening);
+    ReplaceSocket(generation, kNoSocket);
+    if (attempt < kConnectAttempts && !HasEnded(generation)) {
+      result = MakeSocket(generation);
       if (result == VEXO_OK) {
         continue;
       }
     }
-    DropSocket(opening);
-    return Judge(opening, result);
+    DropSocket(generation);
+    return ResultOrNotOpen(generation, result);
   }
 }
 
@@ -217,35 +219,35 @@ int SocketPort::StartConnect(Socket socket, const platform::SocketAddress& addre
 
 bool SocketPort::IsConnectedByBinding(Socket /*socket*/, const platform::SocketAddress& /*address*/) { return false; }
 
-int32_t SocketPort::ConnectOnce(Opening opening) {
-  if (IsConnectedByBinding(Use(*this, opening).get(), address_)) {
+int32_t SocketPort::ConnectOnce(Generation generation) {
+  if (IsConnectedByBinding(Use(*this, generation).get(), address_)) {
     return VEXO_OK;
   }
-  if (!platform::SetBlocking(Use(*this, opening).get(), false)) {
+  if (!platform::SetBlocking(Use(*this, generation).get(), false)) {
     return LastSocketError();
   }
-  const int32_t result = AwaitConnection(opening);
-  platform::SetBlocking(Use(*this, opening).get(), true);
+  const int32_t result = AwaitConnection(generation);
+  platform::SetBlocking(Use(*this, generation).get(), true);
   return result;
 }
 
-// A printer that refuses the connection, perhaps because it serves another host just now, gets the whole time and is
-// reported as not answering. So does one that no network leads to at this moment, though its socket is not even
-// connecting then: the second attempt may find the cable plugged in again.
-int32_t SocketPort::AwaitConnection(Opening opening) {
-  if (StartConnect(Use(*this, opening).get(), address_) == 0) {
+// Compatibility: a printer that refuses the connection, perhaps because it is serving another host, uses up the whole
+// time and is reported as not answering. The same goes for an unreachable network, where the socket is not even
+// connecting: the cable may be plugged in again by the second attempt.
+int32_t SocketPort::AwaitConnection(Generation generation) {
+  if (StartConnect(Use(*this, generation).get(), address_) == 0) {
     return VEXO_OK;
   }
   const uint32_t limit_ms = timeouts().connect;
   const uint32_t started = platform::TickCount();
   switch (platform::AwaitConnection(socket_.get(), limit_ms)) {
     case platform::Connecting::kConnected:
-      return platform::PendingError(Use(*this, opening).get());
+      return platform::PendingError(Use(*this, generation).get());
     case platform::Connecting::kSystemFailure:
       return LastSocketError();
     case platform::Connecting::kRefused:
-      while (!IsOver(opening) && platform::TickCount() - started < limit_ms) {
-        platform::RestMs(kLookForCloseMs);
+      while (!HasEnded(generation) && platform::TickCount() - started < limit_ms) {
+        platform::RestMs(kCloseCheckIntervalMs);
       }
       break;
     case platform::Connecting::kGoesOn:
@@ -254,23 +256,23 @@ int32_t SocketPort::AwaitConnection(Opening opening) {
   return VEXO_ERROR_IO_OPEN_FAILED;
 }
 
-// Connecting the old socket again would report success and lose the job, so the first attempt needs a fresh one, too.
-// A port that another thread has closed looks like a dropped connection, and must not be connected again.
-int32_t SocketPort::Reconnect(Opening opening) {
-  PutInPlace(opening, kNoSocket);
-  const int32_t result = MakeSocket(opening);
+// Connecting the old socket again would report success and lose the job, so even the first attempt needs a fresh one. A
+// port closed by another thread looks like a dropped connection, but must not reconnect.
+int32_t SocketPort::Reconnect(Generation generation) {
+  ReplaceSocket(generation, kNoSocket);
+  const int32_t result = MakeSocket(generation);
   if (result != VEXO_OK) {
-    DropSocket(opening);
-    return Judge(opening, result);
+    DropSocket(generation);
+    return ResultOrNotOpen(generation, result);
   }
-  return Connect(opening);
+  return Connect(generation);
 }
 
-// Looks without waiting, once for all that matters: a look costs as much as sending a small piece. Printers drop idle
-// connections; the drop shows as an error, or as an end of the data.
-bool SocketPort::IsDropped(Opening opening, bool* writable) const {
+// Polls once for everything of interest, because a poll costs as much as sending a small piece. Printers drop idle
+// connections; this shows as an error or as the end of the data.
+bool SocketPort::IsDropped(Generation generation, bool* writable) const {
   *writable = false;
-  const Use use(*this, opening);
+  const Use use(*this, generation);
   const Socket socket = use.get();
   if (socket == kNoSocket) {
     return true;
@@ -287,7 +289,7 @@ bool SocketPort::IsDropped(Opening opening, bool* writable) const {
 }
 
 int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
-  const Opening opening = opening_;
+  const Generation generation = generation_;
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
@@ -296,24 +298,26 @@ int32_t SocketPort::Write(const uint8_t* buffer, uint32_t offset, uint32_t lengt
   }
   platform::ClearSocketError();
   bool writable = false;
-  if (IsDropped(opening, &writable)) {
+  if (IsDropped(generation, &writable)) {
     writable = false;
-    const int32_t result = Reconnect(opening);
+    const int32_t result = Reconnect(generation);
     if (result != VEXO_OK) {
       return result;
     }
   }
-  return Judge(opening, WriteAll(opening, writable, buffer + offset, length, written));
+  return ResultOrNotOpen(generation, WriteAll(generation, writable, buffer + offset, length, written));
 }
 
-// `writable`: whether the first piece needs no waiting.
-int32_t SocketPort::WriteAll(Opening opening, bool writable, const uint8_t* bytes, uint32_t length, uint32_t* written) {
+// `writable`: the first piece can be sent without waiting.
+int32_t SocketPort::WriteAll(Generation generation, bool writable, const uint8_t* bytes, uint32_t length,
+                             uint32_t* written) {
   const uint32_t largest_piece = buffer_size_ != 0 ? buffer_size_ : kDefaultPiece;
   WriteBudget budget(TransferBudget(timeouts().writeMultiplier, length, timeouts().writeConstant));
   bool reconnected = false;
   int32_t retried_error = VEXO_OK;
   while (*written < length && !IsAborted()) {
     if (!budget.Step()) {
+      // Compatibility: a budget that ends between two pieces returns VEXO_OK unless the last send failed.
       return retried_error;
     }
     const int room = std::exchange(writable, false) ? 1 : AwaitWritable(socket_.get(), budget.limit());
@@ -321,7 +325,7 @@ int32_t SocketPort::WriteAll(Opening opening, bool writable, const uint8_t* byte
       return room == 0 ? VEXO_ERROR_IO_WRITE_TIMEOUT : LastSocketError();
     }
     const uint32_t piece = std::min(largest_piece, length - *written);
-    const int sent = platform::Send(Use(*this, opening).get(), bytes + *written, piece);
+    const int sent = platform::Send(Use(*this, generation).get(), bytes + *written, piece);
     if (sent >= 0) {
       *written += static_cast<uint32_t>(sent);
       retried_error = VEXO_OK;
@@ -335,7 +339,7 @@ int32_t SocketPort::WriteAll(Opening opening, bool writable, const uint8_t* byte
     if (error != platform::kSocketReset || std::exchange(reconnected, true)) {
       return error;
     }
-    const int32_t result = Reconnect(opening);
+    const int32_t result = Reconnect(generation);
     if (result != VEXO_OK) {
       return result;
     }
@@ -344,15 +348,15 @@ int32_t SocketPort::WriteAll(Opening opening, bool writable, const uint8_t* byte
 }
 
 int32_t SocketPort::Read(uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
-  const Opening opening = opening_;
+  const Generation generation = generation_;
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
-  return length == 0 ? VEXO_OK : Judge(opening, ReadAll(opening, buffer + offset, length, read));
+  return length == 0 ? VEXO_OK : ResultOrNotOpen(generation, ReadAll(generation, buffer + offset, length, read));
 }
 
-// After a reconnect that failed there is no socket, and select says so.
-int32_t SocketPort::ReadAll(Opening opening, uint8_t* bytes, uint32_t length, uint32_t* read) {
+// Without a socket, after a failed reconnect, select fails.
+int32_t SocketPort::ReadAll(Generation generation, uint8_t* bytes, uint32_t length, uint32_t* read) {
   const uint32_t budget = TransferBudget(timeouts().readMultiplier, length, timeouts().readConstant);
   int64_t limit = budget != 0 ? budget : platform::kNoLimit;
   while (*read < length && !IsAborted()) {
@@ -360,12 +364,13 @@ int32_t SocketPort::ReadAll(Opening opening, uint8_t* bytes, uint32_t length, ui
     if (readable <= 0) {
       return readable == 0 ? VEXO_ERROR_IO_READ_TIMEOUT : LastSocketError();
     }
-    const int received = platform::Receive(Use(*this, opening).get(), bytes + *read, length - *read);
+    const int received = platform::Receive(Use(*this, generation).get(), bytes + *read, length - *read);
     if (received == kSocketFailure) {
       return LastSocketError();
     }
     if (received == 0) {
-      return Reconnect(opening);
+      // Compatibility: reconnects and returns the result of that, with the bytes read so far.
+      return Reconnect(generation);
     }
     *read += static_cast<uint32_t>(received);
     limit = budget != 0 ? timeouts().readInterval : platform::kNoLimit;
@@ -374,7 +379,7 @@ int32_t SocketPort::ReadAll(Opening opening, uint8_t* bytes, uint32_t length, ui
 }
 
 int32_t SocketPort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
-  const Opening opening = opening_;
+  const Generation generation = generation_;
   if (!is_open_) {
     return VEXO_ERROR_IO_NOT_OPEN;
   }
@@ -382,14 +387,14 @@ int32_t SocketPort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, u
     return VEXO_ERROR_PARAMETER;
   }
   platform::ClearSocketError();
-  const Use use(*this, opening);
+  const Use use(*this, generation);
   const int readable = AwaitReadable(use.get(), 0);
   if (readable == 0) {
     return VEXO_OK;
   }
   const int received = readable > 0 ? platform::Receive(use.get(), buffer + from, to - from) : kSocketFailure;
   if (received == kSocketFailure) {
-    return Judge(opening, LastSocketError());
+    return ResultOrNotOpen(generation, LastSocketError());
   }
   *read = static_cast<uint32_t>(received);
   return VEXO_OK;

@@ -11,11 +11,11 @@ constexpr VexoPortTimeouts kDefaultTimeouts = {10, 0, 2000, 0, 2000, 3000};
 constexpr uint32_t kBufferSize = 8192;
 constexpr uint32_t kPrinterPort = 9100;
 
-// A printer that is switched off in the middle of a job is noticed within seconds.
+// A printer that is switched off during a job is detected within seconds.
 constexpr uint32_t kKeepAliveIdleMs = 3000;
 constexpr uint32_t kKeepAliveIntervalMs = 2000;
 
-// The text must be one decimal number and nothing else; printers listen on 9100 unless told otherwise.
+// Compatibility: any text that is not exactly one decimal number means the default port.
 uint32_t ReadPortNumber(const char* text) {
   if (text == nullptr || *text == '\0') {
     return kPrinterPort;
@@ -57,8 +57,8 @@ int32_t TcpPort::Configure(const char* uri) {
 
 platform::Socket TcpPort::CreateSocket() { return platform::MakeTcpSocket(); }
 
-// Commands are small and each waits for its answer, so nothing may be held back. A socket that cannot be set up so
-// would work, but slowly or without noticing a lost printer: the failure is reported.
+// Commands are small and each waits for its answer, so nothing may be delayed. Without these options the socket would
+// work, but slowly or without detecting a lost printer, so their failure is reported.
 int32_t TcpPort::SetOptions(platform::Socket socket) {
   int32_t failure = VEXO_OK;
   const auto require = [&failure](bool succeeded) {

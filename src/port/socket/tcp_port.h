@@ -13,7 +13,7 @@ class TcpPort : public SocketPort {
  public:
   TcpPort();
 
-  // Takes "ip" (required, -301) and "port" from the URI. -9: out of memory.
+  // Reads "ip" and "port" from the URI. Returns VEXO_ERROR_IO_SETTING when "ip" is missing, VEXO_ERROR_OUT_OF_MEMORY.
   int32_t Configure(const char* uri) override;
 
  protected:

@@ -13,7 +13,7 @@ HDEVINFO ListDevices(const platform::SetupApi* api, const GUID& device_class, DW
   return api != nullptr && has_class ? api->GetClassDevs(&device_class, nullptr, nullptr, flags) : INVALID_HANDLE_VALUE;
 }
 
-// `find_relative`: GetParent or GetChild. It may succeed without saying which device it found. 0: there is none.
+// `find_relative` is GetParent or GetChild, which may succeed without returning a device. Returns 0 when there is none.
 template <typename Find>
 DEVINST FindRelative(Find find_relative, DEVINST device) {
   DEVINST relative = 0;
@@ -67,7 +67,7 @@ bool DeviceInterfaces::ReadRegistryText(DWORD property, char* text, DWORD size) 
   DWORD length = 0;
   const bool read = list_.api().GetDeviceRegistryProperty(list_.get(), &device_, property, nullptr,
                                                           reinterpret_cast<BYTE*>(text), size, &length) != 0;
-  text[read ? std::min(length, size - 1) : 0] = '\0';  // The registry does not see to it that a text ends.
+  text[read ? std::min(length, size - 1) : 0] = '\0';  // The registry does not guarantee a terminating zero.
   return read;
 }
 

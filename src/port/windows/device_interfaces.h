@@ -1,4 +1,4 @@
-// The device interfaces of one class, as the system lists them.
+// The device interfaces of one class.
 #ifndef VEXO_PORT_WINDOWS_DEVICE_INTERFACES_H_
 #define VEXO_PORT_WINDOWS_DEVICE_INTERFACES_H_
 
@@ -9,7 +9,7 @@
 
 namespace vexo {
 
-// Owns a list of devices. An all-zero class has no list.
+// Owns a list of devices. An all-zero class gives no list.
 class DeviceInfoList {
  public:
   DeviceInfoList(const GUID& device_class, DWORD flags);
@@ -19,7 +19,7 @@ class DeviceInfoList {
 
   bool valid() const { return list_ != INVALID_HANDLE_VALUE; }
 
-  // Of a valid list.
+  // Valid lists only.
   const platform::SetupApi& api() const { return *api_; }
   HDEVINFO get() const { return list_; }
 
@@ -28,30 +28,32 @@ class DeviceInfoList {
   const HDEVINFO list_;
 };
 
-// Steps through the interfaces of a class. The texts of an interface's device are read into buffers of the caller, cut
-// nowhere: one that does not fit reads as missing, and a missing text is empty.
+// Iterates over the interfaces of a class. Reads texts into the caller's buffers, never truncated: a text that does not
+// fit counts as missing, and a missing text is empty.
 class DeviceInterfaces {
  public:
   DeviceInterfaces(const GUID& device_class, DWORD flags) : class_(device_class), list_(device_class, flags) {}
 
-  // False: the system does not list its devices, GetLastError says why.
+  // Returns false when the system cannot list its devices; GetLastError gives the reason.
   bool valid() const { return list_.valid(); }
 
-  // False: there are no more.
+  // Returns false at the end.
   bool Next();
 
-  // Reads the path of the interface; the other texts can be read then. A device that has been unplugged has none.
+  // Reads the path of the interface, after which the other texts can be read. Fails for a device that has been
+  // unplugged.
   enum class Detail { kRead, kGone, kNoMemory };
   Detail ReadDetail();
   const char* path() const { return detail()->DevicePath; }
 
-  // `property`: SPDRP_... False: it is missing.
+  // `property` is an SPDRP_ constant. Returns false when it is missing.
   template <size_t size>
   bool ReadRegistryText(DWORD property, char (&text)[size]) {
     return ReadRegistryText(property, text, size);
   }
 
-  // A Unicode text of at most 256 units, in a code page of the system. All code pages need less than 8 bytes a unit.
+  // Reads a Unicode text of at most 256 units, converted to a code page of the system. All code pages need less than 8
+  // bytes per unit.
   static constexpr DWORD kPropertyUnits = 256;
   static constexpr size_t kPropertyTextSize = 8 * kPropertyUnits;
   void ReadProperty(const DEVPROPKEY& key, UINT code_page, char (&text)[kPropertyTextSize]);
@@ -59,7 +61,7 @@ class DeviceInterfaces {
   static constexpr ULONG kDeviceIdSize = 256;
   void ReadChildId(char (&text)[kDeviceIdSize]);
 
-  // Of the device above; empty where there is none.
+  // Texts of the parent device; empty if there is none.
   void ReadParentId(char (&text)[kDeviceIdSize]);
   template <size_t size>
   void ReadParentLocation(char (&text)[size]) {
@@ -78,7 +80,7 @@ class DeviceInterfaces {
   DWORD next_ = 0;
   SP_DEVICE_INTERFACE_DATA interface_ = {};
   SP_DEVINFO_DATA device_ = {};
-  std::unique_ptr<char[]> detail_;  // Grows with the longest path.
+  std::unique_ptr<char[]> detail_;  // Grows to the longest path.
   DWORD detail_size_ = 0;
 };
 

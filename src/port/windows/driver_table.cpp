@@ -36,6 +36,7 @@ std::unique_ptr<PortDriver> MakePortDriver(int32_t kind, bool* known) {
       return Make<BluetoothPort>();
     case VEXO_PORT_BUFFER:
       return Make<BufferPort>();
+    // Compatibility: FILE is a known kind without a driver; hosts get VEXO_ERROR_NOT_SUPPORTED_PRINTER.
     default:
       *known = false;
       return nullptr;

@@ -17,7 +17,8 @@ using Use = platform::DeviceHandle::Use;
 
 int32_t SystemError(DWORD error) { return static_cast<int32_t>(error); }
 
-// Whole packets may bring more than was asked for: the last bytes count, older surplus is stale.
+// Compatibility: when packets bring more bytes than requested, the last ones are returned and the older surplus is
+// dropped. *read counts all of them.
 void HandOver(const uint8_t* packets, uint32_t received, uint8_t* bytes, uint32_t length) {
   const uint32_t surplus = received > length ? received - length : 0;
   std::memcpy(bytes, packets + surplus, received - surplus);
@@ -124,7 +125,7 @@ TransferResult FilePort::WriteOnce(OverlappedTransfer* transfer, const uint8_t* 
   if (mode_ == Mode::kOverlapped) {
     return transfer->Write(bytes, length, wait_ms);
   }
-  // Of a blocking call only the count is judged: a device that took some bytes before it failed is asked again.
+  // Only the count of a blocking call matters: a device that took some bytes before it failed is tried again.
   TransferResult result;
   WriteFile(Use(handle_).get(), bytes, length, &result.bytes, nullptr);
   return result;
@@ -154,7 +155,8 @@ int32_t FilePort::ReadAvailable(uint8_t* buffer, uint32_t from, uint32_t to, uin
 }
 
 int32_t FilePort::ReadOverlapped(uint8_t* bytes, uint32_t length, uint32_t* read) {
-  // A request is only repeated while bytes are missing, so what came before the last packet is shorter than a packet.
+  // Requests are repeated only while bytes are missing, so the bytes before the last packet are shorter than one
+  // packet.
   uint8_t packets[2 * kLargestPacketSize];
   const uint32_t packet_size = ReadPacketSize(length);
   uint8_t* const landing = packet_size > 0 ? packets : bytes;

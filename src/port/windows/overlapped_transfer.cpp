@@ -10,7 +10,7 @@ namespace {
 
 using Use = platform::DeviceHandle::Use;
 
-// Making an event for each command would cost as much as sending it.
+// Creating an event for each command would cost as much as sending it.
 platform::IdleHandles g_idle_events;
 
 TransferResult Failure(DWORD error) {
@@ -68,11 +68,12 @@ TransferResult OverlappedTransfer::Finish(HANDLE device, BOOL started, DWORD wai
       result.error = wait_error;
     }
   }
-  // Waits if the system has not let go of the buffer even now.
+  // Waits until the system has released the buffer.
   if (GetOverlappedResult(device, overlapped, &result.bytes, /*bWait=*/TRUE) == 0) {
     const DWORD error = GetLastError();
     const bool cancelled_by_us = result.timed_out && error == ERROR_OPERATION_ABORTED;
-    const bool ended_by_the_line = error == ERROR_TIMEOUT;  // Its own time limit: no failure, but no more bytes.
+    const bool ended_by_the_line =
+        error == ERROR_TIMEOUT;  // The line's own time limit: not a failure, but no more bytes.
     if (!cancelled_by_us && !ended_by_the_line && result.error == ERROR_SUCCESS) {
       result.error = error;
     }

@@ -1,4 +1,4 @@
-// One asynchronous transfer after the other on a device that was opened for overlapped I/O.
+// Performs asynchronous transfers, one at a time, on a device opened for overlapped I/O.
 #ifndef VEXO_PORT_WINDOWS_OVERLAPPED_TRANSFER_H_
 #define VEXO_PORT_WINDOWS_OVERLAPPED_TRANSFER_H_
 
@@ -11,15 +11,15 @@
 
 namespace vexo {
 
-// What one call to the system brought. `error` is ERROR_SUCCESS also when the transfer was cancelled because its wait
-// ran out; `bytes` then counts what had been transferred by then.
+// The result of one system call. `error` is also ERROR_SUCCESS when the transfer was cancelled after its wait; `bytes`
+// then counts the bytes transferred until then.
 struct TransferResult {
   DWORD bytes = 0;
   DWORD error = ERROR_SUCCESS;
   bool timed_out = false;
 };
 
-// Owns the event that the transfers of one call complete on; taken for the first one.
+// Owns the event on which the transfers complete, acquired for the first one.
 class OverlappedTransfer {
  public:
   explicit OverlappedTransfer(const platform::DeviceHandle& device) : device_(device) {}
@@ -27,8 +27,8 @@ class OverlappedTransfer {
   OverlappedTransfer& operator=(const OverlappedTransfer&) = delete;
   ~OverlappedTransfer();
 
-  // Starts the transfer and waits for it up to `wait_ms`; then cancels it and waits for the end of that. Until the
-  // system has let go of the buffer, neither returns. When the device is closed meanwhile, ERROR_OPERATION_ABORTED.
+  // Start a transfer, wait for it for up to `wait_ms`, then cancel it. Neither returns before the system has released
+  // the buffer. ERROR_OPERATION_ABORTED when the device is closed meanwhile.
   TransferResult Write(const uint8_t* bytes, DWORD length, DWORD wait_ms);
   TransferResult Read(uint8_t* bytes, DWORD length, DWORD wait_ms);
 

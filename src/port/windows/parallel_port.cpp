@@ -14,7 +14,7 @@ constexpr uint32_t kShortestPauseMs = 10;
 constexpr uint32_t kLongestPauseMs = 100;
 constexpr uint32_t kMostPauses = 5;
 
-// Ports whose reverse channel is idle or missing report these instead of "no data".
+// Compatibility: ports without a working reverse channel report these errors instead of "no data".
 bool MeansNoByte(DWORD error) { return error == ERROR_IO_DEVICE || error == ERROR_INVALID_FUNCTION; }
 
 }  // namespace
@@ -58,7 +58,7 @@ int32_t ParallelPort::ReadBlocking(uint8_t* bytes, uint32_t length, uint32_t* re
       return VEXO_ERROR_IO_READ_TIMEOUT;
     }
     if (result.bytes == 0 && now - call_started < kLongestPauseMs) {
-      // A port that still answers at once after the pauses is asked on without them until the budget ends.
+      // After the last pause, a port that still returns at once is polled without pauses until the budget ends.
       if (pauses < kMostPauses) {
         ++pauses;
         platform::SleepMs(pause_ms);

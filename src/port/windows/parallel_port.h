@@ -1,4 +1,4 @@
-// The parallel port ("LPT1"): a device file with blocking I/O that is read byte by byte.
+// The parallel port ("LPT1"): a device file with blocking I/O, read byte by byte.
 #ifndef VEXO_PORT_WINDOWS_PARALLEL_PORT_H_
 #define VEXO_PORT_WINDOWS_PARALLEL_PORT_H_
 
@@ -21,6 +21,7 @@ class ParallelPort : public FilePort {
   int32_t ReadAvailableBlocking(uint8_t* bytes, uint32_t length, uint32_t* read) override;
 
  private:
+  // Compatibility: stored for Control; nothing reads it.
   uint8_t status_flag_ = 1;
 };
 

@@ -6,10 +6,10 @@
 namespace vexo {
 namespace {
 
-// The name space in which COM10 and above are found, too.
+// The namespace that also contains COM10 and above.
 constexpr char kDevicePrefix[] = "\\\\.\\";
 
-// Without a hardware handshake the control lines stay as the system has them.
+// Without a hardware handshake the DTR and RTS controls stay as the system set them.
 void SetHandshake(uint32_t flow_control, DCB* line) {
   const bool dtr_dsr = (flow_control & kFlowDtrDsr) != 0;
   const bool rts_cts = (flow_control & kFlowRtsCts) != 0;

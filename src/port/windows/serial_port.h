@@ -13,19 +13,21 @@ class SerialPort : public FilePort {
  public:
   SerialPort() : FilePort(Mode::kOverlapped) {}
 
-  // Takes the line settings from the URI: -351, -356, see ReadSerialSettings.
+  // Reads the line settings from the URI; see ReadSerialSettings for the codes.
   int32_t Configure(const char* uri) override;
 
-  // Also sets up the line: -312 its settings cannot be read, -313 they are refused. The port is closed then.
+  // Also sets up the line. Returns VEXO_ERROR_IO_GET_ATTRIBUTES when its settings cannot be read,
+  // VEXO_ERROR_IO_SET_ATTRIBUTES when they are refused; the port is then closed.
   int32_t Open() override;
 
-  // The write constant is the caller's from now on; until then it follows from the speed of the line.
+  // Compatibility: from this call on the write constant is the caller's; before, it is derived from the speed of the
+  // line.
   int32_t SetTimeouts(const VexoPortTimeouts& timeouts) override;
 
  protected:
   int32_t SetUpDevice(HANDLE device) override;
 
-  // Puts the settings into what the system says of the line, and leaves the rest of it.
+  // Writes the settings into the line state read from the system and leaves its other fields unchanged.
   void FillLine(DCB* line) const;
 
  private:

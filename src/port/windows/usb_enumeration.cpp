@@ -17,8 +17,8 @@ constexpr size_t kServiceSize = 32;
 
 constexpr GUID kPrinterClass = {0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
 
-// What the port-opening exports search. The setup classes are no interfaces; devices that register an interface by
-// their name are found all the same.
+// Compatibility: the device classes that the port-open exports search, by index. Setup classes are not interfaces, but
+// devices that register an interface under their GUID are found.
 constexpr struct {
   GUID device_class;
   DWORD flags;
@@ -46,7 +46,7 @@ constexpr DEVPROPKEY kInstanceId = {{0x78C34FC8, 0x104A, 0x4ACA, {0x9E, 0xA4, 0x
 
 enum class Parents { kIgnored, kCount };
 
-// The texts of one device, and what they say.
+// The buffers for one device's texts.
 struct DeviceTexts {
   UsbDevice View() const { return {hardware_id, location, bus_relations, instance_id, child_id, parent_id}; }
 
@@ -64,8 +64,8 @@ bool ReadUpperCased(DeviceInterfaces* devices, DWORD property, char (&text)[kReg
   return read;
 }
 
-UsbQualification Judge(UsbQualifier* qualifier, DeviceInterfaces* devices, const UsbDevice& device) {
-  const UsbQualification qualification = qualifier->Judge(device);
+UsbQualification Qualify(UsbQualifier* qualifier, DeviceInterfaces* devices, const UsbDevice& device) {
+  const UsbQualification qualification = qualifier->Qualify(device);
   if (qualification == UsbQualification::kNone && qualifier->wants_service()) {
     char service[kServiceSize] = "";
     if (devices->ReadRegistryText(SPDRP_SERVICE, service)) {
@@ -80,8 +80,8 @@ int32_t SystemFailure() {
   return error != ERROR_SUCCESS ? static_cast<int32_t>(error) : VEXO_ERROR_IO;
 }
 
-// False: the device tells too little to be looked at. A printer has a location; a disk or a gun in a printer has none
-// of its own, and is where the device above it is.
+// Returns false when a required text is missing. A printer must have a location; a disk or a scanner gun without one
+// takes its parent's.
 bool ReadForSearch(DeviceInterfaces* devices, Parents parents, DeviceTexts* texts) {
   if (!ReadUpperCased(devices, SPDRP_HARDWAREID, texts->hardware_id)) {
     return false;
@@ -98,13 +98,13 @@ bool ReadForSearch(DeviceInterfaces* devices, Parents parents, DeviceTexts* text
   return true;
 }
 
-// Reads the device of the current interface and decides on it. Only what qualifies is asked for everything.
+// Reads the device of the current interface and decides on it. Only qualified devices are asked for all texts.
 bool IsSelected(DeviceInterfaces* devices, Parents parents, UsbQualifier* qualifier, const UsbCriteria& criteria,
                 DeviceTexts* texts, bool* gated) {
   if (!ReadForSearch(devices, parents, texts)) {
     return false;
   }
-  const UsbQualification qualification = Judge(qualifier, devices, texts->View());
+  const UsbQualification qualification = Qualify(qualifier, devices, texts->View());
   if (qualification == UsbQualification::kNone) {
     return false;
   }
@@ -120,7 +120,7 @@ FoundUsbDevice Found(const char* path, const DeviceTexts& texts, Parents parents
   CopyText(found.path, sizeof(found.path), path);
   CopyText(found.location, sizeof(found.location), texts.location);
   found.has_serial = parents == Parents::kIgnored;
-  // The serial is the end of a text, so it is terminated as that is.
+  // The serial is the end of a longer text and shares its terminating zero.
   CopyText(found.serial, sizeof(found.serial), UsbSerial(texts.instance_id).value_or("").data());
   UpperCaseAscii(found.serial);
   found.gated = gated;
@@ -145,8 +145,8 @@ int32_t Search(DeviceInterfaces* devices, Parents parents, const UsbCriteria& cr
   return VEXO_ERROR_USB_NOT_FOUND;
 }
 
-// For the list, texts are in the code page of the calling thread. The location is the one that the search goes by, so
-// that a printer can be opened by what the list shows.
+// The list is in the code page of the calling thread. It uses the same location as the search, so that a printer can be
+// opened by what the list shows.
 void ReadForDescription(DeviceInterfaces* devices, DeviceTexts* texts) {
   devices->ReadProperty(kBusRelations, CP_THREAD_ACP, texts->bus_relations);
   devices->ReadProperty(kInstanceId, CP_THREAD_ACP, texts->instance_id);
@@ -189,7 +189,7 @@ int32_t ListUsbPrinters(char* buffer, size_t size) {
       continue;
     }
     ReadUpperCased(&devices, SPDRP_HARDWAREID, texts.hardware_id);
-    if (Judge(&qualifier, &devices, texts.View()) == UsbQualification::kNone) {
+    if (Qualify(&qualifier, &devices, texts.View()) == UsbQualification::kNone) {
       continue;
     }
     ReadForDescription(&devices, &texts);

@@ -10,7 +10,7 @@
 namespace vexo {
 namespace {
 
-// A printer may answer a short request with a full packet, and the system fails a read that a packet does not fit into.
+// A printer may answer a short request with a full packet, and the system fails a read that is smaller than the packet.
 constexpr uint32_t kReadPacketSize = 255;
 constexpr uint32_t kReadAvailablePacketSize = 64;
 static_assert(kReadPacketSize <= kLargestPacketSize && kReadAvailablePacketSize <= kLargestPacketSize);
@@ -19,7 +19,7 @@ bool HasText(const char* value) { return value != nullptr && *value != '\0'; }
 
 }  // namespace
 
-// No value can be too long for its text: the whole URI is not longer.
+// No value can be too long for its field: the whole URI is not longer.
 int32_t UsbPort::Configure(const char* uri) {
   DeviceUri parsed;
   const int32_t result = ParseDeviceUri(&parsed, uri);

@@ -1,4 +1,4 @@
-// The USB printer-class port: a device file with overlapped I/O that sends and receives whole packets.
+// The USB printer-class port: a device file with overlapped I/O that transfers whole packets.
 #ifndef VEXO_PORT_WINDOWS_USB_PORT_H_
 #define VEXO_PORT_WINDOWS_USB_PORT_H_
 
@@ -23,27 +23,28 @@ class UsbPort : public FilePort {
   int32_t OpenDeviceOfClass(uint32_t first_class, uint32_t class_count) override;
 
  protected:
-  // Finds the printer that the URI describes; the results of ResolveUsbDevicePath.
+  // Finds the printer that the URI describes; returns the result of ResolveUsbDevicePath.
   int32_t ResolveDevicePath() override;
 
   uint32_t ReadPacketSize(uint32_t length) const override;
   uint32_t ReadAvailablePacketSize(uint32_t length) const override;
 
-  // Set for printers that must not be read while their reads are switched off.
+  // Compatibility: 1 for a printer that must not be read while its reads are switched off
+  // (VEXO_CONTROL_USB_SET_READ_ENABLED).
   uint8_t read_gated_ = 0;
 
  private:
   UsbCriteria Criteria() const;
 
-  // Takes over where the device was found, and adds it to the URI.
+  // Stores where the device was found and adds it to the URI.
   void Adopt(const FoundUsbDevice& found);
 
   bool ReadIsRefused() const { return read_gated_ == 1 && read_enabled_ == 0; }
 
   uint8_t read_enabled_ = 1;
 
-  // What the URI says of the printer. Without any of it, the first printer found is taken, also after the location has
-  // become that of the last one found.
+  // The criteria of the URI. match_by_name_ means that there are none and the first printer found is taken, even after
+  // location_ has been set to that of an earlier one.
   bool match_by_name_ = true;
   char device_name_[kUriBufferSize] = {};
   char location_[kUriBufferSize] = {};
@@ -51,7 +52,7 @@ class UsbPort : public FilePort {
   char vid_[kUriBufferSize] = {};
   char pid_[kUriBufferSize] = {};
 
-  size_t configured_length_ = 0;  // Of the URI, without what an opening adds.
+  size_t configured_length_ = 0;  // Length of the URI without the parameters added on opening.
 };
 
 }  // namespace vexo
