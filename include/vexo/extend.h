@@ -125,7 +125,7 @@ VEXO_API int32_t SetPrintWidth(VexoPrinterHandle* handle, uint32_t width);
 /**
  * Asks the printer for its print width. Restrictions as for SetPrintWidth.
  *
- * Compatibility: an answer of another length than two bytes (from an aborted port, after a reconnection, or in a longer
+ * Compatibility: a read that ends without an error but not with two bytes (an aborted port, a reconnection, a longer
  * USB packet) gives VEXO_OK with *width untouched. Set *width to an impossible value before the call.
  *
  * @param handle printer handle with an open port.
@@ -163,7 +163,7 @@ VEXO_API int32_t GetPrintWidth(VexoPrinterHandle* handle, uint32_t* width);
  * VEXO_ERROR_MONITOR_NO_ANSWER. Waits are counted in polls of the printer, 20 ms apart. A poll takes no time on TCP and
  * up to 100 ms on a device file, so a read timeout of 1000 ms lasts about 1 s on TCP and up to 6 s on USB.
  *
- * Events are kept until they are taken; of replies that nobody asked for, the newest 1,024.
+ * Events are kept until they are taken; of unrequested replies, the newest 1,024.
  *
  * A printer that disappears is not reported: events stop, and commands may fail. On a network the next command connects
  * again. A printer that was switched off has forgotten that monitoring was on: call OpenReprintMonitorWork again.
@@ -315,7 +315,7 @@ VEXO_API int32_t QueryReprintMonitorWork(CVEXOPrinterReadHelper* monitor, char* 
  * Takes the oldest job event that no callback received; does not ask the printer. An answer that another thread waits
  * for is dropped.
  *
- * Compatibility: task 999 is told from "no event" by *status alone; set *status to 0 before the call.
+ * Compatibility: only *status tells task 999 from "no event": set *status to 0 before the call.
  *
  * @param monitor the monitor object.
  * @param status  receives a VexoJobEvent, and nothing without an event; not null.

@@ -218,8 +218,8 @@ class JobMonitor {
 };
 
 /**
- * Listens to a printer for a while, without a monitor, for what it says about finished tasks. @return its texts.
- * Hearing nothing gives VEXO_ERROR_IO_READ_TIMEOUT, or VEXO_ERROR_IO_READ if the printer reconnected meanwhile.
+ * Listens to a printer for a while, without a monitor. @return the texts that it sends about finished tasks. Without
+ * any reply the error is VEXO_ERROR_IO_READ_TIMEOUT, or VEXO_ERROR_IO_READ if the printer reconnected.
  */
 inline std::vector<std::string> ReadTaskOverInfo(Port& printer, std::chrono::milliseconds time,
                                                  std::error_code* error = nullptr) {

@@ -30,7 +30,7 @@ struct NetworkPrinter {
   std::string network_mask() const { return Field(VEXO_SCAN_NETWORK_MASK); } /**< "255.255.255.0". */
   std::string gateway() const { return Field(VEXO_SCAN_GATEWAY); }           /**< IP address of the gateway. */
 
-  /** @return what to make a Printer of. */
+  /** @return the descriptor to make a Printer of. */
   std::string descriptor() const { return "NET," + address(); }
 };
 

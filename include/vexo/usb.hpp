@@ -91,7 +91,7 @@ struct UsbPrinter {
   std::string port;     /**< Port of the system's printer driver, "USB001". */
   std::string location; /**< The socket, "PORT_#0001.HUB_#0002". */
 
-  /** @return what to make a Printer of; empty if nothing tells this printer from others. */
+  /** @return the descriptor to make a Printer of; empty if nothing identifies the printer. */
   std::string descriptor() const {
     if (!serial.empty()) {
       return "vexo:/dev/bus/USB/" + serial;

@@ -1,4 +1,4 @@
-// vexoctl, the technician's tool: reads and changes printers through vexoextend.dll.
+// vexoctl, the command-line tool: reads and changes printers through vexoextend.dll.
 //
 // Exit status: 0 success, 1 the operation failed, 2 the command line is wrong.
 

@@ -20,7 +20,7 @@ constexpr TraceStep kPackageSteps[] = {
     {"Ready to send file...", nullptr},
     {"Sending file completed and Shake hands...", "at the end of the file"},
     {"A Empty packet at the end of sending...", "at the closing package"},
-    {"End of Sending flag...", "at the end of the session"},
+    {"End of Sending flag...", "at the end of the transmission"},
     {"restart printer...", "at the restart"},
 };
 constexpr TraceStep kSegmentSteps[] = {

@@ -63,7 +63,7 @@ std::string DottedText(DWORD address) {
   return text;
 }
 
-// Empty if the system does not tell them.
+// Empty if the system does not list them.
 std::vector<MIB_IPADDRROW> InterfaceAddresses() {
   // Rows as storage for the table, whose head, a count, is shorter than a row.
   std::vector<MIB_IPADDRROW> storage(1);
