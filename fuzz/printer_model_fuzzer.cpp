@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "require.h"
-#include "virtual_printer/package_receiver.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/downloads/package_receiver.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace {
 

@@ -15,7 +15,7 @@
 #include "port/handle_port.h"
 #include "support/allocation_faults.h"
 #include "support/scripted_drivers.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace vexo::test {
 namespace {

@@ -10,7 +10,7 @@
 
 #include "vexo/error.h"
 #include "vexo/printer.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace vexo::test {
 

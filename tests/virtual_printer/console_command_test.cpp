@@ -1,4 +1,4 @@
-#include "virtual_printer/console_command.h"
+#include "virtual_printer/app/console_command.h"
 
 #include <gtest/gtest.h>
 

@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "test_hosts.h"
-#include "virtual_printer/download_faults.h"
-#include "virtual_printer/download_name.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/downloads/download_faults.h"
+#include "virtual_printer/downloads/download_name.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace virtual_printer {
 namespace {

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "test_hosts.h"
-#include "virtual_printer/printer_model.h"
-#include "virtual_printer/report_frames.h"
+#include "virtual_printer/model/printer_model.h"
+#include "virtual_printer/model/report_frames.h"
 
 namespace virtual_printer {
 namespace {

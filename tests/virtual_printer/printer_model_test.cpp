@@ -1,4 +1,4 @@
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/model/printer_model.h"
 
 #include <gtest/gtest.h>
 
@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "test_hosts.h"
-#include "virtual_printer/faults.h"
-#include "virtual_printer/scan_answer.h"
-#include "virtual_printer/trace_format.h"
+#include "virtual_printer/model/scan_answer.h"
+#include "virtual_printer/wire/faults.h"
+#include "virtual_printer/wire/trace_format.h"
 
 namespace virtual_printer {
 namespace {

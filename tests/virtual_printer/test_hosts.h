@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace virtual_printer {
 
