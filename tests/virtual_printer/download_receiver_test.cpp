@@ -9,7 +9,7 @@
 
 #include "test_hosts.h"
 #include "virtual_printer/downloads/download_faults.h"
-#include "virtual_printer/downloads/download_name.h"
+#include "virtual_printer/downloads/download_store.h"
 #include "virtual_printer/model/printer_model.h"
 
 namespace virtual_printer {
@@ -84,11 +84,11 @@ class Site {
         answer += (answer.empty() ? "" : "|") + Hex(event.message.bytes);
       }
     }
-    PrinterOrders orders = shop_.model.TakeOrders();
-    for (const auto& [connection, download] : orders.completed) {
+    SideEffects side_effects = shop_.model.TakeSideEffects();
+    for (const auto& [connection, download] : side_effects.completed) {
       downloads.emplace_back(download.data.begin(), download.data.end());
     }
-    dropped_ = dropped_ || orders.outage || !orders.dropped.empty();
+    dropped_ = dropped_ || side_effects.outage || !side_effects.dropped.empty();
   }
 
   Shop shop_;
@@ -167,7 +167,7 @@ TEST(Downloads, EndInARestart) {
   const std::string set_width = V1("setkey") + std::string("\x01\xCC\x00\x02\x80\x02", 6);
   shop.Send(1, set_width + "Total 9.99\n");
   shop.Send(1, kLoaderMode + "lost");
-  const Outage loader = *shop.model.TakeOrders().outage;
+  const Outage loader = *shop.model.TakeSideEffects().outage;
   EXPECT_EQ(loader.back_as, PrinterMode::kYmodemLoader);
   EXPECT_EQ(loader.duration, setup.downloads.loader_delay);
   EXPECT_EQ(shop.Send(2, set_width), Transcript{}) << "the printer has left the network";
@@ -176,7 +176,7 @@ TEST(Downloads, EndInARestart) {
   shop.model.Connect(1);
   EXPECT_EQ(shop.Send(1, set_width), Transcript{"1> setkey (unknown to the loader)"});
   shop.Send(1, kResetCommand);
-  const Outage restart = *shop.model.TakeOrders().outage;
+  const Outage restart = *shop.model.TakeSideEffects().outage;
   EXPECT_EQ(restart.back_as, PrinterMode::kOrdinary);
   EXPECT_EQ(restart.duration, setup.downloads.restart_time);
   EXPECT_EQ(shop.model.State().current.print_width, kDefaultPrintWidth);

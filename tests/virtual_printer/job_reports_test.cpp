@@ -92,9 +92,9 @@ TEST(PrintJobs, TakeTheNumberThatTheirHostSetLastAndLoseItToAPause) {
 TEST(PrintJobs, AreReportedInTheMannerForcedOrThatOfEachHost) {
   PrinterSetup setup;
   setup.monitoring = ReportFamily::kV1;
-  setup.family = ReportFamily::kGsH;
+  setup.forced_family = ReportFamily::kGsH;
   EXPECT_EQ(Shop(setup).Send(1, kOn + "x").at(2), "1< reply 37 22: task 0000 started");
-  setup.family.reset();
+  setup.forced_family.reset();
   EXPECT_EQ(Shop(setup).Send(1, "x").back(), "1< report 256: task 0000 started");
   Shop shop({}, /*hosts=*/3);
   shop.Send(1, kOn);

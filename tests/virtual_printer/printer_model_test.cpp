@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "test_hosts.h"
-#include "virtual_printer/model/scan_answer.h"
-#include "virtual_printer/wire/faults.h"
-#include "virtual_printer/wire/trace_format.h"
+#include "virtual_printer/model/network_identity.h"
+#include "virtual_printer/wire/connection_faults.h"
+#include "virtual_printer/wire/trace.h"
 
 namespace virtual_printer {
 namespace {
@@ -154,7 +154,7 @@ TEST(Faults, DelayComesBeforeTheFirstPieceOnly) {
 }
 
 TEST(TraceFormat, WrapsBytesUnderTheFirstRow) {
-  EXPECT_EQ(FormatTraceEntry(milliseconds(1234), 1, "->", Bytes(17, 0xAB), "words"),
+  EXPECT_EQ(FormatTraceEntry(milliseconds(1234), {1, WireEvent::Direction::kReceived, {Bytes(17, 0xAB), "words"}}),
             "    1.234 #1 -> AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB AB  words\n"
             "                AB\n");
 }
@@ -171,8 +171,8 @@ TEST(NetworkScan, EachPortHasAQuestionOfItsOwn) {
       {"", false, false},
   };
   for (const auto& [datagram, receipt, label] : rows) {
-    EXPECT_EQ(AsksForPrinters(ScanKind::kReceiptPrinters, datagram), receipt) << datagram;
-    EXPECT_EQ(AsksForPrinters(ScanKind::kLabelPrinters, datagram), label) << datagram;
+    EXPECT_EQ(IsScanQuestion(ScanKind::kReceiptPrinters, datagram), receipt) << datagram;
+    EXPECT_EQ(IsScanQuestion(ScanKind::kLabelPrinters, datagram), label) << datagram;
   }
 }
 

@@ -1,18 +1,17 @@
 #include "virtual_printer/app/console.h"
 
+#include <functional>
 #include <iostream>
 #include <mutex>
-#include <thread>
+#include <optional>
 #include <utility>
 
 namespace virtual_printer {
 
-// What the thread holds on to; it may outlive the console.
-struct Console::Shared {
-  std::mutex mutex;
-  asio::io_context* context = nullptr;  // Null once the console is gone.
-  bool ended = false;                   // There is no more input.
-  std::function<void(const std::string&)> on_line;
+// Shared with the thread, which may outlive the console.
+struct Console::LineReader {
+  LineReader(asio::io_context& io_context, std::function<void(const std::string&)> line_handler)
+      : context(&io_context), on_line(std::move(line_handler)) {}
 
   void ReadLines() {
     for (std::string line; std::getline(std::cin, line);) {
@@ -25,26 +24,80 @@ struct Console::Shared {
     const std::lock_guard<std::mutex> lock(mutex);
     ended = true;
   }
+
+  // Returns whether the input has ended already.
+  bool Stop() {
+    const std::lock_guard<std::mutex> lock(mutex);
+    context = nullptr;
+    return ended;
+  }
+
+  std::mutex mutex;
+  asio::io_context* context;  // Null once the console is gone.
+  const std::function<void(const std::string&)> on_line;
+  bool ended = false;
 };
 
-Console::Console(asio::io_context& context, std::function<void(const std::string&)> on_line)
-    : shared_(std::make_shared<Shared>()) {
-  shared_->context = &context;
-  shared_->on_line = std::move(on_line);
-  reader_ = std::thread([shared = shared_] { shared->ReadLines(); });
-}
+Console::Console(asio::io_context& context, PrinterService& service, std::chrono::milliseconds split_pause,
+                 std::ostream& out)
+    : context_(context),
+      service_(service),
+      split_pause_(split_pause),
+      out_(out),
+      reader_(std::make_shared<LineReader>(context, [this](const std::string& line) { OnLine(line); })),
+      thread_([reader = reader_] { reader->ReadLines(); }) {}
 
 Console::~Console() {
-  bool ended = false;
-  {
-    const std::lock_guard<std::mutex> lock(shared_->mutex);
-    shared_->context = nullptr;
-    ended = shared_->ended;
-  }
-  if (ended) {
-    reader_.join();
+  if (reader_->Stop()) {
+    thread_.join();
   } else {
-    reader_.detach();
+    thread_.detach();
+  }
+}
+
+void Console::OnLine(const std::string& line) {
+  std::string error;
+  if (const std::optional<ConsoleCommand> command = ParseConsoleLine(line, &error)) {
+    Execute(*command);
+  } else if (!error.empty()) {
+    out_ << error << std::endl;
+  }
+}
+
+void Console::Execute(const ConsoleCommand& command) {
+  PrinterModel& model = service_.Model();
+  const auto task = static_cast<TaskNumber>(command.number);  // In range for the commands that take a task number.
+  switch (command.kind) {
+    case ConsoleCommand::Kind::kStart:
+      service_.Send(model.AnnounceStart(task));
+      break;
+    case ConsoleCommand::Kind::kEnd:
+      service_.Send(model.AnnounceEnd(task, command.value));
+      break;
+    case ConsoleCommand::Kind::kState:
+      service_.Send(model.AnnounceState(task));
+      break;
+    case ConsoleCommand::Kind::kStatus:
+      model.SetStatus(command.number);
+      break;
+    case ConsoleCommand::Kind::kGarbage:
+      service_.Send(model.SendToAll({Garbage(command.number), "garbage, " + CountOfBytes(command.number)}));
+      break;
+    case ConsoleCommand::Kind::kSplit:
+      service_.Faults().split_pause = command.on ? std::optional(split_pause_) : std::nullopt;
+      break;
+    case ConsoleCommand::Kind::kSilent:
+      service_.Faults().silent = command.on;
+      break;
+    case ConsoleCommand::Kind::kDrop:
+      service_.DropAll();
+      break;
+    case ConsoleCommand::Kind::kHelp:
+      out_ << ConsoleHelp() << std::flush;
+      break;
+    case ConsoleCommand::Kind::kQuit:
+      context_.stop();
+      break;
   }
 }
 

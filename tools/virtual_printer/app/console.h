@@ -2,33 +2,43 @@
 #define VIRTUAL_PRINTER_APP_CONSOLE_H_
 
 #include <asio.hpp>
-#include <functional>
+#include <chrono>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <thread>
 
+#include "virtual_printer/app/console_command.h"
+#include "virtual_printer/app/printer_service.h"
+
 namespace virtual_printer {
 
-// Reads standard input line by line, on a thread of its own: it is the one way that works alike for a terminal, a pipe
-// and a file, on every system.
+// Reads commands from standard input and carries them out. A thread reads the lines, which works alike for terminals,
+// pipes and files on every system; commands are executed on the thread of the io_context.
 class Console {
  public:
-  // Each line is handed over on the thread of the io_context, which must outlive the console. The end of the input
-  // ends nothing else.
-  Console(asio::io_context& context, std::function<void(const std::string&)> on_line);
+  // The references must outlive the console, which must outlive the running of the io_context. The pause is the one
+  // that `split on` puts between bytes. The end of the input has no effect.
+  Console(asio::io_context& context, PrinterService& service, std::chrono::milliseconds split_pause, std::ostream& out);
 
-  // The thread may be waiting for a line that never comes. It is then left to the end of the program, and what it
-  // still reads goes nowhere.
+  // The thread may be blocked in a read. It is then left to the end of the program, and what it reads is discarded.
   ~Console();
 
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
  private:
-  struct Shared;
+  struct LineReader;
 
-  std::shared_ptr<Shared> shared_;
-  std::thread reader_;
+  void OnLine(const std::string& line);
+  void Execute(const ConsoleCommand& command);
+
+  asio::io_context& context_;
+  PrinterService& service_;
+  const std::chrono::milliseconds split_pause_;
+  std::ostream& out_;
+  const std::shared_ptr<LineReader> reader_;
+  std::thread thread_;
 };
 
 }  // namespace virtual_printer

@@ -5,7 +5,7 @@
 #include <limits>
 #include <vector>
 
-#include "virtual_printer/model/task_number.h"
+#include "virtual_printer/model/print_jobs.h"
 
 namespace virtual_printer {
 namespace {
@@ -13,7 +13,7 @@ namespace {
 using Words = std::vector<std::string_view>;
 
 constexpr std::uint32_t kMaxGarbage = 65536;
-constexpr std::uint32_t kUsualGarbage = 16;
+constexpr std::uint32_t kDefaultGarbage = 16;
 constexpr std::uint32_t kAnyNumber = std::numeric_limits<std::uint32_t>::max();
 
 Words SplitWords(std::string_view line) {
@@ -28,107 +28,111 @@ Words SplitWords(std::string_view line) {
   return words;
 }
 
-// A decimal number or, behind 0x, a hexadecimal one.
+// Parses a decimal number or, after 0x, a hexadecimal one.
 std::optional<std::uint32_t> ParseNumber(std::string_view text, std::uint32_t max) {
   const bool hexadecimal = text.substr(0, 2) == "0x";
   const std::string digits(hexadecimal ? text.substr(2) : text);
   const char* allowed = hexadecimal ? "0123456789abcdefABCDEF" : "0123456789";
-  constexpr std::size_t kMostDigits = 10;
-  if (digits.empty() || digits.size() > kMostDigits || digits.find_first_not_of(allowed) != std::string::npos) {
+  constexpr std::size_t kMaxDigits = 10;
+  if (digits.empty() || digits.size() > kMaxDigits || digits.find_first_not_of(allowed) != std::string::npos) {
     return std::nullopt;
   }
   const std::uint64_t number = std::stoull(digits, nullptr, hexadecimal ? 16 : 10);
   return number <= max ? std::optional(static_cast<std::uint32_t>(number)) : std::nullopt;
 }
 
-// The arguments of a command; each of these gives false when it cannot take them.
+// Each of these parses the arguments of a command and returns false if they are invalid.
 
-bool TakeNothing(const Words& arguments, ConsoleCommand&) { return arguments.empty(); }
+bool ParseNothing(const Words& arguments, ConsoleCommand&) { return arguments.empty(); }
 
-bool TakeNumber(const Words& arguments, std::uint32_t max, ConsoleCommand& command) {
+bool ParseOnlyNumber(const Words& arguments, std::uint32_t max, ConsoleCommand& command) {
   const auto number = arguments.size() == 1 ? ParseNumber(arguments[0], max) : std::nullopt;
   command.number = number.value_or(0);
   return number.has_value();
 }
 
-bool TakeTask(const Words& arguments, ConsoleCommand& command) { return TakeNumber(arguments, kMaxTask, command); }
+bool ParseTaskNumber(const Words& arguments, ConsoleCommand& command) {
+  return ParseOnlyNumber(arguments, kMaxTask, command);
+}
 
-bool TakeStatus(const Words& arguments, ConsoleCommand& command) { return TakeNumber(arguments, kAnyNumber, command); }
+bool ParseStatus(const Words& arguments, ConsoleCommand& command) {
+  return ParseOnlyNumber(arguments, kAnyNumber, command);
+}
 
-bool TakeTaskAndValue(const Words& arguments, ConsoleCommand& command) {
+bool ParseTaskAndValue(const Words& arguments, ConsoleCommand& command) {
   if (arguments.size() < 2) {
-    return TakeTask(arguments, command);
+    return ParseTaskNumber(arguments, command);
   }
   command.value = ParseNumber(arguments[1], kAnyNumber);
-  return arguments.size() == 2 && command.value && TakeTask({arguments[0]}, command);
+  return arguments.size() == 2 && command.value && ParseTaskNumber({arguments[0]}, command);
 }
 
-bool TakeCount(const Words& arguments, ConsoleCommand& command) {
-  command.number = kUsualGarbage;
-  return arguments.empty() || TakeNumber(arguments, kMaxGarbage, command);
+bool ParseCount(const Words& arguments, ConsoleCommand& command) {
+  command.number = kDefaultGarbage;
+  return arguments.empty() || ParseOnlyNumber(arguments, kMaxGarbage, command);
 }
 
-bool TakeSwitch(const Words& arguments, ConsoleCommand& command) {
+bool ParseSwitch(const Words& arguments, ConsoleCommand& command) {
   command.on = arguments == Words{"on"};
   return command.on || arguments == Words{"off"};
 }
 
-struct Form {
+struct Syntax {
   std::string_view word;
   std::string_view arguments;
-  std::string_view meaning;
+  std::string_view description;
   ConsoleCommand::Kind kind;
-  bool (*take_arguments)(const Words& arguments, ConsoleCommand& command);
+  bool (*parse_arguments)(const Words& arguments, ConsoleCommand& command);
 };
 
-constexpr Form kForms[] = {
-    {"start", "N", "report the start of job N to all hosts", ConsoleCommand::Kind::kStart, TakeTask},
-    {"end", "N [VALUE]", "report its end", ConsoleCommand::Kind::kEnd, TakeTaskAndValue},
-    {"state", "N", "report another state of it", ConsoleCommand::Kind::kState, TakeTask},
-    {"status", "VALUE", "change the printer's status", ConsoleCommand::Kind::kStatus, TakeStatus},
-    {"garbage", "[BYTES]", "send noise", ConsoleCommand::Kind::kGarbage, TakeCount},
-    {"split", "on|off", "send single bytes", ConsoleCommand::Kind::kSplit, TakeSwitch},
-    {"silent", "on|off", "send nothing", ConsoleCommand::Kind::kSilent, TakeSwitch},
-    {"drop", "", "end all connections", ConsoleCommand::Kind::kDrop, TakeNothing},
-    {"help", "", "show this", ConsoleCommand::Kind::kHelp, TakeNothing},
-    {"quit", "", "switch the printer off", ConsoleCommand::Kind::kQuit, TakeNothing},
+constexpr Syntax kSyntax[] = {
+    {"start", "N", "report the start of job N to all hosts", ConsoleCommand::Kind::kStart, ParseTaskNumber},
+    {"end", "N [VALUE]", "report the end of job N", ConsoleCommand::Kind::kEnd, ParseTaskAndValue},
+    {"state", "N", "report another state of job N", ConsoleCommand::Kind::kState, ParseTaskNumber},
+    {"status", "VALUE", "change the printer's status", ConsoleCommand::Kind::kStatus, ParseStatus},
+    {"garbage", "[BYTES]", "send garbage to all hosts", ConsoleCommand::Kind::kGarbage, ParseCount},
+    {"split", "on|off", "send answers in single bytes", ConsoleCommand::Kind::kSplit, ParseSwitch},
+    {"silent", "on|off", "stop answering", ConsoleCommand::Kind::kSilent, ParseSwitch},
+    {"drop", "", "drop all connections", ConsoleCommand::Kind::kDrop, ParseNothing},
+    {"help", "", "show this list", ConsoleCommand::Kind::kHelp, ParseNothing},
+    {"quit", "", "switch the printer off", ConsoleCommand::Kind::kQuit, ParseNothing},
 };
 
-std::string Usage(const Form& form) {
-  std::string usage(form.word);
-  return form.arguments.empty() ? usage : usage.append(" ").append(form.arguments);
+std::string Usage(const Syntax& syntax) {
+  std::string usage(syntax.word);
+  return syntax.arguments.empty() ? usage : usage.append(" ").append(syntax.arguments);
 }
 
 }  // namespace
 
-std::optional<ConsoleCommand> ParseConsoleLine(std::string_view line, std::string* complaint) {
+std::optional<ConsoleCommand> ParseConsoleLine(std::string_view line, std::string* error) {
   Words words = SplitWords(line);
   if (words.empty()) {
     return std::nullopt;
   }
-  for (const Form& form : kForms) {
-    if (form.word == words.front()) {
+  for (const Syntax& syntax : kSyntax) {
+    if (syntax.word == words.front()) {
       ConsoleCommand command;
-      command.kind = form.kind;
+      command.kind = syntax.kind;
       words.erase(words.begin());
-      if (form.take_arguments(words, command)) {
+      if (syntax.parse_arguments(words, command)) {
         return command;
       }
-      *complaint = "usage: " + Usage(form);
+      *error = "usage: " + Usage(syntax);
       return std::nullopt;
     }
   }
-  *complaint = "unknown command; help shows all";
+  *error = "unknown command; help shows all";
   return std::nullopt;
 }
 
 std::string ConsoleHelp() {
   constexpr std::size_t kUsageWidth = 18;
   std::string help;
-  for (const Form& form : kForms) {
-    std::string usage = Usage(form);
+  for (const Syntax& syntax : kSyntax) {
+    std::string usage = Usage(syntax);
     usage.resize(kUsageWidth, ' ');
-    help.append(usage).append(form.meaning).append("\n");
+    help.append(usage).append(syntax.description).append("\n");
   }
   return help;
 }

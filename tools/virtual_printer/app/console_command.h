@@ -8,18 +8,18 @@
 
 namespace virtual_printer {
 
-// What somebody at the printer's console asks for.
+// A command typed at the printer's console.
 struct ConsoleCommand {
   enum class Kind { kStart, kEnd, kState, kGarbage, kSplit, kSilent, kStatus, kDrop, kHelp, kQuit };
 
   Kind kind = Kind::kHelp;
-  std::uint32_t number = 0;            // Task number, count of bytes, or status.
-  std::optional<std::uint32_t> value;  // Of an end; the printer's status when it is not given.
-  bool on = false;                     // Of a switch.
+  std::uint32_t number = 0;            // Task number, number of bytes, or status.
+  std::optional<std::uint32_t> value;  // For kEnd: reported in place of the printer's status.
+  bool on = false;                     // For kSplit and kSilent.
 };
 
-// Reads a line. Gives nothing for a blank one, and for one that cannot be understood, which it then complains about.
-std::optional<ConsoleCommand> ParseConsoleLine(std::string_view line, std::string* complaint);
+// Returns nothing for a blank line, and for an invalid one, which sets *error.
+std::optional<ConsoleCommand> ParseConsoleLine(std::string_view line, std::string* error);
 
 // All commands, one a line.
 std::string ConsoleHelp();

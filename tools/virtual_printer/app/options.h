@@ -6,28 +6,28 @@
 #include <string>
 
 #include "virtual_printer/model/printer_state.h"
-#include "virtual_printer/wire/faults.h"
+#include "virtual_printer/wire/connection_faults.h"
 
 namespace virtual_printer {
 
 // What the command line asks for.
 struct Options {
   std::string address = "127.0.0.1";
-  std::optional<std::uint16_t> port;  // Nothing when the printer is found on a line alone.
-  std::string line;                   // Its pseudo terminal's link or its pipe's name; empty for none.
+  std::optional<std::uint16_t> port;  // Nothing if the printer is on a line only.
+  std::string line;                   // The link to its pseudo terminal, or the name of its pipe; empty for none.
   PrinterSetup printer;
-  Faults faults;
-  std::optional<std::uint16_t> loader_port;  // The printer's, when it is not given.
+  ConnectionFaults faults;
+  std::optional<std::uint16_t> loader_port;  // The printer's port unless given.
   std::string store;                         // Folder for downloads; empty for none.
   bool trace = false;
   bool once = false;
   bool console = false;
-  bool discoverable = false;  // Answers hosts that look for printers.
-  int count = 1;              // Printers, on this address and the next ones.
+  bool discoverable = false;
+  int count = 1;  // Number of printers, on this address and the next ones.
 };
 
-// Reads the command line. When there is nothing left to do (a wrong argument, --help), it has said so, and *exit_status
-// is what the program ends with.
+// Parses the command line. Returns nothing if the program has nothing to do, because of a wrong argument or --help. The
+// message has been printed then, and *exit_status is set.
 std::optional<Options> ParseOptions(int argc, char** argv, int* exit_status);
 
 }  // namespace virtual_printer

@@ -11,8 +11,8 @@ Time Now() { return Time::clock::now(); }
 
 }  // namespace
 
-void PrinterService::Serve(std::unique_ptr<ByteStream> stream, const std::string& from,
-                           std::function<void()> on_closed) {
+void PrinterService::OnHost(std::unique_ptr<ByteStream> stream, const std::string& from,
+                            std::function<void()> on_closed) {
   const int number = trace_.NumberConnection();
   std::string note = "connected from " + from;
   if (const NetworkIdentity& identity = model_.State().setup.identity; identity.number > 0) {
@@ -31,54 +31,52 @@ void PrinterService::Send(const PrinterModel::Events& events) {
   for (const WireEvent& event : events) {
     const auto host = hosts_.find(event.connection);
     if (host != hosts_.end()) {
-      host->second.connection->Take(event);
+      host->second.connection->Process(event);
     }
   }
 }
 
-void PrinterService::DropAll(const std::string& why) {
-  std::vector<std::shared_ptr<Connection>> connections;  // Each one leaves hosts_ as it closes.
+void PrinterService::DropAll(const std::string& reason) {
+  std::vector<std::shared_ptr<Connection>> connections;  // Closing removes them from hosts_.
   for (const auto& [number, host] : hosts_) {
     connections.push_back(host.connection);
   }
   for (const auto& connection : connections) {
-    connection->Drop(why);
+    connection->Drop(reason);
   }
 }
 
 void PrinterService::OnReceived(int connection, const std::uint8_t* data, std::size_t size) {
-  CarryOut(model_.Receive(connection, data, size, Now()));
+  Process(model_.Receive(connection, data, size, Now()));
 }
 
-void PrinterService::OnHostEnded(int connection) { CarryOut(model_.Disconnect(connection, Now())); }
+void PrinterService::OnHostEnded(int connection) { Process(model_.Disconnect(connection, Now())); }
 
 void PrinterService::OnClosed(int connection) {
   const auto host = hosts_.extract(connection);
   host.mapped().on_closed();
 }
 
-void PrinterService::CarryOut(const PrinterModel::Events& events) {
+void PrinterService::Process(const PrinterModel::Events& events) {
   Send(events);
-  CarryOut(model_.TakeOrders());
+  CarryOut(model_.TakeSideEffects());
   AwaitDeadline();
 }
 
-// Dropping a connection comes back here, with nothing left to carry out.
-void PrinterService::CarryOut(const PrinterOrders& orders) {
-  for (const auto& [connection, download] : orders.completed) {
+// Dropping a connection leads back here, with no side effects left.
+void PrinterService::CarryOut(const SideEffects& side_effects) {
+  for (const auto& [connection, download] : side_effects.completed) {
     trace_.Note(connection, store_.Store(download));
   }
-  for (const int connection : orders.dropped) {
+  for (const int connection : side_effects.dropped) {
     if (const auto host = hosts_.find(connection); host != hosts_.end()) {
       const std::shared_ptr<Connection> held = host->second.connection;
       held->Drop("dropped (fault)");
     }
   }
-  if (orders.outage) {
-    const bool restarts = orders.outage->back_as == PrinterMode::kOrdinary;
-    if (outage_listener_ != nullptr) {
-      outage_listener_->OnOutage(*orders.outage);
-    }
+  if (side_effects.outage) {
+    const bool restarts = side_effects.outage->back_as == PrinterMode::kOrdinary;
+    on_outage_(*side_effects.outage);
     DropAll(restarts ? "dropped, the printer restarts" : "dropped, the loader starts");
   }
 }
@@ -92,7 +90,7 @@ void PrinterService::AwaitDeadline() {
   deadline_.expires_at(*deadline);
   deadline_.async_wait([this](const std::error_code& error) {
     if (!error) {
-      CarryOut(model_.Advance(Now()));
+      Process(model_.Advance(Now()));
     }
   });
 }

@@ -8,50 +8,47 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "virtual_printer/downloads/download_store.h"
 #include "virtual_printer/model/printer_model.h"
-#include "virtual_printer/transport/byte_stream.h"
 #include "virtual_printer/transport/connection.h"
-#include "virtual_printer/wire/faults.h"
+#include "virtual_printer/transport/server.h"
+#include "virtual_printer/wire/connection_faults.h"
 #include "virtual_printer/wire/trace.h"
 
 namespace virtual_printer {
 
-// Whoever lets hosts connect.
-class OutageListener {
+// Connects the printer model to its hosts and to real time. Runs in the one thread of its io_context.
+class PrinterService : public HostListener, private ConnectionListener {
  public:
-  // Connected hosts are still to be dropped.
-  virtual void OnOutage(const Outage& outage) = 0;
+  // Called when the printer leaves the network, before connected hosts are dropped.
+  using OnOutage = std::function<void(const Outage& outage)>;
 
- protected:
-  ~OutageListener() = default;
-};
-
-// Joins the printer model to its hosts and to the passing of time. Belongs to the one thread of the io_context.
-class PrinterService : private ConnectionListener {
- public:
   // The references must outlive the service, which must outlive the running of the io_context.
-  PrinterService(asio::io_context& context, const PrinterSetup& setup, const Faults& faults, DownloadStore& store,
-                 Trace& trace)
-      : model_(setup), faults_(faults), store_(store), trace_(trace), deadline_(context) {}
+  PrinterService(asio::io_context& context, const PrinterSetup& setup, const ConnectionFaults& faults,
+                 DownloadStore& store, Trace& trace, OnOutage on_outage)
+      : model_(setup),
+        faults_(faults),
+        store_(store),
+        trace_(trace),
+        deadline_(context),
+        on_outage_(std::move(on_outage)) {}
 
-  // Null for none. The listener must outlive the running of the io_context.
-  void SetOutageListener(OutageListener* listener) { outage_listener_ = listener; }
+  void OnHost(std::unique_ptr<ByteStream> stream, const std::string& from, std::function<void()> on_closed) override;
 
-  // A host has connected.
-  void Serve(std::unique_ptr<ByteStream> stream, const std::string& from, std::function<void()> on_closed);
-
-  // Sends what the model gave unasked.
+  // Sends events that the model has not returned for anything received.
   void Send(const PrinterModel::Events& events);
 
-  // Ends all connections.
-  void DropAll(const std::string& why = "dropped");
+  // Drops all connections.
+  void DropAll(const std::string& reason = "dropped");
 
   PrinterModel& Model() { return model_; }
+  const PrinterModel& Model() const { return model_; }
 
-  // May be changed; what is already on its way keeps its pauses.
-  Faults& CurrentFaults() { return faults_; }
+  // May be changed at any time. Answers that are already queued keep their pauses.
+  ConnectionFaults& Faults() { return faults_; }
+  const ConnectionFaults& Faults() const { return faults_; }
 
  private:
   struct Host {
@@ -62,17 +59,17 @@ class PrinterService : private ConnectionListener {
   void OnReceived(int connection, const std::uint8_t* data, std::size_t size) override;
   void OnHostEnded(int connection) override;
   void OnClosed(int connection) override;
-  void CarryOut(const PrinterModel::Events& events);
-  void CarryOut(const PrinterOrders& orders);
+  void Process(const PrinterModel::Events& events);
+  void CarryOut(const SideEffects& side_effects);
   void AwaitDeadline();
 
   PrinterModel model_;
-  Faults faults_;
+  ConnectionFaults faults_;
   DownloadStore& store_;
   Trace& trace_;
   asio::steady_timer deadline_;
+  const OnOutage on_outage_;
   std::map<int, Host> hosts_;
-  OutageListener* outage_listener_ = nullptr;
 };
 
 }  // namespace virtual_printer

@@ -6,13 +6,13 @@
 
 namespace virtual_printer {
 
-// The network that an address belongs to.
+// The network of an interface of this machine.
 struct NetworkInterface {
   asio::ip::address_v4 mask;
   asio::ip::address_v4 broadcast;
 };
 
-// Nothing where no interface of this machine has a network with the address, or the system is not asked.
+// Finds the network that the address belongs to. Returns nothing if no interface has it, and always on Windows.
 std::optional<NetworkInterface> FindInterface(const asio::ip::address_v4& address);
 
 }  // namespace virtual_printer

@@ -1,15 +1,13 @@
 #include "virtual_printer/discovery/scan_responder.h"
 
 #include <memory>
-#include <sstream>
 #include <string>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "virtual_printer/discovery/network_interface.h"
-#include "virtual_printer/transport/listen_failure.h"
-#include "virtual_printer/wire/trace_format.h"
+#include "virtual_printer/transport/server.h"
 
 namespace virtual_printer {
 namespace {
@@ -17,31 +15,26 @@ namespace {
 using asio::ip::address_v4;
 using asio::ip::udp;
 
-// A socket with an address of its own hears no broadcasts, except on Windows, where none can have a broadcast address.
+// A socket that is bound to an address receives no broadcasts, so they need sockets of their own. On Windows it does,
+// and binding to a broadcast address is not possible.
 #ifdef _WIN32
 constexpr bool kBroadcastsNeedSockets = false;
 #else
 constexpr bool kBroadcastsNeedSockets = true;
 #endif
 
-std::string HostText(const char* words, const udp::endpoint& host) {
-  std::ostringstream text;
-  text << words << ' ' << host;
-  return text.str();
-}
-
 }  // namespace
 
-ScanResponder::Ear::Ear(asio::io_context& context, ScanKind scan_kind, const address_v4& address)
+ScanResponder::Receiver::Receiver(asio::io_context& context, ScanKind scan_kind, const address_v4& address)
     : kind(scan_kind), socket(context) {
   const udp::endpoint endpoint(address, ScanPort(kind));
   socket.open(endpoint.protocol());
-  // The other printers of this machine, and a host on it, use the same port.
+  // Other printers and hosts on this machine use the same port.
   socket.set_option(udp::socket::reuse_address(true));
   std::error_code error;
   socket.bind(endpoint, error);
   if (error) {
-    throw ListenFailure(endpoint, error);
+    throw ListenError(EndpointText(endpoint), error);
   }
 }
 
@@ -54,37 +47,36 @@ ScanResponder::ScanResponder(asio::io_context& context, const NetworkIdentity& i
 
 void ScanResponder::Listen(asio::io_context& context, ScanKind kind) {
   const address_v4 address(identity_.address);
-  Ear& own_address = ears_.emplace_back(context, kind, address);
-  Hear(own_address, own_address);
+  Receiver& own_address = receivers_.emplace_back(context, kind, address);
+  ReceiveNext(own_address, own_address);
   if (kBroadcastsNeedSockets) {
-    Hear(ears_.emplace_back(context, kind, address_v4::broadcast()), own_address);
+    ReceiveNext(receivers_.emplace_back(context, kind, address_v4::broadcast()), own_address);
     if (const auto network = FindInterface(address)) {
-      Hear(ears_.emplace_back(context, kind, network->broadcast), own_address);
+      ReceiveNext(receivers_.emplace_back(context, kind, network->broadcast), own_address);
     }
   }
 }
 
-void ScanResponder::Hear(Ear& ear, Ear& own_address) {
-  ear.socket.async_receive_from(asio::buffer(ear.datagram), ear.host,
-                                [this, &ear, &own_address](const std::error_code& error, std::size_t size) {
-                                  if (error == asio::error::operation_aborted) {
-                                    return;
-                                  }
-                                  if (!error) {  // Windows tells here of a host that has gone before its answer came.
-                                    OnDatagram(ear, size, own_address);
-                                  }
-                                  Hear(ear, own_address);
-                                });
+void ScanResponder::ReceiveNext(Receiver& receiver, Receiver& own_address) {
+  receiver.socket.async_receive_from(
+      asio::buffer(receiver.datagram), receiver.host,
+      [this, &receiver, &own_address](const std::error_code& error, std::size_t size) {
+        if (error == asio::error::operation_aborted) {
+          return;
+        }
+        if (!error) {  // Windows reports here that an earlier answer did not reach its host.
+          OnDatagram(receiver, size, own_address);
+        }
+        ReceiveNext(receiver, own_address);
+      });
 }
 
-void ScanResponder::OnDatagram(const Ear& ear, std::size_t size, Ear& own_address) {
-  const std::string_view datagram(ear.datagram.data(), size);
-  const bool asks = AsksForPrinters(ear.kind, datagram);
-  const Bytes bytes(datagram.begin(), datagram.end());
-  trace_.Event({kDatagrams,
-                WireEvent::Direction::kReceived,
-                {bytes, HostText(asks ? "scan from" : "not understood, from", ear.host)}});
-  if (!asks) {
+void ScanResponder::OnDatagram(const Receiver& receiver, std::size_t size, Receiver& own_address) {
+  const std::string_view datagram(receiver.datagram.data(), size);
+  const bool is_question = IsScanQuestion(receiver.kind, datagram);
+  const std::string text = (is_question ? "scan from " : "not understood, from ") + EndpointText(receiver.host);
+  trace_.Write({kDatagrams, WireEvent::Direction::kReceived, {{datagram.begin(), datagram.end()}, text}});
+  if (!is_question) {
     return;
   }
   const auto pause = answer_pause_();
@@ -93,14 +85,14 @@ void ScanResponder::OnDatagram(const Ear& ear, std::size_t size, Ear& own_addres
     return;
   }
   auto timer = std::make_shared<asio::steady_timer>(own_address.socket.get_executor(), *pause);
-  timer->async_wait([this, timer, host = ear.host, &own_address](const std::error_code& error) {
+  timer->async_wait([this, timer, host = receiver.host, &own_address](const std::error_code& error) {
     if (!error) {
       Answer(host, own_address);
     }
   });
 }
 
-void ScanResponder::Answer(const udp::endpoint& host, Ear& own_address) {
+void ScanResponder::Answer(const udp::endpoint& host, Receiver& own_address) {
   Message answer = ScanAnswer(identity_);
   std::error_code error;
   own_address.socket.send_to(asio::buffer(answer.bytes), host, 0, error);
@@ -108,7 +100,7 @@ void ScanResponder::Answer(const udp::endpoint& host, Ear& own_address) {
     trace_.Note(kDatagrams, "not sent: " + answer.text + ": " + error.message());
     return;
   }
-  trace_.Event({kDatagrams, WireEvent::Direction::kSent, std::move(answer)});
+  trace_.Write({kDatagrams, WireEvent::Direction::kSent, std::move(answer)});
 }
 
 }  // namespace virtual_printer

@@ -2,6 +2,7 @@
 #define VIRTUAL_PRINTER_DOWNLOADS_DOWNLOAD_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -13,29 +14,41 @@ namespace virtual_printer {
 
 enum class DownloadKind { kFile, kFont, kYmodem, kFirmware };
 
-// What a host has brought completely.
 struct CompletedDownload {
   DownloadKind kind = DownloadKind::kFile;
-  std::string host_name;  // As a YModem host calls its file; it may be any text.
+  std::string host_name;  // The file name that a YModem host sent; any text.
   Bytes data;
 };
 
-// A host that never stops must not fill the memory: the bound of each connection.
+// Limit of each connection, so that a host that never stops cannot exhaust the memory.
 constexpr std::size_t kMaxDownloadBytes = std::size_t{256} << 20;
 
-// Which program runs in the printer. The loaders know nothing but their download.
+// The program that runs in the printer. The loaders only take their own download.
 enum class PrinterMode { kOrdinary, kYmodemLoader, kFirmwareLoader };
 
-// What the printer does to its connections. Whatever else a dropped connection has brought is lost.
-enum class Order { kNone, kDropConnection, kRestart, kStartYmodemLoader, kStartFirmwareLoader };
+// What the printer does to its connections. Unread input of a dropped connection is lost.
+enum class ConnectionAction { kNone, kDrop, kRestart, kStartYmodemLoader, kStartFirmwareLoader };
 
-// Something received and all that came of it.
+// Something received, and everything that follows from it.
 struct Exchange {
-  Message received = {};  // Nothing when both parts are empty. Of a package, the first bytes only.
+  Message received = {};  // Both parts may be empty. Of a package, only the first bytes.
   std::vector<Message> answers = {};
-  std::string note = {};  // Something that nothing received has caused.
-  Order order = Order::kNone;
+  std::string note = {};
+  ConnectionAction action = ConnectionAction::kNone;
   std::optional<CompletedDownload> completed = {};
+};
+
+// The complete segments of a firmware image. It outlives connections, because hosts reconnect for each segment.
+struct FirmwareImage {
+  void Discard() {
+    data.clear();
+    parts = 0;
+    ++generation;
+  }
+
+  Bytes data;
+  std::uint32_t parts = 0;       // Headers and bodies.
+  std::uint32_t generation = 0;  // Changes when the image is discarded: a segment begun before does not count.
 };
 
 }  // namespace virtual_printer

@@ -3,11 +3,6 @@
 #include <string_view>
 #include <utility>
 
-#include "virtual_printer/downloads/firmware_receiver.h"
-#include "virtual_printer/downloads/package_receiver.h"
-#include "virtual_printer/downloads/ymodem_receiver.h"
-#include "virtual_printer/wire/trace_words.h"
-
 namespace virtual_printer {
 namespace {
 
@@ -15,38 +10,34 @@ constexpr std::string_view kReset = "\"reset_printer\"";
 constexpr std::string_view kFont = "\"font_download_quick\"";
 constexpr std::string_view kFirmware = "\"dfu\"";
 
-bool IsDo(const Command& command, std::string_view action) {
-  return command.kind == Command::Kind::kV1 && command.verb == "do" && command.arguments == action;
-}
-
 }  // namespace
 
 DownloadControl::DownloadControl(DownloadState& state) : state_(state) {
   if (state_.mode == PrinterMode::kYmodemLoader) {
-    receiver_ = std::make_unique<YmodemReceiver>(state_.faults);
+    receiver_ = MakeYmodemReceiver(state_.faults);
   } else if (state_.mode == PrinterMode::kFirmwareLoader) {
-    receiver_ = std::make_unique<FirmwareReceiver>(state_.firmware, state_.faults);
+    receiver_ = MakeFirmwareReceiver(state_.firmware, state_.faults);
   }
 }
 
 std::optional<Exchange> DownloadControl::Execute(const Command& command) {
-  if (IsDo(command, kReset)) {
+  if (command.IsV1("do", kReset)) {
     return Restart(LineText(command));
   }
   if (state_.mode != PrinterMode::kOrdinary) {
     return ExecuteInLoader(command);
   }
   if (command.kind == Command::Kind::kFileMode) {
-    return ReceivePackages(DownloadKind::kFile, "file download");
+    return StartPackages(DownloadKind::kFile, "file download");
   }
-  if (IsDo(command, kFont)) {
-    return ReceivePackages(DownloadKind::kFont, LineText(command));
+  if (command.IsV1("do", kFont)) {
+    return StartPackages(DownloadKind::kFont, LineText(command));
   }
   if (command.kind == Command::Kind::kLoaderMode) {
-    return StartLoader(Order::kStartYmodemLoader, "loader wanted");
+    return StartLoader(ConnectionAction::kStartYmodemLoader, "loader wanted");
   }
-  if (IsDo(command, kFirmware)) {
-    return StartLoader(Order::kStartFirmwareLoader, LineText(command));
+  if (command.IsV1("do", kFirmware)) {
+    return StartLoader(ConnectionAction::kStartFirmwareLoader, LineText(command));
   }
   return std::nullopt;
 }
@@ -57,38 +48,38 @@ std::string DownloadControl::Abandon() {
   return lost;
 }
 
-Exchange DownloadControl::ReceivePackages(DownloadKind kind, std::string words) {
+Exchange DownloadControl::StartPackages(DownloadKind kind, std::string description) {
   Exchange exchange;
   exchange.note = Abandon();
-  exchange.received.text = std::move(words);
+  exchange.received.text = std::move(description);
   const auto fault = state_.faults.Take({DownloadStep::Name::kMode, 0});
-  if (Refuses(fault)) {
+  if (IsRefusal(fault)) {
     AddAnswer(exchange, {'N', 'O'}, "refused", fault);
   } else {
-    receiver_ = std::make_unique<PackageReceiver>(kind, state_.faults);
+    receiver_ = MakePackageReceiver(kind, state_.faults);
     AddAnswer(exchange, {'O', 'K'}, "ready for packages", fault);
   }
   return exchange;
 }
 
-Exchange DownloadControl::StartLoader(Order order, std::string words) {
+Exchange DownloadControl::StartLoader(ConnectionAction action, std::string description) {
   Exchange exchange;
   exchange.note = Abandon();
   const auto fault = state_.faults.Take({DownloadStep::Name::kMode, 0});
   if (!fault) {
-    exchange.received.text = std::move(words);
-    exchange.order = order;
+    exchange.received.text = std::move(description);
+    exchange.action = action;
   } else {
-    exchange.received.text = words + ", refused (fault)";
-    exchange.order = fault == DownloadFaultKind::kDrop ? Order::kDropConnection : Order::kNone;
+    exchange.received.text = description + ", refused (fault)";
+    exchange.action = fault == DownloadFaultKind::kDrop ? ConnectionAction::kDrop : ConnectionAction::kNone;
   }
   return exchange;
 }
 
-Exchange DownloadControl::Restart(std::string words) {
+Exchange DownloadControl::Restart(std::string description) {
   Exchange exchange;
-  exchange.received.text = std::move(words);
-  exchange.order = Order::kRestart;
+  exchange.received.text = std::move(description);
+  exchange.action = ConnectionAction::kRestart;
   if (receiver_) {
     exchange.completed = receiver_->OnReset();
   }
@@ -98,9 +89,9 @@ Exchange DownloadControl::Restart(std::string words) {
 
 Exchange DownloadControl::ExecuteInLoader(const Command& command) {
   Exchange exchange;
-  if (state_.mode == PrinterMode::kFirmwareLoader && IsDo(command, kFirmware)) {
-    // The host gave up before, and begins again.
-    state_.firmware.Forget();
+  if (state_.mode == PrinterMode::kFirmwareLoader && command.IsV1("do", kFirmware)) {
+    // The host has given up an earlier attempt and starts again.
+    state_.firmware.Discard();
     exchange.received.text = LineText(command) + ", the image begins anew";
   } else {
     exchange.received.text = LineText(command) + " (unknown to the loader)";

@@ -27,31 +27,31 @@ struct DownloadStep {
 
 enum class DownloadFaultKind {
   kWrongEcho,    // The answer names another package.
-  kBadChecksum,  // The answer's checksum is wrong.
-  kSilence,      // No answer.
-  kRefuse,       // The answer refuses, and nothing is taken.
+  kBadChecksum,  // The answer has a wrong checksum.
+  kSilence,      // There is no answer.
+  kRefuse,       // The answer is a refusal, and the data is discarded.
   kSplit,        // The answer comes in two pieces.
-  kDrop,         // The connection is dropped in place of an answer.
+  kDrop,         // The connection is dropped without an answer.
 };
 
 struct DownloadFault {
   DownloadFaultKind kind = DownloadFaultKind::kRefuse;
   DownloadStep step;
-  std::uint32_t count = 1;  // Of answers to this step that go wrong.
+  std::uint32_t count = 1;  // Number of answers to this step that fail.
 };
 
-// The pause inside an answer that comes in two pieces; longer than hosts wait before they read.
+// The pause inside an answer that comes in two pieces. Hosts wait less than this before they read.
 constexpr std::chrono::milliseconds kPieceSplitPause{100};
 
-// Reads KIND@STEP or KIND@STEPxCOUNT.
+// Parses KIND@STEP or KIND@STEPxCOUNT.
 std::optional<DownloadFault> ParseDownloadFault(std::string_view text);
 
-// The faults that are still to come.
+// The faults that have not happened yet.
 class DownloadFaults {
  public:
   explicit DownloadFaults(std::vector<DownloadFault> faults) : faults_(std::move(faults)) {}
 
-  // What is to go wrong with the answer to this step, now.
+  // Returns the fault of this answer to the step, if any, and counts it as done.
   std::optional<DownloadFaultKind> Take(DownloadStep step);
 
  private:

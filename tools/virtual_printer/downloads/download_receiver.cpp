@@ -5,15 +5,15 @@
 
 namespace virtual_printer {
 
-Match MatchBeginning(const std::uint8_t* data, std::size_t size, std::string_view wanted) {
-  const std::string_view bytes(reinterpret_cast<const char*>(data), std::min(size, wanted.size()));
-  if (wanted.substr(0, bytes.size()) != bytes) {
+Match MatchPrefix(const std::uint8_t* data, std::size_t size, std::string_view expected) {
+  const std::string_view bytes(reinterpret_cast<const char*>(data), std::min(size, expected.size()));
+  if (expected.substr(0, bytes.size()) != bytes) {
     return Match::kNo;
   }
-  return bytes.size() == wanted.size() ? Match::kFull : Match::kPartial;
+  return bytes.size() == expected.size() ? Match::kFull : Match::kPartial;
 }
 
-Bytes HeadOf(const std::uint8_t* data, std::size_t size) {
+Bytes FirstBytes(const std::uint8_t* data, std::size_t size) {
   constexpr std::size_t kShown = 16;
   return {data, data + std::min(size, kShown)};
 }
@@ -25,7 +25,7 @@ void AddAnswer(Exchange& exchange, Bytes bytes, std::string text, std::optional<
   if (fault == DownloadFaultKind::kSilence) {
     exchange.note = "not answered: " + text;
   } else if (fault == DownloadFaultKind::kDrop) {
-    exchange.order = Order::kDropConnection;
+    exchange.action = ConnectionAction::kDrop;
   } else if (fault == DownloadFaultKind::kSplit) {
     const auto half = bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2);
     if (half != bytes.begin()) {
@@ -37,7 +37,7 @@ void AddAnswer(Exchange& exchange, Bytes bytes, std::string text, std::optional<
   }
 }
 
-bool Refuses(std::optional<DownloadFaultKind> fault) {
+bool IsRefusal(std::optional<DownloadFaultKind> fault) {
   return fault == DownloadFaultKind::kRefuse || fault == DownloadFaultKind::kWrongEcho ||
          fault == DownloadFaultKind::kBadChecksum;
 }

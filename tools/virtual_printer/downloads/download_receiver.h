@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,12 +15,12 @@
 
 namespace virtual_printer {
 
-// What a receiver did with the beginning of the bytes it was offered.
-struct Intake {
+// What a receiver did with the bytes it was offered.
+struct ReceiveResult {
   enum class Outcome {
-    kTaken,      // It took `size` bytes, at least one.
-    kNeedsMore,  // It took nothing; the same bytes are to be offered again, with more behind them.
-    kForeign,    // It took nothing: a command begins here.
+    kConsumed,   // Consumed `size` bytes, at least one.
+    kNeedsMore,  // Consumed nothing. The same bytes are to be offered again, with more behind them.
+    kCommand,    // Consumed nothing, because a command begins here.
   };
 
   Outcome outcome = Outcome::kNeedsMore;
@@ -32,33 +33,48 @@ class DownloadReceiver {
  public:
   virtual ~DownloadReceiver() = default;
 
-  virtual Intake Take(const std::uint8_t* data, std::size_t size) = 0;
+  virtual ReceiveResult Receive(const std::uint8_t* data, std::size_t size) = 0;
 
-  // How long an incomplete unit waits for its rest; nothing when it waits for ever.
-  virtual std::optional<std::chrono::milliseconds> Patience(const Bytes& incomplete) const = 0;
+  // How long to wait for the rest of an incomplete unit; nothing for ever.
+  virtual std::optional<std::chrono::milliseconds> Timeout(const Bytes& incomplete) const = 0;
 
-  // The rest has not come.
-  virtual Exchange OnQuiet(const Bytes& incomplete) = 0;
+  // The rest has not arrived in time.
+  virtual Exchange OnTimeout(const Bytes& incomplete) = 0;
 
-  // The host has asked for the restart: gives what is complete by that.
+  // The host has asked for the restart. Returns the download that this completes.
   virtual std::optional<CompletedDownload> OnReset() = 0;
 
-  // The connection, or the download, ends. Says what is lost; empty when nothing is.
+  // The connection or the download ends. Returns a note on what is lost; empty if nothing is.
   virtual std::string Abandon() = 0;
 };
 
-// Whether the bytes begin with the wanted ones, as far as they have come.
+// Maximum size of a package of a file or a font, with its header and checksum.
+constexpr std::size_t kMaxPackageSize = 65535 + 12;
+
+// Files and fonts come in numbered packages with a checksum, each answered by an echo of its header. The faults, here
+// and below, must outlive the receiver.
+std::unique_ptr<DownloadReceiver> MakePackageReceiver(DownloadKind kind, DownloadFaults& faults);
+
+// The YModem loader's dialect of YModem-1K: the host begins, and the CRC is little-endian. Data beyond the announced
+// size is acknowledged and discarded.
+std::unique_ptr<DownloadReceiver> MakeYmodemReceiver(DownloadFaults& faults);
+
+// Firmware segments: a header that holds the length of the body, and the body. Each part is answered by one byte. The
+// image must outlive the receiver.
+std::unique_ptr<DownloadReceiver> MakeFirmwareReceiver(FirmwareImage& image, DownloadFaults& faults);
+
+// Whether the bytes received so far begin with `expected`.
 enum class Match { kNo, kPartial, kFull };
-Match MatchBeginning(const std::uint8_t* data, std::size_t size, std::string_view wanted);
+Match MatchPrefix(const std::uint8_t* data, std::size_t size, std::string_view expected);
 
-// As much of a package as the trace shows.
-Bytes HeadOf(const std::uint8_t* data, std::size_t size);
+// The part of a package that the trace shows.
+Bytes FirstBytes(const std::uint8_t* data, std::size_t size);
 
-// Adds the answer in the way in which the fault lets it leave. The faults that change its bytes are the caller's.
+// Adds the answer, delayed or suppressed by the fault. Faults that change its bytes are left to the caller.
 void AddAnswer(Exchange& exchange, Bytes bytes, std::string text, std::optional<DownloadFaultKind> fault);
 
-// Whether an answer of single bytes, which has neither echo nor checksum, is a refusal with this fault.
-bool Refuses(std::optional<DownloadFaultKind> fault);
+// Whether the fault makes a refusal of an answer that has neither echo nor checksum.
+bool IsRefusal(std::optional<DownloadFaultKind> fault);
 
 }  // namespace virtual_printer
 

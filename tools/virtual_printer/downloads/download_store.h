@@ -10,14 +10,14 @@
 
 namespace virtual_printer {
 
-// Keeps what hosts download as files in a folder. It never overwrites one.
+// Stores downloads as files in a folder, without ever overwriting a file.
 class DownloadStore {
  public:
-  // Says on the stream what it stores, for scripts that wait for it. The stream must outlive the store. Without a
-  // folder, nothing is stored.
+  // Prints a line on the stream for each download, which scripts wait for. With an empty folder nothing is stored or
+  // printed. The stream must outlive the store.
   DownloadStore(std::filesystem::path folder, std::ostream& out) : folder_(std::move(folder)), out_(out) {}
 
-  // Gives the words for the trace.
+  // Returns a note for the trace.
   std::string Store(const CompletedDownload& download);
 
  private:
@@ -26,6 +26,10 @@ class DownloadStore {
   const std::filesystem::path folder_;
   std::ostream& out_;
 };
+
+// The name of the file for a download; numbers from 1 give alternatives if it is taken: file-1.bin,
+// ymodem-logo.bmp.bin, ymodem-logo.bmp-2.bin. A host's own name cannot lead out of the folder or to a device.
+std::string DownloadFileName(const CompletedDownload& download, int number);
 
 }  // namespace virtual_printer
 

@@ -1,21 +1,29 @@
-#include "virtual_printer/downloads/package_receiver.h"
-
 #include <algorithm>
-#include <iterator>
 #include <numeric>
 #include <utility>
 
+#include "virtual_printer/downloads/download_receiver.h"
 #include "virtual_printer/wire/command_parser.h"
-#include "virtual_printer/wire/trace_words.h"
 
 namespace virtual_printer {
 namespace {
 
 constexpr std::string_view kMagic = "\xDD\xCC\xBB\xAA";
 constexpr std::string_view kEndOfFont = "^END";
-constexpr std::string_view kCommands[] = {kV1Opening, kFileModeSwitch, kLoaderModeSwitch};
+constexpr std::string_view kCommands[] = {kV1Prefix, kFileModeSwitch, kLoaderModeSwitch};
 
+// Magic, index and count; then the data area, and a checksum.
+constexpr std::size_t kHeaderLength = 10;
+constexpr std::size_t kFrameLength = 12;
+constexpr std::size_t kMaxDataArea = kMaxPackageSize - kFrameLength;
+constexpr std::size_t kFileDataArea = 2048;
 constexpr std::size_t kEchoLength = 8;
+
+// A pause this long ends a package of unknown size...
+constexpr std::chrono::milliseconds kUnknownSizeTimeout{100};
+// ...and one that lacks bytes.
+constexpr std::chrono::milliseconds kIncompleteTimeout{1000};
+
 constexpr std::uint8_t kAccepted = 0;
 constexpr std::uint8_t kRefused = 1;
 
@@ -23,35 +31,27 @@ std::uint16_t Sum(const std::uint8_t* data, std::size_t size) {
   return static_cast<std::uint16_t>(std::accumulate(data, data + size, std::uint32_t{0}));
 }
 
-std::uint32_t LittleEndian(const std::uint8_t* data, std::size_t size) {
-  std::uint32_t value = 0;
-  while (size > 0) {
-    value = value << 8 | data[--size];
-  }
-  return value;
-}
+std::uint32_t IndexOf(const std::uint8_t* package) { return ReadNumber(package + 4, 4); }
+std::size_t CountOf(const std::uint8_t* package) { return ReadNumber(package + 8, 2); }
 
-std::uint32_t IndexOf(const std::uint8_t* package) { return LittleEndian(package + 4, 4); }
-std::size_t CountOf(const std::uint8_t* package) { return LittleEndian(package + 8, 2); }
+bool HasMagic(const std::uint8_t* data, std::size_t size) { return MatchPrefix(data, size, kMagic) == Match::kFull; }
 
-bool HasMagic(const std::uint8_t* data, std::size_t size) { return MatchBeginning(data, size, kMagic) == Match::kFull; }
-
-bool ChecksumIsRight(const std::uint8_t* package, std::size_t size) {
-  return LittleEndian(package + size - 2, 2) == Sum(package, size - 2);
+bool HasRightChecksum(const std::uint8_t* package, std::size_t size) {
+  return ReadNumber(package + size - 2, 2) == Sum(package, size - 2);
 }
 
 Match MatchCommand(const std::uint8_t* data, std::size_t size) {
   Match best = Match::kNo;
   for (const std::string_view command : kCommands) {
-    best = std::max(best, MatchBeginning(data, size, command));
+    best = std::max(best, MatchPrefix(data, size, command));
   }
   return best;
 }
 
-// Whether the bytes may follow a package.
+// Whether the bytes may come behind a package.
 bool MayFollow(const std::uint8_t* data, std::size_t size) {
-  return size == 0 || MatchBeginning(data, size, kMagic) != Match::kNo ||
-         MatchBeginning(data, size, kEndOfFont) != Match::kNo || MatchCommand(data, size) != Match::kNo;
+  return size == 0 || MatchPrefix(data, size, kMagic) != Match::kNo ||
+         MatchPrefix(data, size, kEndOfFont) != Match::kNo || MatchCommand(data, size) != Match::kNo;
 }
 
 Bytes AnswerTo(const std::uint8_t* package, std::size_t size, std::uint8_t result,
@@ -65,75 +65,100 @@ Bytes AnswerTo(const std::uint8_t* package, std::size_t size, std::uint8_t resul
   if (fault == DownloadFaultKind::kBadChecksum) {
     ++sum;
   }
-  for (const int byte : {int{result}, 0, sum & 0xFF, sum >> 8}) {
-    answer.push_back(static_cast<std::uint8_t>(byte));
-  }
+  AppendNumber(result, 2, answer);
+  AppendNumber(sum, 2, answer);
   return answer;
 }
 
-}  // namespace
+// The host of a font chooses the size of its packages and does not announce it. The first package shows it: it is full,
+// so its checksum follows as many bytes as it says to hold. If it is short because it is the only one, its checksum
+// comes last before a pause.
+class PackageReceiver : public DownloadReceiver {
+ public:
+  PackageReceiver(DownloadKind kind, DownloadFaults& faults);
+
+  ReceiveResult Receive(const std::uint8_t* data, std::size_t size) override;
+  std::optional<std::chrono::milliseconds> Timeout(const Bytes& incomplete) const override;
+  Exchange OnTimeout(const Bytes& incomplete) override;
+  std::optional<CompletedDownload> OnReset() override;
+  std::string Abandon() override;
+
+ private:
+  bool LearnDataArea(const std::uint8_t* data, std::size_t size);
+  Exchange ReceivePackage(const std::uint8_t* package, std::size_t size);
+  std::string FindError(const std::uint8_t* package, std::size_t size) const;
+  Exchange ReceiveEndOfFont();
+  std::string Name() const { return kind_ == DownloadKind::kFile ? "file" : "font"; }
+
+  const DownloadKind kind_;
+  DownloadFaults& faults_;
+  std::size_t data_area_ = 0;  // 0 while it is unknown.
+  std::uint32_t next_index_ = 0;
+  Bytes received_;
+  bool ended_ = false;
+};
 
 PackageReceiver::PackageReceiver(DownloadKind kind, DownloadFaults& faults)
     : kind_(kind), faults_(faults), data_area_(kind == DownloadKind::kFile ? kFileDataArea : 0) {}
 
-Intake PackageReceiver::Take(const std::uint8_t* data, std::size_t size) {
+ReceiveResult PackageReceiver::Receive(const std::uint8_t* data, std::size_t size) {
   const Match command = MatchCommand(data, size);
-  const Match end = kind_ == DownloadKind::kFont ? MatchBeginning(data, size, kEndOfFont) : Match::kNo;
+  const Match end = kind_ == DownloadKind::kFont ? MatchPrefix(data, size, kEndOfFont) : Match::kNo;
   if (command == Match::kFull) {
-    return {Intake::Outcome::kForeign};
+    return {ReceiveResult::Outcome::kCommand};
   }
   if (end == Match::kFull) {
-    return {Intake::Outcome::kTaken, kEndOfFont.size(), TakeEnd()};
+    return {ReceiveResult::Outcome::kConsumed, kEndOfFont.size(), ReceiveEndOfFont()};
   }
   if (command == Match::kPartial || end == Match::kPartial) {
-    return {Intake::Outcome::kNeedsMore};
+    return {ReceiveResult::Outcome::kNeedsMore};
   }
   const bool known = data_area_ != 0 || LearnDataArea(data, size);
-  // No package is longer than the largest, known or not; what is, is none.
+  // While the size is unknown, whatever exceeds the maximum is no package.
   const std::size_t length = kFrameLength + (known ? data_area_ : kMaxDataArea);
   if (size < length) {
-    return {Intake::Outcome::kNeedsMore};
+    return {ReceiveResult::Outcome::kNeedsMore};
   }
-  return {Intake::Outcome::kTaken, length, Judge(data, length)};
+  return {ReceiveResult::Outcome::kConsumed, length, ReceivePackage(data, length)};
 }
 
 bool PackageReceiver::LearnDataArea(const std::uint8_t* data, std::size_t size) {
-  if (size < kHeadLength || !HasMagic(data, size)) {
+  if (size < kHeaderLength || !HasMagic(data, size)) {
     return false;
   }
   const std::size_t count = CountOf(data);
   const std::size_t length = count + kFrameLength;
-  if (count == 0 || size < length || !ChecksumIsRight(data, length) || !MayFollow(data + length, size - length)) {
+  if (count == 0 || size < length || !HasRightChecksum(data, length) || !MayFollow(data + length, size - length)) {
     return false;
   }
   data_area_ = count;
   return true;
 }
 
-std::optional<std::chrono::milliseconds> PackageReceiver::Patience(const Bytes& incomplete) const {
+std::optional<std::chrono::milliseconds> PackageReceiver::Timeout(const Bytes& incomplete) const {
   const std::size_t size = incomplete.size();
   const bool may_be_complete =
-      data_area_ == 0 && size >= kHeadLength && size >= CountOf(incomplete.data()) + kFrameLength;
-  return may_be_complete ? kQuiet : kStall;
+      data_area_ == 0 && size >= kHeaderLength && size >= CountOf(incomplete.data()) + kFrameLength;
+  return may_be_complete ? kUnknownSizeTimeout : kIncompleteTimeout;
 }
 
-Exchange PackageReceiver::OnQuiet(const Bytes& incomplete) {
+Exchange PackageReceiver::OnTimeout(const Bytes& incomplete) {
   const std::uint8_t* const data = incomplete.data();
   const std::size_t size = incomplete.size();
-  if (data_area_ == 0 && size > kFrameLength && HasMagic(data, size) && ChecksumIsRight(data, size)) {
+  if (data_area_ == 0 && size > kFrameLength && HasMagic(data, size) && HasRightChecksum(data, size)) {
     data_area_ = size - kFrameLength;
   }
-  return Judge(data, size);
+  return ReceivePackage(data, size);
 }
 
-Exchange PackageReceiver::Judge(const std::uint8_t* package, std::size_t size) {
+Exchange PackageReceiver::ReceivePackage(const std::uint8_t* package, std::size_t size) {
   Exchange exchange;
   const std::string error = FindError(package, size);
   const bool readable = size > kFrameLength && HasMagic(package, size);
-  const std::string words = readable
-                                ? "package " + std::to_string(IndexOf(package)) + ", " + CountOfBytes(CountOf(package))
-                                : CountOfBytes(size);
-  exchange.received = {HeadOf(package, size), Name() + " " + words};
+  const std::string description =
+      readable ? "package " + std::to_string(IndexOf(package)) + ", " + CountOfBytes(CountOf(package))
+               : CountOfBytes(size);
+  exchange.received = {FirstBytes(package, size), Name() + " " + description};
   if (!error.empty()) {
     exchange.received.text += ", " + error;
     AddAnswer(exchange, AnswerTo(package, size, kRefused, {}), "package refused", {});
@@ -148,7 +173,7 @@ Exchange PackageReceiver::Judge(const std::uint8_t* package, std::size_t size) {
     return exchange;
   }
   if (index == next_index_) {
-    received_.insert(received_.end(), package + kHeadLength, package + kHeadLength + CountOf(package));
+    received_.insert(received_.end(), package + kHeaderLength, package + kHeaderLength + CountOf(package));
     ++next_index_;
   } else {
     exchange.received.text += ", repeated";
@@ -157,7 +182,7 @@ Exchange PackageReceiver::Judge(const std::uint8_t* package, std::size_t size) {
   return exchange;
 }
 
-// What is wrong with the package; empty for a sound one.
+// Returns what is wrong with the package; empty if nothing is.
 std::string PackageReceiver::FindError(const std::uint8_t* package, std::size_t size) const {
   if (size != data_area_ + kFrameLength || size == kFrameLength) {
     return "incomplete";
@@ -165,7 +190,7 @@ std::string PackageReceiver::FindError(const std::uint8_t* package, std::size_t 
   if (!HasMagic(package, size)) {
     return "no package";
   }
-  if (!ChecksumIsRight(package, size)) {
+  if (!HasRightChecksum(package, size)) {
     return "wrong checksum";
   }
   const std::size_t count = CountOf(package);
@@ -180,7 +205,7 @@ std::string PackageReceiver::FindError(const std::uint8_t* package, std::size_t 
   return received_.size() + count > kMaxDownloadBytes ? "too much" : "";
 }
 
-Exchange PackageReceiver::TakeEnd() {
+Exchange PackageReceiver::ReceiveEndOfFont() {
   Exchange exchange;
   exchange.received = {Bytes(kEndOfFont.begin(), kEndOfFont.end()), "end of the font"};
   if (!received_.empty()) {
@@ -200,6 +225,12 @@ std::optional<CompletedDownload> PackageReceiver::OnReset() {
 std::string PackageReceiver::Abandon() {
   const std::size_t size = std::exchange(received_, {}).size();
   return size == 0 ? std::string() : "incomplete " + Name() + " forgotten, " + CountOfBytes(size);
+}
+
+}  // namespace
+
+std::unique_ptr<DownloadReceiver> MakePackageReceiver(DownloadKind kind, DownloadFaults& faults) {
+  return std::make_unique<PackageReceiver>(kind, faults);
 }
 
 }  // namespace virtual_printer

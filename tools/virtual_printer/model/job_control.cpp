@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "virtual_printer/wire/trace_words.h"
-
 namespace virtual_printer {
 namespace {
 
@@ -13,11 +11,11 @@ constexpr std::string_view kMonitoringOff = "100";
 constexpr std::string_view kTaskNumber = "00";  // Four digits follow.
 constexpr std::size_t kTaskNumberLength = 6;
 constexpr std::string_view kReset = "200";
-constexpr std::string_view kResetAnswered = "200\n";
+constexpr std::string_view kResetWithAnswer = "200\n";
 
 constexpr std::string_view kSetTask = "\"process_id\" ";
 
-// The text between quotes; nothing when there is anything else.
+// Returns the text between the quotes; nothing unless the whole text is quoted.
 std::optional<std::string_view> Unquoted(std::string_view text) {
   if (text.size() < 2 || text.front() != '"' || text.back() != '"') {
     return std::nullopt;
@@ -28,19 +26,19 @@ std::optional<std::string_view> Unquoted(std::string_view text) {
 }  // namespace
 
 JobControl::JobControl(int connection, PrinterState& state) : connection_(connection), state_(state) {
-  family_ = state_.left_monitoring.TakeOver();
+  family_ = state_.inherited_monitoring.Inherit();
   if (family_) {
     monitoring_ = true;
     ++state_.monitoring_hosts;
   }
 }
 
-std::optional<Reaction> JobControl::Execute(const Command& command, Time now) {
+std::optional<CommandResult> JobControl::Execute(const Command& command, Time now) {
   switch (command.kind) {
     case Command::Kind::kV1:
       return ExecuteV1(command, now);
     case Command::Kind::kGsH:
-      return ExecuteGsH({reinterpret_cast<const char*>(command.record.data()), command.record.size()}, now);
+      return ExecuteGsH(AsText(command.record), now);
     case Command::Kind::kClearTasks:
       return ClearTasks(ReportFamily::kV1);
     case Command::Kind::kClearTasksRealTime:
@@ -53,33 +51,33 @@ std::optional<Reaction> JobControl::Execute(const Command& command, Time now) {
   return std::nullopt;
 }
 
-std::optional<Reaction> JobControl::ExecuteV1(const Command& command, Time now) {
-  const std::string words = LineText(command);
+std::optional<CommandResult> JobControl::ExecuteV1(const Command& command, Time now) {
+  const std::string description = LineText(command);
   const std::string_view arguments = command.arguments;
   if (command.verb == "setval") {
     if (arguments == "\"job_monitor\" \"on\"") {
-      return SwitchOn(ReportFamily::kV1, words);
+      return SwitchOn(ReportFamily::kV1, description);
     }
     if (arguments == "\"job_monitor\" \"off\"") {
-      return SwitchOff(words, now);
+      return SwitchOff(description, now);
     }
     if (arguments.substr(0, kSetTask.size()) == kSetTask) {
-      return SetNextTask(Unquoted(arguments.substr(kSetTask.size())), words, now);
+      return SetNextTask(Unquoted(arguments.substr(kSetTask.size())), description, now);
     }
   } else if (command.verb == "getval") {
     if (arguments == "\"job_monitor\"") {
-      return Reaction{words, MonitoringState(monitoring_)};
+      return CommandResult{description, MonitoringState(monitoring_)};
     }
     if (arguments == "\"reprint_status\"") {
-      return Reaction{words, StatusAnswer(state_.status)};
+      return CommandResult{description, StatusAnswer(state_.status)};
     }
   } else if (command.verb == "do" && arguments == "\"print_feedform\"") {
-    return Reaction{words + ", paper fed"};
+    return CommandResult{description + ", paper fed"};
   }
   return std::nullopt;
 }
 
-Reaction JobControl::ExecuteGsH(std::string_view body, Time now) {
+CommandResult JobControl::ExecuteGsH(std::string_view body, Time now) {
   if (body == kMonitoringOn) {
     return SwitchOn(ReportFamily::kGsH, "GS ( H, monitoring on");
   }
@@ -90,58 +88,59 @@ Reaction JobControl::ExecuteGsH(std::string_view body, Time now) {
     const std::string_view digits = body.substr(kTaskNumber.size());
     return SetNextTask(digits, "GS ( H, task number " + Printable(digits), now);
   }
-  if (body == kReset || body == kResetAnswered) {
-    return ResetNumbering(body == kResetAnswered);
+  if (body == kReset || body == kResetWithAnswer) {
+    return ResetNumbering(body == kResetWithAnswer);
   }
   return {"GS ( H, " + CountOfBytes(body.size()) + " (not simulated)"};
 }
 
-Reaction JobControl::SwitchOn(ReportFamily asked_by, const std::string& words) {
-  family_ = asked_by;
+CommandResult JobControl::SwitchOn(ReportFamily family, const std::string& description) {
+  family_ = family;
   if (!std::exchange(monitoring_, true)) {
     ++state_.monitoring_hosts;
   }
-  return {words + ", by " + FamilyText(Family())};
+  return {description + ", by " + FamilyText(Family())};
 }
 
-Reaction JobControl::SwitchOff(const std::string& words, Time now) {
+CommandResult JobControl::SwitchOff(const std::string& description, Time now) {
   if (std::exchange(monitoring_, false)) {
     --state_.monitoring_hosts;
   }
   state_.jobs.Complete(connection_, now);
   next_task_ = kNoTask;
-  return {words};
+  return {description};
 }
 
-// The number belongs to the data that follows it, so what came before is a job of its own.
-Reaction JobControl::SetNextTask(std::optional<std::string_view> digits, const std::string& words, Time now) {
+// The number is for the data that follows. What came before is a job of its own.
+CommandResult JobControl::SetNextTask(std::optional<std::string_view> digits, const std::string& description,
+                                      Time now) {
   const std::optional<TaskNumber> task = digits ? ParseTask(*digits) : std::nullopt;
   if (!task) {
-    return {words + " (not four digits), ignored"};
+    return {description + " (not four digits), ignored"};
   }
   state_.jobs.Complete(connection_, now);
   next_task_ = *task;
-  return {words};
+  return {description};
 }
 
-Reaction JobControl::ResetNumbering(bool answered) {
+CommandResult JobControl::ResetNumbering(bool answer_wanted) {
   next_task_ = kNoTask;
-  if (!answered) {
+  if (!answer_wanted) {
     return {"GS ( H, task numbering reset, no answer wanted"};
   }
   return {"GS ( H, task numbering reset", NumberingReset(FamilyOr(ReportFamily::kGsH))};
 }
 
-Reaction JobControl::ClearTasks(ReportFamily asked_by) {
+CommandResult JobControl::ClearTasks(ReportFamily command_family) {
   const std::size_t dropped = state_.jobs.DropWaiting();
-  return {"clear tasks, " + std::to_string(dropped) + " waiting", TasksCleared(FamilyOr(asked_by))};
+  return {"clear tasks, " + std::to_string(dropped) + " waiting", TasksCleared(FamilyOr(command_family))};
 }
 
 std::string JobControl::AddPrintData(Time now) {
-  if (!state_.WatchesJobs()) {
+  if (!state_.TracksJobs()) {
     return {};
   }
-  if (!state_.jobs.TakesData(connection_, now)) {
+  if (!state_.jobs.HasOpenJob(connection_, now)) {
     current_task_ = std::exchange(next_task_, kNoTask);
   }
   state_.jobs.AddData(connection_, current_task_, now);
@@ -152,12 +151,12 @@ void JobControl::Leave(Time now) {
   state_.jobs.Complete(connection_, now);
   if (std::exchange(monitoring_, false)) {
     --state_.monitoring_hosts;
-    state_.left_monitoring.Leave(*family_);
+    state_.inherited_monitoring.Leave(*family_);
   }
 }
 
-ReportFamily JobControl::FamilyOr(ReportFamily asked_by) const {
-  return state_.setup.family.value_or(family_.value_or(asked_by));
+ReportFamily JobControl::FamilyOr(ReportFamily command_family) const {
+  return state_.setup.forced_family.value_or(family_.value_or(command_family));
 }
 
 }  // namespace virtual_printer

@@ -12,47 +12,46 @@
 
 namespace virtual_printer {
 
-// One connection's hold on the printer's jobs: whether it is sent reports and in which manner, the numbers it gives its
-// jobs, and what it asks and orders.
+// One connection's monitoring, task numbers and job commands.
 class JobControl {
  public:
-  // Takes over the monitoring that an earlier connection left. The state must outlive the control.
+  // Inherits the monitoring that an earlier connection left on. The state must outlive the control.
   JobControl(int connection, PrinterState& state);
 
-  // Nothing when the command is about something else.
-  std::optional<Reaction> Execute(const Command& command, Time now);
+  // Returns nothing if the command does not concern jobs.
+  std::optional<CommandResult> Execute(const Command& command, Time now);
 
-  // Print data has arrived. Gives the words for the job that it belongs to; none when it belongs to no job.
+  // Adds print data. Returns a description of the job that it belongs to; empty if it belongs to none.
   std::string AddPrintData(Time now);
 
-  // The connection has ended. Its jobs go on, and its monitoring is left to another one.
+  // The connection has ended. Its jobs go on, and another connection may inherit its monitoring.
   void Leave(Time now);
 
-  // In what manner it is sent reports; nothing when it is not.
+  // The family of the reports that the connection gets; nothing if it gets none.
   std::optional<ReportFamily> Reports() const { return monitoring_ ? std::optional(Family()) : std::nullopt; }
 
-  // In what manner it would be sent reports.
+  // The family of the reports that the connection would get.
   ReportFamily Family() const { return FamilyOr(ReportFamily::kV1); }
 
  private:
-  std::optional<Reaction> ExecuteV1(const Command& command, Time now);
-  Reaction ExecuteGsH(std::string_view body, Time now);
+  std::optional<CommandResult> ExecuteV1(const Command& command, Time now);
+  CommandResult ExecuteGsH(std::string_view body, Time now);
 
-  Reaction SwitchOn(ReportFamily asked_by, const std::string& words);
-  Reaction SwitchOff(const std::string& words, Time now);
-  Reaction SetNextTask(std::optional<std::string_view> digits, const std::string& words, Time now);
-  Reaction ResetNumbering(bool answered);
-  Reaction ClearTasks(ReportFamily asked_by);
+  CommandResult SwitchOn(ReportFamily family, const std::string& description);
+  CommandResult SwitchOff(const std::string& description, Time now);
+  CommandResult SetNextTask(std::optional<std::string_view> digits, const std::string& description, Time now);
+  CommandResult ResetNumbering(bool answer_wanted);
+  CommandResult ClearTasks(ReportFamily command_family);
 
-  // A command comes in the manner of one family. It counts as long as the host has not switched monitoring on.
-  ReportFamily FamilyOr(ReportFamily asked_by) const;
+  // The family of the command decides while the host has not switched monitoring on.
+  ReportFamily FamilyOr(ReportFamily command_family) const;
 
   const int connection_;
   PrinterState& state_;
   bool monitoring_ = false;
-  std::optional<ReportFamily> family_;  // As monitoring was last switched on.
-  TaskNumber next_task_ = kNoTask;      // Of the next job.
-  TaskNumber current_task_ = kNoTask;   // Of the last job that data of this connection has made.
+  std::optional<ReportFamily> family_;  // With which monitoring was last switched on.
+  TaskNumber next_task_ = kNoTask;      // For the next job.
+  TaskNumber current_task_ = kNoTask;   // Of this connection's last job.
 };
 
 }  // namespace virtual_printer

@@ -4,16 +4,13 @@
 #include <cstdint>
 #include <utility>
 
-#include "virtual_printer/wire/hex_text.h"
-#include "virtual_printer/wire/trace_words.h"
-
 namespace virtual_printer {
 namespace {
 
 constexpr std::uint8_t kSaved = 0x00;
 constexpr std::uint8_t kNotSaved = 0x01;
 
-// A setting that hosts reach by its key number. All of them are two bytes long on the wire, low byte first.
+// Settings have two bytes on the wire.
 struct Setting {
   std::uint16_t key;
   std::uint16_t ParameterZone::*value;
@@ -34,34 +31,35 @@ const Setting* FindSetting(std::uint16_t key) {
   return nullptr;
 }
 
-std::uint8_t LowByte(std::uint16_t value) { return static_cast<std::uint8_t>(value & 0xFF); }
-std::uint8_t HighByte(std::uint16_t value) { return static_cast<std::uint8_t>(value >> 8); }
+std::uint16_t ReadUint16(const std::uint8_t* data) { return static_cast<std::uint16_t>(ReadNumber(data, 2)); }
 
-std::uint16_t TwoBytesAt(const Bytes& bytes, std::size_t offset) {
-  return static_cast<std::uint16_t>(bytes[offset] | (bytes[offset + 1] << 8));
+Bytes Uint16Bytes(std::uint16_t value) {
+  Bytes bytes;
+  AppendNumber(value, 2, bytes);
+  return bytes;
 }
 
-std::uint16_t RecordKey(const Bytes& record) { return TwoBytesAt(record, 1); }
+std::uint16_t RecordKey(const Bytes& record) { return ReadUint16(&record[1]); }
 std::size_t RecordLength(const Bytes& record) { return record[3]; }
 
 std::string KeyText(std::uint16_t key) { return "key 0x" + HexText(key, 4); }
 
 }  // namespace
 
-std::optional<Reaction> KeySettings::Execute(const Command& command) {
+std::optional<CommandResult> KeySettings::Execute(const Command& command) {
   if (command.verb == "setkey") {
     return SetKey(command);
   }
   if (command.verb == "getkey") {
     return GetKey(command);
   }
-  if (command.verb == "do" && command.arguments == "\"save_param_zone\"") {
+  if (command.IsV1("do", "\"save_param_zone\"")) {
     return SaveParameterZone(command);
   }
   return std::nullopt;
 }
 
-Reaction KeySettings::SetKey(const Command& command) {
+CommandResult KeySettings::SetKey(const Command& command) {
   if (command.record.empty()) {
     return Refuse(LineText(command) + " without a record");
   }
@@ -72,38 +70,38 @@ Reaction KeySettings::SetKey(const Command& command) {
     const char* fault = setting == nullptr ? " (unknown key)" : " (wrong length)";
     return Refuse("setkey " + KeyText(key) + ", " + CountOfBytes(length) + fault);
   }
-  const std::uint16_t value = TwoBytesAt(command.record, CommandParser::kRecordHeaderLength);
+  const std::uint16_t value = ReadUint16(&command.record[CommandParser::kRecordHeaderLength]);
   state_.current.*setting->value = value;
-  // The acknowledgement repeats the head of the record.
+  // The acknowledgement repeats the record's count and key.
   return {"setkey " + KeyText(key) + " = " + std::to_string(value),
-          {{command.record[0], LowByte(key), HighByte(key)}, "setkey " + KeyText(key) + " acknowledged"}};
+          {{command.record.begin(), command.record.begin() + 3}, "setkey " + KeyText(key) + " acknowledged"}};
 }
 
-// Hosts do not judge the acknowledgement of a setkey, only the answer to the save_param_zone that follows. So that they
-// learn of the refusal in time, the one is left out and the other turns negative.
-Reaction KeySettings::Refuse(std::string received) {
+// Hosts ignore the acknowledgement of a setkey and check only the answer to the save_param_zone behind it. So a refused
+// setkey is not acknowledged, and the save_param_zone fails.
+CommandResult KeySettings::Refuse(std::string description) {
   refused_ = true;
-  return {std::move(received) + ", refused"};
+  return {std::move(description) + ", refused"};
 }
 
-Reaction KeySettings::GetKey(const Command& command) const {
+CommandResult KeySettings::GetKey(const Command& command) const {
   if (command.record.empty()) {
     return {LineText(command) + " without a record, not answered"};
   }
   const std::uint16_t key = RecordKey(command.record);
-  const std::string received = "getkey " + KeyText(key);
+  const std::string description = "getkey " + KeyText(key);
   const Setting* setting = FindSetting(key);
   if (setting == nullptr) {
-    return {received + " (unknown key), not answered"};
+    return {description + " (unknown key), not answered"};
   }
   if (RecordLength(command.record) != kSettingLength) {
-    return {received + " (wrong length), not answered"};
+    return {description + " (wrong length), not answered"};
   }
   const std::uint16_t value = state_.current.*setting->value;
-  return {received, {{LowByte(value), HighByte(value)}, KeyText(key) + " = " + std::to_string(value)}};
+  return {description, {Uint16Bytes(value), KeyText(key) + " = " + std::to_string(value)}};
 }
 
-Reaction KeySettings::SaveParameterZone(const Command& command) {
+CommandResult KeySettings::SaveParameterZone(const Command& command) {
   if (std::exchange(refused_, false)) {
     return {LineText(command), {{kNotSaved}, "not saved, a setting was refused"}};
   }

@@ -10,20 +10,20 @@
 
 namespace virtual_printer {
 
-// The settings that one connection sets, reads and stores by key number.
+// One connection's access to the settings: setkey, getkey and save_param_zone.
 class KeySettings {
  public:
   // The state must outlive the settings.
   explicit KeySettings(PrinterState& state) : state_(state) {}
 
-  // Nothing when the command is about something else.
-  std::optional<Reaction> Execute(const Command& command);
+  // Returns nothing if the command does not concern settings.
+  std::optional<CommandResult> Execute(const Command& command);
 
  private:
-  Reaction SetKey(const Command& command);
-  Reaction GetKey(const Command& command) const;
-  Reaction SaveParameterZone(const Command& command);
-  Reaction Refuse(std::string received);
+  CommandResult SetKey(const Command& command);
+  CommandResult GetKey(const Command& command) const;
+  CommandResult SaveParameterZone(const Command& command);
+  CommandResult Refuse(std::string description);
 
   PrinterState& state_;
   bool refused_ = false;  // A setkey since the last save_param_zone.

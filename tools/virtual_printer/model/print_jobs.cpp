@@ -4,18 +4,30 @@
 
 namespace virtual_printer {
 
+std::string TaskText(TaskNumber task) {
+  const std::string digits = std::to_string(task);
+  return std::string(4 - digits.size(), '0') + digits;
+}
+
+std::optional<TaskNumber> ParseTask(std::string_view text) {
+  if (text.size() != 4 || text.find_first_not_of("0123456789") != std::string_view::npos) {
+    return std::nullopt;
+  }
+  return static_cast<TaskNumber>(std::stoi(std::string(text)));
+}
+
 template <typename Jobs>
 auto PrintJobs::FindLast(Jobs& jobs, int connection) {
   return std::find_if(jobs.rbegin(), jobs.rend(), [&](const Job& job) { return job.connection == connection; });
 }
 
-bool PrintJobs::TakesData(int connection, Time now) const {
+bool PrintJobs::HasOpenJob(int connection, Time now) const {
   const auto job = FindLast(jobs_, connection);
   return job != jobs_.rend() && now < job->complete_at;
 }
 
 void PrintJobs::AddData(int connection, TaskNumber task, Time now) {
-  if (!TakesData(connection, now)) {
+  if (!HasOpenJob(connection, now)) {
     jobs_.push_back({connection, task, now, now + times_.quiet});
     return;
   }
@@ -25,7 +37,7 @@ void PrintJobs::AddData(int connection, TaskNumber task, Time now) {
 }
 
 void PrintJobs::Complete(int connection, Time now) {
-  if (TakesData(connection, now)) {
+  if (HasOpenJob(connection, now)) {
     FindLast(jobs_, connection)->complete_at = now;
   }
 }

@@ -3,56 +3,68 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <optional>
+#include <string>
+#include <string_view>
 #include <vector>
-
-#include "virtual_printer/model/task_number.h"
 
 namespace virtual_printer {
 
-// Whoever drives the printer tells it the time; so a test lets hours pass in no time.
+// Always passed in, so that tests can let hours pass at once.
 using Time = std::chrono::steady_clock::time_point;
 
-// How a printer takes its time.
+// The number by which a host follows its print job; four digits on the wire.
+using TaskNumber = std::uint16_t;
+
+constexpr TaskNumber kNoTask = 0;  // For jobs whose host has not set a number.
+constexpr TaskNumber kMaxTask = 9999;
+
+// Four digits: 7 is "0007".
+std::string TaskText(TaskNumber task);
+
+// Returns nothing unless the text is four digits.
+std::optional<TaskNumber> ParseTask(std::string_view text);
+
 struct JobTimes {
   std::chrono::milliseconds printing{500};  // From the start of a job, or its last data, to its end.
-  std::chrono::milliseconds quiet{200};     // Without data for this long, a job has all of its data.
+  std::chrono::milliseconds quiet{200};     // A pause of this length completes the data of a job.
 };
 
 struct JobReport {
   enum class Kind { kStarted, kEnded };
 
   Kind kind = Kind::kStarted;
-  int connection = 0;  // Which brought the job.
+  int connection = 0;  // The one that sent the job.
   TaskNumber task = kNoTask;
 };
 
-// The jobs of a printer. It prints one at a time, in the order in which their first data arrived. Data of one
-// connection belongs to one job until that job is complete, or the connection pauses.
+// The jobs of a printer, printed one at a time in the order of their first data. The data of a connection belongs to
+// one job until that job is complete or the connection pauses.
 class PrintJobs {
  public:
   explicit PrintJobs(JobTimes times) : times_(times) {}
 
-  // Print data of the connection: makes a job with this task number, unless the connection has one that takes data.
+  // Adds print data to the connection's open job, or begins a job with this task number.
   void AddData(int connection, TaskNumber task, Time now);
 
-  // Whether the connection has a job to which data belongs that arrives now.
-  bool TakesData(int connection, Time now) const;
+  // Whether the connection has a job that is still open for data.
+  bool HasOpenJob(int connection, Time now) const;
 
-  // The connection's job has all of its data now.
+  // The connection's job has all of its data.
   void Complete(int connection, Time now);
 
-  // Throws away the jobs that are not being printed yet, and says how many there were.
+  // Discards the jobs that are not being printed yet, and returns their number.
   std::size_t DropWaiting();
 
-  // Throws away all jobs.
+  // Discards all jobs.
   void Clear();
 
-  // Lets time pass; gives what has happened until then, in order.
+  // Returns what has happened until now, in order.
   std::vector<JobReport> Advance(Time now);
 
-  // When Advance will have something to give; nothing while no job is printed.
+  // When the job being printed ends; nothing if none is printed.
   std::optional<Time> NextDeadline() const;
 
  private:
@@ -63,7 +75,7 @@ class PrintJobs {
     Time complete_at;  // Unless more data arrives before.
   };
 
-  // The connection's last job; only that one may lack data.
+  // The connection's last job, the only one that may be open.
   template <typename Jobs>
   static auto FindLast(Jobs& jobs, int connection);
 

@@ -13,37 +13,37 @@ WireEvent Sent(int connection, Message message) {
 
 }  // namespace
 
-void PrinterModel::Connect(int connection) { sessions_.try_emplace(connection, connection, state_); }
+void PrinterModel::Connect(int connection) { conversations_.try_emplace(connection, connection, state_); }
 
 PrinterModel::Events PrinterModel::Receive(int connection, const std::uint8_t* data, std::size_t size, Time now) {
   Events events = Advance(now);
-  sessions_.at(connection).Receive(data, size, now, Into(events, connection, now));
+  conversations_.at(connection).Receive(data, size, now, SinkFor(connection, now, events));
   return events;
 }
 
 PrinterModel::Events PrinterModel::Disconnect(int connection, Time now) {
   Events events = Advance(now);
-  Session& session = sessions_.at(connection);
-  session.Finish(now, Into(events, connection, now));
-  session.Jobs().Leave(now);
-  sessions_.erase(connection);
-  AppendPassed(now, events);
+  PrinterConversation& conversation = conversations_.at(connection);
+  conversation.Finish(now, SinkFor(connection, now, events));
+  conversation.Jobs().Leave(now);
+  conversations_.erase(connection);
+  AppendDueReports(now, events);
   return events;
 }
 
 PrinterModel::Events PrinterModel::Advance(Time now) {
   Events events;
-  AppendPassed(now, events);
-  for (auto& [connection, session] : sessions_) {
-    session.Advance(now, Into(events, connection, now));
+  AppendDueReports(now, events);
+  for (auto& [connection, conversation] : conversations_) {
+    conversation.Advance(now, SinkFor(connection, now, events));
   }
   return events;
 }
 
 std::optional<Time> PrinterModel::NextDeadline() const {
   std::optional<Time> next = state_.jobs.NextDeadline();
-  for (const auto& [connection, session] : sessions_) {
-    const std::optional<Time> deadline = session.NextDeadline();
+  for (const auto& [connection, conversation] : conversations_) {
+    const std::optional<Time> deadline = conversation.NextDeadline();
     if (deadline && (!next || *deadline < *next)) {
       next = deadline;
     }
@@ -52,28 +52,28 @@ std::optional<Time> PrinterModel::NextDeadline() const {
 }
 
 PrinterModel::Events PrinterModel::AnnounceStart(TaskNumber task) const {
-  return ToEach([&](ReportFamily family) { return JobStarted(family, task); });
+  return SendToEach([&](ReportFamily family) { return JobStarted(family, task); });
 }
 
 PrinterModel::Events PrinterModel::AnnounceEnd(TaskNumber task, std::optional<std::uint32_t> value) const {
-  return ToEach([&](ReportFamily family) { return JobEnded(family, task, value.value_or(state_.status)); });
+  return SendToEach([&](ReportFamily family) { return JobEnded(family, task, value.value_or(state_.status)); });
 }
 
 PrinterModel::Events PrinterModel::AnnounceState(TaskNumber task) const { return SendToAll(JobState(task)); }
 
 PrinterModel::Events PrinterModel::SendToAll(const Message& message) const {
-  return ToEach([&](ReportFamily) { return message; });
+  return SendToEach([&](ReportFamily) { return message; });
 }
 
-PrinterModel::Events PrinterModel::ToEach(const std::function<Message(ReportFamily)>& message) const {
+PrinterModel::Events PrinterModel::SendToEach(const std::function<Message(ReportFamily)>& message) const {
   Events events;
-  for (const auto& [connection, session] : sessions_) {
-    events.push_back(Sent(connection, message(session.Jobs().Family())));
+  for (const auto& [connection, conversation] : conversations_) {
+    events.push_back(Sent(connection, message(conversation.Jobs().Family())));
   }
   return events;
 }
 
-Session::Sink PrinterModel::Into(Events& events, int connection, Time now) {
+PrinterConversation::Sink PrinterModel::SinkFor(int connection, Time now, Events& events) {
   return [this, &events, connection, now](Exchange exchange) { Append(connection, std::move(exchange), now, events); };
 }
 
@@ -88,45 +88,45 @@ void PrinterModel::Append(int connection, Exchange exchange, Time now, Events& e
     events.push_back({connection, WireEvent::Direction::kNote, {{}, std::move(exchange.note)}});
   }
   if (exchange.completed) {
-    orders_.completed.push_back({connection, *std::move(exchange.completed)});
+    side_effects_.completed.push_back({connection, *std::move(exchange.completed)});
   }
-  CarryOut(exchange.order, connection);
-  AppendPassed(now, events);
+  CarryOut(exchange.action, connection);
+  AppendDueReports(now, events);
 }
 
-void PrinterModel::CarryOut(Order order, int connection) {
-  switch (order) {
-    case Order::kNone:
+void PrinterModel::CarryOut(ConnectionAction action, int connection) {
+  switch (action) {
+    case ConnectionAction::kNone:
       break;
-    case Order::kDropConnection:
-      orders_.dropped.push_back(connection);
+    case ConnectionAction::kDrop:
+      side_effects_.dropped.push_back(connection);
       break;
-    case Order::kRestart:
-      // As after switching off and on.
+    case ConnectionAction::kRestart:
+      // As if switched off and on.
       state_.current = state_.saved;
       state_.jobs.Clear();
-      LeaveFor(PrinterMode::kOrdinary);
+      LeaveNetwork(PrinterMode::kOrdinary);
       break;
-    case Order::kStartYmodemLoader:
-      LeaveFor(PrinterMode::kYmodemLoader);
+    case ConnectionAction::kStartYmodemLoader:
+      LeaveNetwork(PrinterMode::kYmodemLoader);
       break;
-    case Order::kStartFirmwareLoader:
-      LeaveFor(PrinterMode::kFirmwareLoader);
+    case ConnectionAction::kStartFirmwareLoader:
+      LeaveNetwork(PrinterMode::kFirmwareLoader);
       break;
   }
 }
 
-void PrinterModel::LeaveFor(PrinterMode mode) {
+void PrinterModel::LeaveNetwork(PrinterMode back_as) {
   const DownloadSetup& setup = state_.setup.downloads;
-  orders_.outage = {mode, mode == PrinterMode::kOrdinary ? setup.restart_time : setup.loader_delay};
-  state_.downloads.mode = mode;
-  state_.downloads.firmware.Forget();
-  for (auto& [connection, session] : sessions_) {
-    session.Drop();
+  side_effects_.outage = {back_as, back_as == PrinterMode::kOrdinary ? setup.restart_time : setup.loader_delay};
+  state_.downloads.mode = back_as;
+  state_.downloads.firmware.Discard();
+  for (auto& [connection, conversation] : conversations_) {
+    conversation.Drop();
   }
 }
 
-void PrinterModel::AppendPassed(Time now, Events& events) {
+void PrinterModel::AppendDueReports(Time now, Events& events) {
   for (const JobReport& report : state_.jobs.Advance(now)) {
     AppendReport(report, events);
   }
@@ -134,13 +134,13 @@ void PrinterModel::AppendPassed(Time now, Events& events) {
 
 void PrinterModel::AppendReport(const JobReport& report, Events& events) const {
   const bool ended = report.kind == JobReport::Kind::kEnded;
-  for (const auto& [connection, session] : sessions_) {
-    if (const auto family = session.Jobs().Reports()) {
+  for (const auto& [connection, conversation] : conversations_) {
+    if (const auto family = conversation.Jobs().Reports()) {
       events.push_back(
           Sent(connection, ended ? JobEnded(*family, report.task, state_.status) : JobStarted(*family, report.task)));
     }
   }
-  if (ended && state_.setup.task_over && sessions_.count(report.connection) != 0) {
+  if (ended && state_.setup.task_over && conversations_.count(report.connection) != 0) {
     events.push_back(Sent(report.connection, TaskOver(report.task)));
   }
 }

@@ -1,15 +1,12 @@
 #ifndef VIRTUAL_PRINTER_MODEL_PRINTER_STATE_H_
 #define VIRTUAL_PRINTER_MODEL_PRINTER_STATE_H_
 
-#include <chrono>
+#include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
-#include <vector>
 
-#include "virtual_printer/downloads/download.h"
-#include "virtual_printer/downloads/download_faults.h"
-#include "virtual_printer/downloads/firmware_receiver.h"
-#include "virtual_printer/model/left_monitoring.h"
+#include "virtual_printer/downloads/download_control.h"
 #include "virtual_printer/model/network_identity.h"
 #include "virtual_printer/model/print_jobs.h"
 #include "virtual_printer/model/report_frames.h"
@@ -18,38 +15,60 @@ namespace virtual_printer {
 
 constexpr std::uint16_t kDefaultPrintWidth = 576;
 
-// The settings that a host reaches by key number.
+// The settings that hosts access by key number.
 struct ParameterZone {
   std::uint16_t print_width = kDefaultPrintWidth;  // In dots.
 };
 
-// What hosts find when they download something.
-struct DownloadSetup {
-  PrinterMode mode = PrinterMode::kOrdinary;    // At the start.
-  std::chrono::milliseconds loader_delay{300};  // From the ordinary printer to its loader.
-  std::chrono::milliseconds restart_time{300};  // Back to the ordinary printer.
-  std::vector<DownloadFault> faults;
-};
-
-// How a printer is when it is switched on.
+// The printer when it is switched on.
 struct PrinterSetup {
   ParameterZone zone;
   std::uint32_t status = 0;
   JobTimes job_times;
-  std::optional<ReportFamily> family;      // Reports so, whatever the host has asked for.
-  std::optional<ReportFamily> monitoring;  // Is on already, for the first host to come.
-  bool task_over = false;                  // The host that sent a job hears of its end by a V2 answer, too.
+  std::optional<ReportFamily> forced_family;  // Used for all reports, whatever the host has chosen.
+  std::optional<ReportFamily> monitoring;     // Is already on, for the first host that connects.
+  bool task_over = false;                     // The host that sent a job also gets a V2 answer at its end.
   DownloadSetup downloads;
   NetworkIdentity identity;
 };
 
-struct DownloadState {
-  PrinterMode mode;
-  DownloadFaults faults;
-  FirmwareImage firmware;
+// Monitoring that was on when its connection ended. A host whose connection broke reconnects and expects its reports to
+// continue without asking again, so the next connections inherit it.
+class InheritedMonitoring {
+ public:
+  explicit InheritedMonitoring(std::optional<ReportFamily> at_start) {
+    if (at_start) {
+      Leave(*at_start);
+    }
+  }
+
+  bool IsEmpty() const { return left_.empty(); }
+
+  void Leave(ReportFamily family) {
+    left_.push_back(family);
+    if (left_.size() > kMaxLeft) {
+      left_.pop_front();
+    }
+  }
+
+  // Removes and returns the oldest one; nothing if there is none.
+  std::optional<ReportFamily> Inherit() {
+    if (left_.empty()) {
+      return std::nullopt;
+    }
+    const ReportFamily family = left_.front();
+    left_.pop_front();
+    return family;
+  }
+
+ private:
+  // Hosts that never reconnect must not exhaust the memory.
+  static constexpr std::size_t kMaxLeft = 16;
+
+  std::deque<ReportFamily> left_;
 };
 
-// What a printer has only once, however many hosts are connected.
+// Shared by all connections.
 struct PrinterState {
   explicit PrinterState(const PrinterSetup& printer_setup)
       : setup(printer_setup),
@@ -57,20 +76,20 @@ struct PrinterState {
         saved(setup.zone),
         status(setup.status),
         jobs(setup.job_times),
-        left_monitoring(setup.monitoring),
-        downloads{setup.downloads.mode, DownloadFaults(setup.downloads.faults), {}} {}
+        inherited_monitoring(setup.monitoring),
+        downloads(setup.downloads) {}
 
   // Whether print data makes jobs.
-  bool WatchesJobs() const { return monitoring_hosts > 0 || !left_monitoring.IsEmpty() || setup.task_over; }
+  bool TracksJobs() const { return monitoring_hosts > 0 || !inherited_monitoring.IsEmpty() || setup.task_over; }
 
   const PrinterSetup setup;
-  ParameterZone current;               // In force.
-  ParameterZone saved;                 // Survives switching off.
+  ParameterZone current;
+  ParameterZone saved;                 // Restored by a restart.
   std::uint64_t print_data_bytes = 0;  // Received so far.
-  std::uint32_t status;                // As hosts read it, and as it is reported with the end of a job.
+  std::uint32_t status;                // As hosts ask for it, and as it is reported at the end of a job.
   PrintJobs jobs;
-  int monitoring_hosts = 0;  // Connections that are sent reports.
-  LeftMonitoring left_monitoring;
+  int monitoring_hosts = 0;  // Number of connections that get reports.
+  InheritedMonitoring inherited_monitoring;
   DownloadState downloads;
 };
 

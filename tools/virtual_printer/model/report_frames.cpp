@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "virtual_printer/wire/hex_text.h"
+#include "virtual_printer/wire/bytes.h"
 
 namespace virtual_printer {
 namespace {
@@ -29,16 +29,13 @@ constexpr std::uint8_t kReplyMark = 0x37;
 
 constexpr std::string_view kV2Header = "\x1B\x1C& V2";
 constexpr std::size_t kV2FixedLength = 12;
-constexpr std::size_t kV2LengthOffset = 3;  // Of the payload length, in the fixed part.
+constexpr std::size_t kV2LengthOffset = 3;  // Of the payload length in the fixed part.
 constexpr std::string_view kTaskOverLine = "getval \"task_over\"\r\n";
-constexpr std::string_view kV2Status("\0\1\0\0", 4);  // The second byte says that all is well.
+constexpr std::string_view kV2Status("\0\1\0\0", 4);  // The second byte means success.
 
-// Low byte first.
 std::string Number(std::uint32_t number, int size) {
   std::string bytes;
-  for (int i = 0; i < size; ++i) {
-    bytes += static_cast<char>(number >> (8 * i));
-  }
+  AppendNumber(number, size, bytes);
   return bytes;
 }
 
@@ -46,7 +43,7 @@ std::string Number16(std::size_t number) { return Number(static_cast<std::uint32
 
 Message MakeMessage(const std::string& wire, const std::string& text) { return {{wire.begin(), wire.end()}, text}; }
 
-// What a report has to tell comes behind a first byte that means nothing.
+// The first byte of the payload has no meaning.
 Message Report(ReportType type, const std::string& content, const std::string& text) {
   const std::string payload = '\0' + content;
   return MakeMessage(std::string(kReportHeader) + Number16(type) + Number16(payload.size()) + payload,

@@ -3,14 +3,14 @@
 
 #include <cstdint>
 
-#include "virtual_printer/model/task_number.h"
+#include "virtual_printer/model/print_jobs.h"
 #include "virtual_printer/wire/message.h"
 
 namespace virtual_printer {
 
-// A printer reports in the manner in which its host has switched monitoring on.
+// The two forms of reports. A host chooses one by the command with which it switches monitoring on.
 enum class ReportFamily {
-  kV1,   // Frames: the V1 report line, type, payload length, payload; all numbers low byte first.
+  kV1,   // The V1 report line, type, payload length, payload.
   kGsH,  // Short replies that begin with 0x37.
 };
 
@@ -19,20 +19,20 @@ const char* FamilyText(ReportFamily family);
 
 Message JobStarted(ReportFamily family, TaskNumber task);
 
-// A GS ( H reply has room for neither number: its host knows the task that it was told last, and asks for the status.
+// A 37 reply carries neither number nor status: its host remembers the task that started and asks for the status.
 Message JobEnded(ReportFamily family, TaskNumber task, std::uint32_t status);
 
-// Some other state of a job. Only reports can tell it; hosts of either family understand them.
+// Another state of a job. There is only a V1 report for it, which hosts of both families understand.
 Message JobState(TaskNumber task);
 
 Message TasksCleared(ReportFamily family);
 Message NumberingReset(ReportFamily family);
 
-// Answers to questions, reports for hosts of either family.
+// Answers to questions; V1 reports for hosts of both families.
 Message MonitoringState(bool on);
 Message StatusAnswer(std::uint32_t status);
 
-// What a host hears that only listens for the end of its jobs: a framed V2 answer with a percent-encoded value.
+// A framed V2 answer, for hosts that wait for the end of a job without monitoring.
 Message TaskOver(TaskNumber task);
 
 }  // namespace virtual_printer

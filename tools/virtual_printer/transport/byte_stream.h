@@ -9,12 +9,11 @@
 
 namespace virtual_printer {
 
-// What joins the printer to one host. One read and one write may be under way at a time; whoever starts one keeps its
-// buffer and the stream alive until it has ended. Handlers run in the stream's executor, never inside the calls.
+// The connection to one host. One read and one write may be pending at a time. The caller keeps the buffer and the
+// stream alive until they complete. Handlers run in the stream's executor, never inside the calls.
 class ByteStream {
  public:
-  // What a read ends with when there is nothing wrong with the stream. A host that sends nothing any more may still
-  // take what it is sent; one that has gone takes nothing.
+  // Errors of a read on a working stream. A host that sends no more may still receive; a host that has gone may not.
   static constexpr asio::error::misc_errors kHostSendsNoMore = asio::error::eof;
   static constexpr asio::error::basic_errors kHostHasGone = asio::error::broken_pipe;
 
@@ -25,17 +24,17 @@ class ByteStream {
 
   virtual asio::any_io_executor Executor() = 0;
 
-  // Takes what there is, at least one byte.
+  // Reads what is available, at least one byte.
   virtual void Read(asio::mutable_buffer buffer, ReadHandler on_read) = 0;
 
-  // Sends everything.
+  // Writes the whole buffer.
   virtual void Write(asio::const_buffer buffer, WriteHandler on_written) = 0;
 
-  // What is under way ends with an error.
+  // Pending operations complete with an error.
   virtual void Close() = 0;
 };
 
-// The stream of one of asio's devices: a socket, a descriptor, a handle.
+// A stream on an asio I/O object: a socket, a descriptor or a handle.
 template <typename Device>
 class DeviceStream : public ByteStream {
  public:

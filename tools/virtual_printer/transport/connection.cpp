@@ -6,11 +6,10 @@
 namespace virtual_printer {
 namespace {
 
-// A host that sends on without ever taking an answer is not read any further at this backlog, as a real printer's
-// buffers fill up, too.
+// With this many unsent answers the connection stops reading, just as the buffers of a real printer fill up.
 constexpr std::size_t kMaxQueuedPieces = 256;
 
-// Reports on the jobs of other hosts come in without being read. One that never takes them loses the rest.
+// Reports about other hosts' jobs are queued even so. Beyond this limit they are lost.
 constexpr std::size_t kMaxBacklog = 65536;
 
 std::string ReasonFor(const std::error_code& error) {
@@ -20,7 +19,7 @@ std::string ReasonFor(const std::error_code& error) {
 
 }  // namespace
 
-Connection::Connection(std::unique_ptr<ByteStream> stream, int number, const Faults& faults, Trace& trace,
+Connection::Connection(std::unique_ptr<ByteStream> stream, int number, const ConnectionFaults& faults, Trace& trace,
                        ConnectionListener& listener)
     : stream_(std::move(stream)),
       pause_(stream_->Executor()),
@@ -30,16 +29,12 @@ Connection::Connection(std::unique_ptr<ByteStream> stream, int number, const Fau
       listener_(listener),
       limit_(faults) {}
 
-void Connection::Take(const WireEvent& event) {
+void Connection::Process(const WireEvent& event) {
   if (closed_) {
     return;
   }
-  if (event.direction == WireEvent::Direction::kReceived) {
-    trace_.Event(event);
-    return;
-  }
-  if (event.direction == WireEvent::Direction::kNote) {
-    trace_.Note(number_, event.message.text);
+  if (event.direction != WireEvent::Direction::kSent) {
+    trace_.Write(event);
     return;
   }
   Queue(event.message);
@@ -86,8 +81,8 @@ void Connection::OnReceived(std::size_t size) {
 void Connection::OnHostEnded(const std::error_code& error) {
   TellHostEnded();
   close_reason_ = ReasonFor(error);
-  const bool may_listen = error == ByteStream::kHostSendsNoMore;
-  if (!sending_ || !may_listen) {
+  const bool may_receive = error == ByteStream::kHostSendsNoMore;
+  if (!sending_ || !may_receive) {
     Drop(close_reason_);
   }
 }
@@ -139,7 +134,7 @@ void Connection::Write() {
   outgoing_.clear();
   for (std::size_t i = 0; i < pieces; ++i) {
     const QueuedPiece& queued = queue_[i];
-    trace_.Event({number_, WireEvent::Direction::kSent, {queued.piece.bytes, queued.text}});
+    trace_.Write({number_, WireEvent::Direction::kSent, {queued.piece.bytes, queued.text}});
     outgoing_.insert(outgoing_.end(), queued.piece.bytes.begin(), queued.piece.bytes.end());
   }
   stream_->Write(asio::buffer(outgoing_), [self = shared_from_this(), pieces](const std::error_code& error) {
@@ -154,8 +149,8 @@ void Connection::Write() {
   });
 }
 
-// What falls due together leaves together: a host that asks for something when a job has ended reads the answer alone,
-// and would lose the start of the next job if that came in behind its question.
+// Messages that are due together are sent together. Otherwise the start of the next job could arrive after the host has
+// asked for the status, and the host would read it as the answer.
 std::size_t Connection::CountReadyPieces() const {
   std::size_t count = 1;
   const bool pieces_leave_alone = faults_.split_pause.has_value();

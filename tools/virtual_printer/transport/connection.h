@@ -11,17 +11,17 @@
 #include <system_error>
 
 #include "virtual_printer/transport/byte_stream.h"
-#include "virtual_printer/wire/faults.h"
+#include "virtual_printer/wire/connection_faults.h"
 #include "virtual_printer/wire/message.h"
 #include "virtual_printer/wire/trace.h"
 
 namespace virtual_printer {
 
-// Whoever takes what connections bring.
+// Processes the input of connections.
 class ConnectionListener {
  public:
   virtual void OnReceived(int connection, const std::uint8_t* data, std::size_t size) = 0;
-  // The host sends nothing any more; it may still take what it is sent. Called once for each connection.
+  // The host has stopped sending, but may still receive. Called once for each connection.
   virtual void OnHostEnded(int connection) = 0;
   // Called once, last.
   virtual void OnClosed(int connection) = 0;
@@ -30,19 +30,19 @@ class ConnectionListener {
   ~ConnectionListener() = default;
 };
 
-// One host's connection to the printer. It lives as long as an operation on its stream is under way, and belongs to the
-// one thread of its io_context.
+// One host's connection to the printer. Lives as long as an operation on its stream is pending. Runs in the one thread
+// of its io_context.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-  // The number names the connection to the listener and in the trace. The references must outlive the connection; the
-  // faults may change at any time.
-  Connection(std::unique_ptr<ByteStream> stream, int number, const Faults& faults, Trace& trace,
+  // The number identifies the connection to the listener and in the trace. The references must outlive the connection.
+  // The faults may change at any time.
+  Connection(std::unique_ptr<ByteStream> stream, int number, const ConnectionFaults& faults, Trace& trace,
              ConnectionListener& listener);
 
   void Start() { Read(); }
 
-  // Something received is shown, something to send is sent behind all that was given before.
-  void Take(const WireEvent& event);
+  // Traces a received message or a note; traces and sends a message to the host, behind all earlier ones.
+  void Process(const WireEvent& event);
 
   // Ends the connection at once.
   void Drop(const std::string& why);
@@ -67,18 +67,18 @@ class Connection : public std::enable_shared_from_this<Connection> {
   const std::unique_ptr<ByteStream> stream_;
   asio::steady_timer pause_;
   const int number_;
-  const Faults& faults_;
+  const ConnectionFaults& faults_;
   Trace& trace_;
   ConnectionListener& listener_;
   ReceiveLimit limit_;
 
-  std::array<std::uint8_t, 65536> received_{};  // A host that sends a firmware image is not to wait for the printer.
-  std::deque<QueuedPiece> queue_;               // Its front is waiting for its pause, or being written...
+  std::array<std::uint8_t, 65536> received_{};  // Large, so that firmware images pass quickly.
+  std::deque<QueuedPiece> queue_;               // The front is waiting for its pause, or being written...
   Bytes outgoing_;                              // ...from here.
   bool reading_ = false;
   bool sending_ = false;
   bool host_ended_ = false;
-  std::string close_reason_;  // Once everything is sent; empty while the connection stays open.
+  std::string close_reason_;  // Set if the connection closes once everything is sent.
   bool closed_ = false;
 };
 

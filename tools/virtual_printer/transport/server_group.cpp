@@ -1,24 +1,18 @@
 #include "virtual_printer/transport/server_group.h"
 
-#include <chrono>
 #include <stdexcept>
 #include <system_error>
-#include <utility>
 
 namespace virtual_printer {
 namespace {
 
-// Before the next attempt to come back to a place that somebody else has for now.
+// Before the next attempt to return to a place that is in use.
 constexpr std::chrono::milliseconds kReturnPause{100};
 
 }  // namespace
 
-ServerGroup::ServerGroup(asio::io_context& context, Lifetime lifetime, PrinterService& service, OnBack on_back)
-    : context_(context), outage_(context), lifetime_(lifetime), service_(service), on_back_(std::move(on_back)) {
-  service_.SetOutageListener(this);
-}
-
-ServerGroup::~ServerGroup() { service_.SetOutageListener(nullptr); }
+ServerGroup::ServerGroup(asio::io_context& context, Lifetime lifetime, HostListener& listener, OnBack on_back)
+    : context_(context), outage_(context), lifetime_(lifetime), listener_(listener), on_back_(std::move(on_back)) {}
 
 void ServerGroup::Open(PrinterMode mode) {
   if (is_open_) {
@@ -30,13 +24,28 @@ void ServerGroup::Open(PrinterMode mode) {
       server->Open(mode);
     } catch (const std::system_error& error) {
       Close();
-      // The one failure that everybody meets gets the same plain words on every system.
-      const bool in_use = error.code() == asio::error::address_in_use;
-      throw std::runtime_error("cannot listen on " + server->Place(mode) + ": " +
-                               (in_use ? "it is in use" : error.code().message()));
+      throw ListenError(server->Place(mode), error.code());
     }
   }
   places_ = Places(mode);
+}
+
+void ServerGroup::LeaveFor(std::chrono::milliseconds duration, PrinterMode back_as) {
+  if (lifetime_ == Lifetime::kOneConnection) {
+    return;  // It accepts no other connection anyway.
+  }
+  // Hosts reconnect at once. If the change takes no time, a host that is waiting to be accepted must meet the printer
+  // in its new mode and must not lose what it has already sent.
+  const bool stays = duration == duration.zero() && Places(back_as) == places_;
+  if (!stays) {
+    Close();
+  }
+  outage_.expires_after(duration);
+  outage_.async_wait([this, back_as](const std::error_code& cancelled) {
+    if (!cancelled) {
+      Return(back_as);
+    }
+  });
 }
 
 std::string ServerGroup::Places(PrinterMode mode) const {
@@ -52,25 +61,7 @@ void ServerGroup::OnHost(std::unique_ptr<ByteStream> stream, const std::string& 
     Close();
     on_closed = [this] { context_.stop(); };
   }
-  service_.Serve(std::move(stream), from, std::move(on_closed));
-}
-
-void ServerGroup::OnOutage(const Outage& outage) {
-  if (lifetime_ == Lifetime::kOneConnection) {
-    return;  // It takes no other connection anyway.
-  }
-  // Hosts connect again at once. One that waits to be let in must meet what the printer becomes, and not lose what it
-  // has sent already, if that takes no time.
-  const bool stays = outage.duration == outage.duration.zero() && Places(outage.back_as) == places_;
-  if (!stays) {
-    Close();
-  }
-  outage_.expires_after(outage.duration);
-  outage_.async_wait([this, mode = outage.back_as](const std::error_code& cancelled) {
-    if (!cancelled) {
-      Return(mode);
-    }
-  });
+  listener_.OnHost(std::move(stream), from, std::move(on_closed));
 }
 
 void ServerGroup::Return(PrinterMode mode) {
@@ -78,7 +69,7 @@ void ServerGroup::Return(PrinterMode mode) {
     Open(mode);
   } catch (const std::runtime_error&) {
     // The printer must come back, however late.
-    OnOutage({mode, kReturnPause});
+    LeaveFor(kReturnPause, mode);
     return;
   }
   on_back_(mode);

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <memory>
-#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -10,26 +9,20 @@ namespace virtual_printer {
 namespace {
 
 #ifdef _WIN32
-// On Windows "reuse" would let two printers listen on one port, each getting some of the connections.
+// On Windows SO_REUSEADDR would let two printers listen on one port, each getting some of the connections.
 constexpr bool kReuseAddress = false;
 #else
-// Elsewhere it only lets a restarted printer have its port again at once.
+// Elsewhere it only lets a restarted printer reuse its port at once.
 constexpr bool kReuseAddress = true;
 #endif
 
-// When no connection can be taken, mostly for want of file handles, trying again at once would only burn time.
+// Before the next attempt if accepting fails, usually because there are no file handles left.
 constexpr std::chrono::milliseconds kAcceptPause{100};
-
-std::string TextOf(const asio::ip::tcp::endpoint& endpoint) {
-  std::ostringstream text;
-  text << endpoint;
-  return text.str();
-}
 
 class TcpStream : public DeviceStream<asio::ip::tcp::socket> {
  public:
   explicit TcpStream(asio::ip::tcp::socket socket) : DeviceStream(std::move(socket)) {
-    // The single bytes of a split answer must leave one by one.
+    // The single bytes of a split answer must be sent one by one.
     std::error_code ignored;
     device_.set_option(asio::ip::tcp::no_delay(true), ignored);
   }
@@ -60,11 +53,13 @@ void TcpServer::Close() {
   accept_pause_.cancel();
 }
 
-std::string TcpServer::Place(PrinterMode mode) const { return TextOf({ports_.address, ports_.Of(mode)}); }
+std::string TcpServer::Place(PrinterMode mode) const {
+  return EndpointText(asio::ip::tcp::endpoint(ports_.address, ports_.Of(mode)));
+}
 
 void TcpServer::Accept() {
   acceptor_.async_accept([this](const std::error_code& error, asio::ip::tcp::socket socket) {
-    // What was under way when the printer left the network finds nobody.
+    // The server was closed meanwhile.
     if (error == asio::error::operation_aborted || !acceptor_.is_open()) {
       return;
     }
@@ -77,8 +72,8 @@ void TcpServer::Accept() {
       });
       return;
     }
-    std::error_code gone;
-    const std::string from = TextOf(socket.remote_endpoint(gone));
+    std::error_code ignored;
+    const std::string from = EndpointText(socket.remote_endpoint(ignored));
     listener_.OnHost(std::make_unique<TcpStream>(std::move(socket)), from, [] {});
     if (acceptor_.is_open()) {
       Accept();

@@ -10,10 +10,10 @@
 
 namespace virtual_printer {
 
-// Where the printer is found. A loader without a port of its own has the printer's.
+// A loader without a port of its own uses the printer's.
 struct TcpPorts {
   asio::ip::address address;
-  std::uint16_t printer = 0;  // 0 takes any free one.
+  std::uint16_t printer = 0;  // 0 for any free port.
   std::optional<std::uint16_t> loader;
 
   std::uint16_t Of(PrinterMode mode) const {
@@ -21,7 +21,7 @@ struct TcpPorts {
   }
 };
 
-// Puts the printer on a TCP port. Any number of hosts may be connected at a time.
+// Accepts any number of hosts on a TCP port.
 class TcpServer : public Server {
  public:
   // The references must outlive the server.
@@ -31,17 +31,17 @@ class TcpServer : public Server {
   void Close() override;
   std::string Place(PrinterMode mode) const override;
 
-  // The real one, once it has been opened as the printer.
+  // The actual port, once the server has been opened as the ordinary printer.
   std::uint16_t port() const { return ports_.printer; }
 
-  // Not while the printer restarts.
+  // False while the printer restarts.
   bool IsListening() const { return acceptor_.is_open(); }
 
  private:
   void Accept();
 
   asio::io_context& context_;
-  TcpPorts ports_;  // A free one that was taken is kept over outages.
+  TcpPorts ports_;  // A free port, once chosen, is kept over outages.
   asio::ip::tcp::acceptor acceptor_;
   asio::steady_timer accept_pause_;
   HostListener& listener_;

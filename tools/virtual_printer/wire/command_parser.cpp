@@ -9,14 +9,14 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// What a command begins with. All but the first two consist of nothing else.
-struct Opening {
+// Only the first two are followed by anything; the others are whole commands.
+struct Prefix {
   std::string_view bytes;
   Command::Kind kind;
 };
 
-constexpr Opening kOpenings[] = {
-    {kV1Opening, Command::Kind::kV1},
+constexpr Prefix kPrefixes[] = {
+    {kV1Prefix, Command::Kind::kV1},
     {"\x1D(H"sv, Command::Kind::kGsH},
     {"\x1B\x1C&cl"sv, Command::Kind::kClearTasks},
     {"\x10\x14\x08\x01\x03\x14\x01\x06\x02\x08"sv, Command::Kind::kClearTasksRealTime},
@@ -28,44 +28,20 @@ constexpr Opening kOpenings[] = {
 };
 
 constexpr std::string_view kLineEnd = "\r\n";
-// The only record form there is: one that holds one entry.
+// Records have exactly one entry.
 constexpr std::uint8_t kRecordCount = 1;
 
-// Opening and length. The bodies in use are a few bytes; an absurd length is noise in the print data.
+// Prefix and length. Bodies in use have a few bytes; an absurd length means noise in the print data.
 constexpr std::size_t kGsHHeaderLength = 5;
 constexpr std::size_t kMaxGsHBody = 255;
-// The one GS ( H that may be followed by a byte beyond its length: the one that asks for an answer.
+// The one GS ( H that may have a byte beyond its length, which asks for an answer.
 constexpr std::string_view kResetBody = "200";
 constexpr std::uint8_t kAnswerWanted = 0x0A;
 
-// What follows the line of a verb. A verb without an entry is complete with its line end.
-enum class Tail {
-  kNothing,       // Not even a line end: the verb alone is the command.
-  kRecordHeader,  // A record without a value.
-  kRecord,
-};
-
-struct VerbForm {
-  std::string_view verb;
-  Tail tail;
-};
-
-constexpr VerbForm kVerbForms[] = {
-    {"setkey", Tail::kRecord},
-    {"getkey", Tail::kRecordHeader},
-    {"report", Tail::kNothing},
-};
-
-bool HasTail(std::string_view line, Tail tail) {
-  for (const VerbForm& form : kVerbForms) {
-    if (form.verb == line) {
-      return form.tail == tail;
-    }
-  }
-  return false;
-}
-
-std::string_view AsText(const Bytes& bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
+// Verbs that do not simply end with their line.
+constexpr std::string_view kVerbWithRecord = "setkey";
+constexpr std::string_view kVerbWithRecordHeader = "getkey";
+constexpr std::string_view kVerbWithoutLineEnd = "report";
 
 bool BeginsWith(std::string_view text, std::string_view beginning) {
   return text.substr(0, beginning.size()) == beginning;
@@ -75,26 +51,27 @@ bool EndsWith(std::string_view text, std::string_view end) {
   return text.size() >= end.size() && text.substr(text.size() - end.size()) == end;
 }
 
-bool MayBecomeACommand(std::string_view text) {
-  return std::any_of(std::begin(kOpenings), std::end(kOpenings),
-                     [&](const Opening& opening) { return BeginsWith(opening.bytes, text); });
+bool MayBeginCommand(std::string_view text) {
+  return std::any_of(std::begin(kPrefixes), std::end(kPrefixes),
+                     [&](const Prefix& prefix) { return BeginsWith(prefix.bytes, text); });
 }
 
-// How much of the end of the stream may be an opening, when all but its last byte matched this much before. No opening
-// holds the first byte of one again, so a mismatch can only begin a new match, never continue a shorter one.
+// Returns how many bytes at the end of the stream may begin a command, given that `matched` bytes before the last one
+// did. No prefix contains the first byte of a prefix again, so a mismatch can only start a new match, never continue a
+// shorter one.
 std::size_t MatchedAfter(std::size_t matched, std::string_view stream) {
   for (const std::size_t length : {matched + 1, std::size_t{1}}) {
-    if (MayBecomeACommand(stream.substr(stream.size() - length))) {
+    if (MayBeginCommand(stream.substr(stream.size() - length))) {
       return length;
     }
   }
   return 0;
 }
 
-const Opening* FindOpening(std::string_view bytes) {
-  const auto* const found = std::find_if(std::begin(kOpenings), std::end(kOpenings),
-                                         [&](const Opening& opening) { return opening.bytes == bytes; });
-  return found != std::end(kOpenings) ? found : nullptr;
+const Prefix* FindPrefix(std::string_view bytes) {
+  const auto* const found = std::find_if(std::begin(kPrefixes), std::end(kPrefixes),
+                                         [&](const Prefix& prefix) { return prefix.bytes == bytes; });
+  return found != std::end(kPrefixes) ? found : nullptr;
 }
 
 Command SplitLine(std::string_view line) {
@@ -107,30 +84,34 @@ Command SplitLine(std::string_view line) {
   return command;
 }
 
-// The actions among the V1 commands switch to downloads, and restart the printer. None of them has a tail, so nothing
-// is held back behind them.
-bool MayChangeTheStream(const Command& command) {
+// Actions of V1 commands start downloads and restart the printer. They have no record, so nothing is held back behind
+// them.
+bool MayChangeStream(const Command& command) {
   return command.kind == Command::Kind::kFileMode || command.kind == Command::Kind::kLoaderMode ||
          (command.kind == Command::Kind::kV1 && command.verb == "do");
 }
 
 }  // namespace
 
+std::string LineText(const Command& command) {
+  return Printable(command.arguments.empty() ? command.verb : command.verb + ' ' + command.arguments);
+}
+
 std::size_t CommandParser::Feed(const std::uint8_t* data, std::size_t size, std::vector<Frame>& frames) {
-  std::size_t taken = 0;
+  std::size_t consumed = 0;
   stopped_ = false;
-  while (taken < size && !stopped_) {
-    TakeByte(data[taken++]);
+  while (consumed < size && !stopped_) {
+    ConsumeByte(data[consumed++]);
   }
   if (state_ == State::kPrintData) {
     Emit(Frame::Kind::kPrintData, pending_.size() - matched_);
   }
   frames = std::exchange(frames_, {});
-  return taken;
+  return consumed;
 }
 
 std::vector<Frame> CommandParser::Finish() {
-  if (state_ == State::kGsHTail) {
+  if (state_ == State::kGsHTrailer) {
     EndCommand();
   }
   Emit(state_ == State::kPrintData ? Frame::Kind::kPrintData : Frame::Kind::kUnfinishedCommand, pending_.size());
@@ -139,36 +120,36 @@ std::vector<Frame> CommandParser::Finish() {
   return std::exchange(frames_, {});
 }
 
-void CommandParser::TakeByte(std::uint8_t byte) {
+void CommandParser::ConsumeByte(std::uint8_t byte) {
   switch (state_) {
     case State::kPrintData:
     case State::kLine:
-      TakeTextByte(byte);
+      ConsumeTextByte(byte);
       break;
     case State::kRecord:
-      TakeRecordByte(byte);
+      ConsumeRecordByte(byte);
       break;
     case State::kGsH:
-      TakeGsHByte(byte);
+      ConsumeGsHByte(byte);
       break;
-    case State::kGsHTail:
-      TakeGsHTail(byte);
+    case State::kGsHTrailer:
+      ConsumeGsHTrailer(byte);
       break;
   }
 }
 
-void CommandParser::TakeTextByte(std::uint8_t byte) {
+void CommandParser::ConsumeTextByte(std::uint8_t byte) {
   pending_.push_back(byte);
   matched_ = MatchedAfter(matched_, AsText(pending_));
-  if (const Opening* opening = FindOpening(AsText(pending_).substr(pending_.size() - matched_))) {
-    BeginCommand(opening->kind);
+  if (const Prefix* prefix = FindPrefix(AsText(pending_).substr(pending_.size() - matched_))) {
+    BeginCommand(prefix->kind);
   } else if (state_ == State::kLine) {
     ContinueLine();
   }
 }
 
 void CommandParser::BeginCommand(Command::Kind kind) {
-  // A command inside a line means that the host gave the line up: its new command must not be lost with the old one.
+  // A command inside a line means that the host has abandoned the line. The new command must not be lost with it.
   Emit(state_ == State::kLine ? Frame::Kind::kUnfinishedCommand : Frame::Kind::kPrintData, pending_.size() - matched_);
   matched_ = 0;
   command_ = {};
@@ -192,7 +173,7 @@ void CommandParser::BeginCommand(Command::Kind kind) {
 }
 
 void CommandParser::ContinueLine() {
-  if (EndsWith(LineText(), kLineEnd) || HasTail(LineText(), Tail::kNothing)) {
+  if (EndsWith(Line(), kLineEnd) || Line() == kVerbWithoutLineEnd) {
     EndLine();
   } else if (pending_.size() == kMaxLineLength) {
     Emit(Frame::Kind::kOverlongCommand, pending_.size() - matched_);
@@ -201,24 +182,24 @@ void CommandParser::ContinueLine() {
 }
 
 void CommandParser::EndLine() {
-  std::string_view line = LineText();
+  std::string_view line = Line();
   if (EndsWith(line, kLineEnd)) {
     line.remove_suffix(kLineEnd.size());
   }
   command_ = SplitLine(line);
   record_start_ = pending_.size();
-  if (HasTail(line, Tail::kRecord) || HasTail(line, Tail::kRecordHeader)) {
+  if (line == kVerbWithRecord || line == kVerbWithRecordHeader) {
     state_ = State::kRecord;
   } else {
     EndCommand();
   }
 }
 
-void CommandParser::TakeRecordByte(std::uint8_t byte) {
+void CommandParser::ConsumeRecordByte(std::uint8_t byte) {
   if (pending_.size() == record_start_ && byte != kRecordCount) {
-    // No record here. The byte may well begin the host's next command.
+    // There is no record. The byte may begin the next command.
     EndCommand();
-    TakeByte(byte);
+    ConsumeByte(byte);
     return;
   }
   pending_.push_back(byte);
@@ -232,25 +213,25 @@ bool CommandParser::RecordIsComplete() const {
   if (received < kRecordHeaderLength) {
     return false;
   }
-  const bool has_value = HasTail(command_.verb, Tail::kRecord);
+  const bool has_value = command_.verb == kVerbWithRecord;
   const std::size_t value_length = has_value ? pending_[record_start_ + kRecordHeaderLength - 1] : 0;
   return received == kRecordHeaderLength + value_length;
 }
 
-void CommandParser::TakeGsHByte(std::uint8_t byte) {
+void CommandParser::ConsumeGsHByte(std::uint8_t byte) {
   pending_.push_back(byte);
   if (pending_.size() < kGsHHeaderLength) {
     return;
   }
-  const std::uint8_t low = pending_[kGsHHeaderLength - 2];
-  const std::uint8_t high = pending_[kGsHHeaderLength - 1];
-  const std::size_t length = low + 256U * high;
+  const std::size_t length = ReadNumber(&pending_[kGsHHeaderLength - 2], 2);
   if (length > kMaxGsHBody) {
-    // No command at all, then; and what stood for the length may begin one.
+    // Not a command, but the two bytes of the length may begin one.
+    const std::uint8_t low = pending_[kGsHHeaderLength - 2];
+    const std::uint8_t high = pending_[kGsHHeaderLength - 1];
     pending_.resize(kGsHHeaderLength - 2);
     state_ = State::kPrintData;
-    TakeByte(low);
-    TakeByte(high);
+    ConsumeByte(low);
+    ConsumeByte(high);
     return;
   }
   record_start_ = kGsHHeaderLength;
@@ -258,33 +239,32 @@ void CommandParser::TakeGsHByte(std::uint8_t byte) {
     return;
   }
   if (AsText(pending_).substr(kGsHHeaderLength) == kResetBody) {
-    state_ = State::kGsHTail;
+    state_ = State::kGsHTrailer;
   } else {
     EndCommand();
   }
 }
 
-// Whether the byte belongs to the command can only be told when it is there, be it much later. The printer loses
-// nothing by waiting: without this byte the command is not answered.
-void CommandParser::TakeGsHTail(std::uint8_t byte) {
+// The printer can wait for this byte as long as it takes: without it, the command is not answered.
+void CommandParser::ConsumeGsHTrailer(std::uint8_t byte) {
   if (byte == kAnswerWanted) {
     pending_.push_back(byte);
     EndCommand();
   } else {
     EndCommand();
-    TakeByte(byte);
+    ConsumeByte(byte);
   }
 }
 
 void CommandParser::EndCommand() {
   command_.record.assign(pending_.begin() + static_cast<std::ptrdiff_t>(record_start_), pending_.end());
-  stopped_ = MayChangeTheStream(command_);
+  stopped_ = MayChangeStream(command_);
   Emit(Frame::Kind::kCommand, pending_.size(), std::move(command_));
   command_ = {};
   state_ = State::kPrintData;
 }
 
-std::string_view CommandParser::LineText() const { return AsText(pending_).substr(kV1Opening.size()); }
+std::string_view CommandParser::Line() const { return AsText(pending_).substr(kV1Prefix.size()); }
 
 void CommandParser::Emit(Frame::Kind kind, std::size_t size, Command command) {
   if (size == 0) {

@@ -11,88 +11,95 @@
 
 namespace virtual_printer {
 
-// What commands begin with, where others than the parser must tell them from the bytes of a download.
-inline constexpr std::string_view kV1Opening = "\x1B\x1C& V1 ";
+// Command prefixes that download receivers, too, must recognize.
+inline constexpr std::string_view kV1Prefix = "\x1B\x1C& V1 ";
 inline constexpr std::string_view kFileModeSwitch = "\x12\x46";
 inline constexpr std::string_view kLoaderModeSwitch = "\x1D\x75\x55\xAA";
 
-// A command taken apart. A V1 command is a line of text: `do "save_param_zone"` has the verb do and the arguments
+// A parsed command. A V1 command is a line of text: `do "save_param_zone"` has the verb do and the arguments
 // "save_param_zone", quotes included.
 struct Command {
   enum class Kind {
     kV1,
-    kGsH,                 // GS ( H: two bytes of length, and a body.
-    kClearTasks,          // A fixed byte string, of hosts that send V1 commands.
-    kClearTasksRealTime,  // Another one, of hosts that send GS ( H.
+    kGsH,                 // GS ( H: a length of two bytes, and a body.
+    kClearTasks,          // As sent by hosts of the V1 family...
+    kClearTasksRealTime,  // ...and of the GS ( H family.
     kFileMode,            // Packages of a file follow.
-    kLoaderMode,          // The host wants to speak to the loader.
-    kNetworkDetails,      // A host that found the printer on the network asks for more.
+    kLoaderMode,          // Start the YModem loader.
+    kNetworkDetails,      // Sent by a host that found the printer on the network.
   };
 
   Kind kind = Kind::kV1;
   std::string verb;
   std::string arguments;
-  Bytes record;  // The binary record of setkey and getkey, empty when none followed the line; the body of a GS ( H.
+  Bytes record;  // The record of setkey or getkey, empty if the line has none; or the body of GS ( H.
+
+  bool IsV1(std::string_view expected_verb, std::string_view expected_arguments) const {
+    return kind == Kind::kV1 && verb == expected_verb && arguments == expected_arguments;
+  }
 };
 
-// One stretch of what a host sent. The bytes of all frames, one after the other, are exactly what was received.
+// The line of a V1 command, in printable characters.
+std::string LineText(const Command& command);
+
+// A section of the stream. The bytes of all frames together are exactly the bytes received.
 struct Frame {
   enum class Kind {
     kPrintData,
     kCommand,
-    kUnfinishedCommand,  // Another command began, or the connection ended, before this one was complete.
-    kOverlongCommand,    // No line end within the longest line that the printer has room for.
+    kUnfinishedCommand,  // Another command began, or the connection ended, before the command was complete.
+    kOverlongCommand,    // No line end within the maximum line length.
   };
 
   Kind kind = Kind::kPrintData;
   Bytes bytes;
-  Command command;  // Filled for kCommand only.
+  Command command;  // For kCommand only.
 };
 
-// Finds the commands in the stream of one connection, which may arrive in pieces of any size. Whatever is not a command
-// is print data, as on a real printer; so noise never stops it from seeing the next command.
+// Finds the commands in the byte stream of one connection, which may arrive in pieces of any size. Anything that is not
+// a command is print data, as on a real printer, so noise never hides the next command.
 class CommandParser {
  public:
-  // Longest command line, prefix and line end included. Lines in use stay far below.
+  // Maximum length of a command line, including prefix and line end. Lines in use are far shorter.
   static constexpr std::size_t kMaxLineLength = 256;
-  // Count, key low, key high, value length; then the value of a setkey, whose length is a single byte.
+  // Count, key low, key high, value length. In a setkey the value follows.
   static constexpr std::size_t kRecordHeaderLength = 4;
   static constexpr std::size_t kMaxPending = kMaxLineLength + kRecordHeaderLength + 255;
 
-  // Adds the frames that are complete by these bytes, and gives how many bytes it took: all of them, unless a command
-  // ended that may change how the stream goes on. Print data is reported at the end of each call; only bytes that may
-  // be the beginning of a command are held back.
+  // Replaces `frames` by the frames that these bytes complete. Returns how many bytes were consumed: all of them, or
+  // those up to a command that may change the meaning of what follows. Print data is never held back, except for bytes
+  // that may be the start of a command.
   std::size_t Feed(const std::uint8_t* data, std::size_t size, std::vector<Frame>& frames);
 
-  // The stream has ended: reports what was held back.
+  // Ends the stream: returns the bytes held back.
   std::vector<Frame> Finish();
 
-  // Bytes held back until the rest of their command arrives, at most kMaxPending.
+  // Number of bytes held back until their command is complete, at most kMaxPending.
   std::size_t PendingBytes() const { return pending_.size(); }
 
  private:
-  enum class State { kPrintData, kLine, kRecord, kGsH, kGsHTail };
+  enum class State { kPrintData, kLine, kRecord, kGsH, kGsHTrailer };
 
-  void TakeByte(std::uint8_t byte);
-  void TakeTextByte(std::uint8_t byte);
-  void TakeRecordByte(std::uint8_t byte);
-  void TakeGsHByte(std::uint8_t byte);
-  void TakeGsHTail(std::uint8_t byte);
+  void ConsumeByte(std::uint8_t byte);
+  void ConsumeTextByte(std::uint8_t byte);
+  void ConsumeRecordByte(std::uint8_t byte);
+  void ConsumeGsHByte(std::uint8_t byte);
+  void ConsumeGsHTrailer(std::uint8_t byte);
   void BeginCommand(Command::Kind kind);
   void ContinueLine();
   void EndLine();
   void EndCommand();
   bool RecordIsComplete() const;
-  std::string_view LineText() const;
+  std::string_view Line() const;
   void Emit(Frame::Kind kind, std::size_t size, Command command = {});
 
   State state_ = State::kPrintData;
   Bytes pending_;
-  std::size_t matched_ = 0;       // How many bytes at the end of pending_ may be the opening of a command.
+  std::size_t matched_ = 0;       // Number of bytes at the end of pending_ that may be the start of a command.
   Command command_;               // The command whose record or body is being received...
-  std::size_t record_start_ = 0;  // ...and where in pending_ that part begins.
+  std::size_t record_start_ = 0;  // ...and the offset of that part in pending_.
   std::vector<Frame> frames_;
-  bool stopped_ = false;  // Behind a command that may change how the stream goes on.
+  bool stopped_ = false;  // After a command that may change the meaning of what follows.
 };
 
 }  // namespace virtual_printer

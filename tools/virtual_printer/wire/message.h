@@ -8,20 +8,20 @@
 
 namespace virtual_printer {
 
-// Bytes for a host, with the words for them: `report 256: task 0007 started`.
+// Bytes and their meaning, for instance `report 256: task 0007 started`.
 struct Message {
   Bytes bytes;
   std::string text;
-  std::chrono::milliseconds pause{0};  // Before it leaves.
+  std::chrono::milliseconds pause{0};  // Before it is sent.
 };
 
-// What came of something received: how it reads, and the answer, if there is one.
-struct Reaction {
-  std::string received;
+// How a command reads in the trace, and the answer to it. The answer has no bytes if there is none.
+struct CommandResult {
+  std::string description;
   Message answer = {};
 };
 
-// Something that crossed the wire of one connection, or a note on what happened to it.
+// Something sent or received on one connection, or a note about the connection.
 struct WireEvent {
   enum class Direction { kReceived, kSent, kNote };
 

@@ -3,31 +3,42 @@
 
 #include <chrono>
 #include <ostream>
+#include <string>
 #include <string_view>
 
 #include "virtual_printer/wire/message.h"
 
 namespace virtual_printer {
 
-// Writes what crosses the wire, each entry at once, so that a reader follows along and nothing is lost when the printer
-// is ended. Times count from the making of the trace.
+// In place of a connection number: datagrams belong to no connection.
+constexpr int kDatagrams = 0;
+
+// One entry of the trace: time in seconds, connection, direction, and the bytes in rows of sixteen with the text beside
+// the first row. Ends with a line end.
+//
+//     0.002 #1 -> 1B 1C 26 20 56 31 20 67 65 74 6B 65 79 0D 0A 01  getkey key 0x00CC
+//                 CC 00 02
+std::string FormatTraceEntry(std::chrono::milliseconds time, const WireEvent& event);
+
+// Writes what is sent and received. Each entry is flushed, so that a reader can follow and nothing is lost when the
+// printer is killed. Times count from the construction of the trace.
 class Trace {
  public:
-  // A null stream makes a trace that writes nothing; any other must outlive the trace.
+  // With a null stream nothing is written. The stream must outlive the trace.
   explicit Trace(std::ostream* out) : out_(out), start_(std::chrono::steady_clock::now()) {}
 
-  void Event(const WireEvent& event);
-  void Note(int connection, std::string_view text);
+  void Write(const WireEvent& event);
 
-  // The number of the next connection, whichever printer it comes to.
+  // Writes an entry without bytes: `    0.000 #1 connected from 127.0.0.1:50412`.
+  void Note(int connection, std::string text);
+
+  // Returns the number of the next connection. Connections are numbered across all printers.
   int NumberConnection() { return ++connections_; }
 
  private:
-  std::chrono::milliseconds Now() const;
-
   std::ostream* out_;
   std::chrono::steady_clock::time_point start_;
-  int connections_ = 0;  // So far.
+  int connections_ = 0;
 };
 
 }  // namespace virtual_printer

@@ -1,11 +1,13 @@
-#include "virtual_printer/transport/pipe_server.h"
-
+#include <asio.hpp>
+// asio includes winsock2.h, which must precede windows.h.
 #include <windows.h>
 
+#include <memory>
+#include <string>
 #include <system_error>
 #include <utility>
 
-#include "virtual_printer/transport/line_server.h"
+#include "virtual_printer/transport/server.h"
 
 namespace virtual_printer {
 namespace {
@@ -15,17 +17,37 @@ constexpr DWORD kBufferSize = 65536;
 
 std::error_code SystemError(DWORD error) { return {static_cast<int>(error), asio::error::get_system_category()}; }
 
-}  // namespace
+// A named pipe, which hosts read and write like the device file of a USB printer. A second host can open the pipe and
+// is served when the first one has gone, so a host that closes and reopens the pipe at once always finds it.
+class PipeServer : public Server {
+ public:
+  PipeServer(asio::io_context& context, const std::string& name, HostListener& listener);
 
-std::unique_ptr<Server> MakeLineServer(asio::io_context& context, const std::string& name, HostListener& listener) {
-  return std::make_unique<PipeServer>(context, name, listener);
-}
+  void Open(PrinterMode mode) override;
+  void Close() override;
+  std::string Place(PrinterMode /*mode*/) const override { return path_; }
+
+ private:
+  using Pipe = asio::windows::stream_handle;
+
+  std::shared_ptr<Pipe> MakePipe(DWORD more_flags);
+  void Await(std::shared_ptr<Pipe> pipe);
+  void OnConnected(const std::shared_ptr<Pipe>& pipe, const std::error_code& error);
+  void ServeNext();
+
+  asio::io_context& context_;
+  const std::string path_;
+  HostListener& listener_;
+  std::shared_ptr<Pipe> next_;  // For the next host, which may be connected already. Null while the server is closed.
+  bool next_has_host_ = false;
+  bool serving_ = false;
+};
 
 PipeServer::PipeServer(asio::io_context& context, const std::string& name, HostListener& listener)
     : context_(context), path_(kPipeFolder + name), listener_(listener) {}
 
 void PipeServer::Open(PrinterMode /*mode*/) {
-  // Without this flag, two printers would share the pipe's hosts.
+  // Without this flag, two printers could share the pipe, each getting some of the hosts.
   Await(MakePipe(FILE_FLAG_FIRST_PIPE_INSTANCE));
 }
 
@@ -44,7 +66,7 @@ std::shared_ptr<PipeServer::Pipe> PipeServer::MakePipe(DWORD more_flags) {
                        PIPE_UNLIMITED_INSTANCES, kBufferSize, kBufferSize, /*nDefaultTimeOut=*/0, nullptr);
   if (handle == INVALID_HANDLE_VALUE) {
     const DWORD error = GetLastError();
-    // What a second printer of the same name is told.
+    // This is the error for a second printer of the same name.
     throw std::system_error(error == ERROR_ACCESS_DENIED ? make_error_code(asio::error::address_in_use)
                                                          : SystemError(error));
   }
@@ -61,7 +83,7 @@ void PipeServer::Await(std::shared_ptr<Pipe> pipe) {
   if (error == ERROR_SUCCESS || error == ERROR_IO_PENDING) {
     connecting.release();
   } else {
-    // A host may have come between the making of the pipe and the call.
+    // A host may have connected before the call.
     connecting.complete(error == ERROR_PIPE_CONNECTED ? std::error_code() : SystemError(error), 0);
   }
 }
@@ -71,7 +93,7 @@ void PipeServer::OnConnected(const std::shared_ptr<Pipe>& pipe, const std::error
     return;  // The server has been closed.
   }
   if (error) {
-    // The host left at once. Its end of the pipe must be replaced, too.
+    // The host left at once. Its pipe instance must be replaced.
     Await(MakePipe(0));
     return;
   }
@@ -91,6 +113,12 @@ void PipeServer::ServeNext() {
       ServeNext();
     }
   });
+}
+
+}  // namespace
+
+std::unique_ptr<Server> MakeLineServer(asio::io_context& context, const std::string& name, HostListener& listener) {
+  return std::make_unique<PipeServer>(context, name, listener);
 }
 
 }  // namespace virtual_printer

@@ -1,17 +1,13 @@
-#include "virtual_printer/model/scan_answer.h"
-
-#include <string>
-
-#include "virtual_printer/wire/hex_text.h"
+#include "virtual_printer/model/network_identity.h"
 
 namespace virtual_printer {
 namespace {
 
-constexpr std::string_view kReceiptPrintersWanted = "getval \"printer_message\"";
-constexpr std::string_view kLabelPrintersWanted = "\x1B\x1C& V1 getval \"printer_message\"\r\n";
+constexpr std::string_view kReceiptPrinterQuestion = "getval \"printer_message\"";
+constexpr std::string_view kLabelPrinterQuestion = "\x1B\x1C& V1 getval \"printer_message\"\r\n";
 
-// Mask and gateway stand empty here: they are told on a connection only.
-constexpr const char* kToldOnAConnection = "0.0.0.0";
+// Mask and gateway, which the printer tells on a connection only.
+constexpr const char* kToldOnConnection = "0.0.0.0";
 
 std::string DottedText(const Ipv4Address& address) {
   std::string text;
@@ -21,7 +17,7 @@ std::string DottedText(const Ipv4Address& address) {
   return text;
 }
 
-// A printer has numbers that no other one has; so has its address.
+// Serial number and MAC address are derived from the IP address, which makes them unique.
 std::string HexOf(const Ipv4Address& address, const std::string& separator) {
   std::string text;
   for (const auto number : address) {
@@ -30,7 +26,7 @@ std::string HexOf(const Ipv4Address& address, const std::string& separator) {
   return text;
 }
 
-void AppendLowByteFirst(const Ipv4Address& address, Bytes& bytes) {
+void AppendReversed(const Ipv4Address& address, Bytes& bytes) {
   bytes.insert(bytes.end(), address.rbegin(), address.rend());
 }
 
@@ -38,8 +34,9 @@ void AppendLowByteFirst(const Ipv4Address& address, Bytes& bytes) {
 
 std::uint16_t ScanPort(ScanKind kind) { return kind == ScanKind::kReceiptPrinters ? 3289 : 6000; }
 
-bool AsksForPrinters(ScanKind kind, std::string_view datagram) {
-  const std::string_view question = kind == ScanKind::kReceiptPrinters ? kReceiptPrintersWanted : kLabelPrintersWanted;
+bool IsScanQuestion(ScanKind kind, std::string_view datagram) {
+  const std::string_view question =
+      kind == ScanKind::kReceiptPrinters ? kReceiptPrinterQuestion : kLabelPrinterQuestion;
   return datagram.substr(0, question.size()) == question;
 }
 
@@ -51,12 +48,12 @@ Message ScanAnswer(const NetworkIdentity& identity) {
       "Virtual printer",                        // Model.
       "VP" + HexOf(identity.address, ""),       // Serial number.
       "1.0.0",                                  // Firmware.
-      "02:00:" + HexOf(identity.address, ":"),  // MAC address, one of those that nobody owns.
+      "02:00:" + HexOf(identity.address, ":"),  // MAC address, locally administered.
       "Ethernet",
       std::to_string(identity.port),
-      "static",  // How it came by its address.
-      kToldOnAConnection,
-      kToldOnAConnection,
+      "static",  // How the address was assigned.
+      kToldOnConnection,
+      kToldOnConnection,
       "V1",  // Command language.
       "203 dpi",
       "80 mm",
@@ -71,14 +68,14 @@ Message ScanAnswer(const NetworkIdentity& identity) {
   return answer;
 }
 
-Reaction TellNetworkDetails(const NetworkIdentity& identity) {
-  Reaction reaction{"network details wanted"};
-  AppendLowByteFirst(identity.address, reaction.answer.bytes);
-  reaction.answer.bytes.insert(reaction.answer.bytes.end(), 4, 0);  // Flags, none of them set.
-  AppendLowByteFirst(identity.mask, reaction.answer.bytes);
-  AppendLowByteFirst(identity.gateway, reaction.answer.bytes);
-  reaction.answer.text = "mask " + DottedText(identity.mask) + ", gateway " + DottedText(identity.gateway);
-  return reaction;
+CommandResult TellNetworkDetails(const NetworkIdentity& identity) {
+  CommandResult result{"network details wanted"};
+  AppendReversed(identity.address, result.answer.bytes);
+  result.answer.bytes.insert(result.answer.bytes.end(), 4, 0);  // Flags, all clear.
+  AppendReversed(identity.mask, result.answer.bytes);
+  AppendReversed(identity.gateway, result.answer.bytes);
+  result.answer.text = "mask " + DottedText(identity.mask) + ", gateway " + DottedText(identity.gateway);
+  return result;
 }
 
 }  // namespace virtual_printer

@@ -1,21 +1,21 @@
-#include "virtual_printer/transport/terminal_server.h"
-
 #include <cerrno>
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <system_error>
 #include <utility>
 
-#include "virtual_printer/transport/line_server.h"
+#include "virtual_printer/transport/linux/pseudo_terminal.h"
+#include "virtual_printer/transport/server.h"
 
 namespace virtual_printer {
 namespace {
 
-// Nobody is told when a terminal is opened. A host that has opened it waits far longer than this for an answer.
-constexpr std::chrono::milliseconds kLookPause{10};
+// The system does not notify the opening of a terminal. Hosts wait far longer than this for an answer.
+constexpr std::chrono::milliseconds kPollInterval{10};
 
-// A host may close the line and open it again before anybody looks, so being dropped must end by itself, too.
+// A dropped host may close and reopen the line between two polls, so the drop must also end by itself.
 constexpr std::chrono::milliseconds kDropTime{300};
 
 class TerminalStream : public DeviceStream<asio::posix::stream_descriptor> {
@@ -34,7 +34,7 @@ class TerminalStream : public DeviceStream<asio::posix::stream_descriptor> {
                             });
   }
 
-  // A terminal that is full stays so when its host goes, and nothing but the hang-up tells.
+  // A full terminal stays full when its host leaves. Only the hang-up shows that it has left.
   void Write(asio::const_buffer buffer, WriteHandler on_written) override {
     device_.async_wait(asio::posix::stream_descriptor::wait_write,
                        [this, buffer, on_written = std::move(on_written)](std::error_code error) mutable {
@@ -61,14 +61,38 @@ class TerminalStream : public DeviceStream<asio::posix::stream_descriptor> {
   const std::function<void()> on_host_gone_;
 };
 
-}  // namespace
+// The pseudo terminal is created when the server is first opened and stays from then on: while the server is closed,
+// hosts can open the line, but their bytes are discarded. So are the bytes of a host that was dropped, for a while or
+// until it has closed the line.
+class TerminalServer : public Server {
+ public:
+  TerminalServer(asio::io_context& context, const std::string& link, HostListener& listener);
 
-std::unique_ptr<Server> MakeLineServer(asio::io_context& context, const std::string& name, HostListener& listener) {
-  return std::make_unique<TerminalServer>(context, name, listener);
-}
+  void Open(PrinterMode mode) override;
+  void Close() override { open_ = false; }
+  std::string Place(PrinterMode /*mode*/) const override { return link_; }
+
+ private:
+  using Clock = asio::steady_timer::clock_type;
+
+  void PollSoon();
+  void Poll();
+  void Serve();
+  void OnClosed();
+
+  asio::io_context& context_;
+  const std::string link_;
+  std::optional<PseudoTerminal> terminal_;
+  asio::steady_timer next_poll_;
+  HostListener& listener_;
+  bool open_ = false;
+  bool serving_ = false;
+  bool host_has_gone_ = false;  // The host that was served last.
+  Clock::time_point ignored_until_;
+};
 
 TerminalServer::TerminalServer(asio::io_context& context, const std::string& link, HostListener& listener)
-    : context_(context), link_(link), next_look_(context), listener_(listener) {}
+    : context_(context), link_(link), next_poll_(context), listener_(listener) {}
 
 void TerminalServer::Open(PrinterMode /*mode*/) {
   if (!terminal_) {
@@ -76,32 +100,32 @@ void TerminalServer::Open(PrinterMode /*mode*/) {
   }
   terminal_->DiscardReceived();
   open_ = true;
-  deaf_until_ = {};
+  ignored_until_ = {};
   if (!serving_) {
-    LookSoon();
+    PollSoon();
   }
 }
 
-void TerminalServer::LookSoon() {
-  next_look_.expires_after(kLookPause);
-  next_look_.async_wait([this](const std::error_code& cancelled) {
+void TerminalServer::PollSoon() {
+  next_poll_.expires_after(kPollInterval);
+  next_poll_.async_wait([this](const std::error_code& cancelled) {
     if (!cancelled) {
-      Look();
+      Poll();
     }
   });
 }
 
-void TerminalServer::Look() {
-  if (!open_ || Clock::now() < deaf_until_) {
+void TerminalServer::Poll() {
+  if (!open_ || Clock::now() < ignored_until_) {
     terminal_->DiscardReceived();
     if (!terminal_->HasHost()) {
-      deaf_until_ = {};  // Whoever comes next has not been dropped.
+      ignored_until_ = {};  // The next host has not been dropped.
     }
   } else if (terminal_->HasHost()) {
     Serve();
     return;
   }
-  LookSoon();
+  PollSoon();
 }
 
 void TerminalServer::Serve() {
@@ -117,9 +141,15 @@ void TerminalServer::OnClosed() {
   if (host_has_gone_) {
     terminal_->DiscardSent();
   } else {
-    deaf_until_ = Clock::now() + kDropTime;
+    ignored_until_ = Clock::now() + kDropTime;
   }
-  LookSoon();
+  PollSoon();
+}
+
+}  // namespace
+
+std::unique_ptr<Server> MakeLineServer(asio::io_context& context, const std::string& name, HostListener& listener) {
+  return std::make_unique<TerminalServer>(context, name, listener);
 }
 
 }  // namespace virtual_printer

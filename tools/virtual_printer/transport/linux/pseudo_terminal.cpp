@@ -1,4 +1,4 @@
-#include "virtual_printer/transport/pseudo_terminal.h"
+#include "virtual_printer/transport/linux/pseudo_terminal.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -33,7 +33,7 @@ void MakeRaw(int terminal) {
   Checked(tcsetattr(terminal, TCSANOW, &settings));
 }
 
-// The descriptor of a terminal that is made step by step.
+// Closes its descriptor unless it is released.
 class ScopedDescriptor {
  public:
   explicit ScopedDescriptor(int descriptor) : descriptor_(Checked(descriptor)) {}
@@ -52,7 +52,7 @@ class ScopedDescriptor {
   int descriptor_;
 };
 
-// To be called before the terminal is made, which may get the name of the one that is gone.
+// To be called before the terminal is opened, which may get the name of the one that the link points to.
 void RemoveDeadLink(const std::string& link) {
   namespace fs = std::filesystem;
   std::error_code ignored;
@@ -79,7 +79,7 @@ PseudoTerminal::PseudoTerminal(std::string link) : link_(std::move(link)) {
   Checked(grantpt(printer_end.get()));
   Checked(unlockpt(printer_end.get()));
   host_end_ = ptsname(printer_end.get());
-  // Only a terminal that was open once tells that it is not open now.
+  // A terminal reports a hang-up only once it has been open.
   MakeRaw(ScopedDescriptor(OpenHostEnd()).get());
   MakeLink(host_end_, link_);
   printer_end_ = printer_end.Release();

@@ -1,22 +1,12 @@
 #include "virtual_printer/discovery/network_interface.h"
 
-#ifndef _WIN32
 #include <ifaddrs.h>
 #include <netinet/in.h>
 
 #include <cstring>
 #include <memory>
-#endif
 
 namespace virtual_printer {
-
-#ifdef _WIN32
-
-// A socket with an address gets the broadcasts of its network there, so that the network need not be known.
-std::optional<NetworkInterface> FindInterface(const asio::ip::address_v4&) { return std::nullopt; }
-
-#else
-
 namespace {
 
 bool IsIpv4(const sockaddr* address) { return address != nullptr && address->sa_family == AF_INET; }
@@ -47,7 +37,5 @@ std::optional<NetworkInterface> FindInterface(const asio::ip::address_v4& addres
   }
   return std::nullopt;
 }
-
-#endif
 
 }  // namespace virtual_printer

@@ -1,11 +1,11 @@
-#include "virtual_printer/wire/faults.h"
+#include "virtual_printer/wire/connection_faults.h"
 
 #include <algorithm>
 #include <cstdint>
 
 namespace virtual_printer {
 
-std::vector<AnswerPiece> PlanAnswer(const Faults& faults, const Bytes& answer) {
+std::vector<AnswerPiece> PlanAnswer(const ConnectionFaults& faults, const Bytes& answer) {
   if (faults.silent || answer.empty()) {
     return {};
   }
@@ -22,9 +22,9 @@ std::vector<AnswerPiece> PlanAnswer(const Faults& faults, const Bytes& answer) {
 }
 
 Bytes Garbage(std::size_t size) {
-  // A host takes these for the beginning of a frame, and what follows for the rest of it: that would be another fault.
+  // A host would take either byte for the start of a frame, and real answers behind it for the rest of that frame.
   const auto begins_a_frame = [](std::uint8_t byte) { return byte == 0x1B || byte == 0x37; };
-  constexpr std::uint32_t kScatter = 0x9E3779B1;  // Multiples of it look random.
+  constexpr std::uint32_t kScatter = 0x9E3779B1;  // Its multiples look random.
   Bytes garbage;
   for (std::uint32_t i = 1; garbage.size() < size; ++i) {
     const auto byte = static_cast<std::uint8_t>((i * kScatter) >> 24);
