@@ -38,6 +38,18 @@ HOSTS = {
     },
 }
 
+# What each room of the virtual printer may include beside itself. The pure ones know no sockets.
+PRINTER = "tools/virtual_printer/"
+PRINTER_ROOMS = {
+    "app": {"discovery", "transport", "model", "downloads", "wire"},
+    "discovery": {"transport", "model", "wire"},
+    "transport": {"downloads", "wire"},
+    "model": {"downloads", "wire"},
+    "downloads": {"wire"},
+    "wire": set(),
+}
+PURE_PRINTER_ROOMS = {"model", "downloads", "wire"}
+
 SYSTEM_HEADER = re.compile(
     r"windows|winsock2|ws2|win|iphlp|mswsock|mstcpip|setupapi|devpkey|devguid|initguid|cfgmgr|dbt|usb|io\.h|direct\.h|"
     r"fcntl|process\.h|unistd|pthread|sys/|netinet|arpa|net/|poll|termios|pty|dlfcn|signal\.h"
@@ -50,7 +62,8 @@ SYSTEM_ROOMS = [
     r"src/port/(bluetooth_port|device_interfaces|file_port|overlapped_transfer|parallel_port|serial_port|socket_port"
     r"|tcp_port|usb_enumeration|usb_port|windows_drivers)\.",
     r"src/discovery/(network_scan|usb_hotplug|usb_monitor_window)\.",
-    r"tools/",
+    r"tools/(vexoctl|simulators)/",
+    r"tools/virtual_printer/\w+/(windows|linux)/",
     r"examples/download\.c",  # Ctrl-C, by the C library.
 ]
 
@@ -62,8 +75,21 @@ def includes(path):
             yield number, match.group(1) == '"', match.group(2)
 
 
+def printer_fault(name, own, header):
+    """The same for a file of the virtual printer."""
+    room = name[len(PRINTER):].split("/")[0]
+    if not own:
+        return "not for pure rooms" if header.startswith("asio") and room in PURE_PRINTER_ROOMS else None
+    parts = header.split("/")
+    if parts[0] != "virtual_printer" or len(parts) < 3:
+        return None
+    return None if parts[1] == room or parts[1] in PRINTER_ROOMS.get(room, set()) else "against the direction"
+
+
 def fault(name, own, header):
     """Why the file may not include the header; None if it may."""
+    if name.startswith(PRINTER) and (reason := printer_fault(name, own, header)):
+        return reason
     if not own:
         is_system = SYSTEM_HEADER.match(header)
         if is_system and not any(re.match(room, name) for room in SYSTEM_ROOMS):
