@@ -16,7 +16,7 @@ constexpr std::uint8_t kLargeBlock = 0x02;
 constexpr std::uint8_t kEndOfFile = 0x04;
 constexpr std::uint8_t kAcknowledged = 0x06;
 constexpr std::uint8_t kRefused = 0x15;
-constexpr std::uint8_t kEndOfSession = '3';
+constexpr std::uint8_t kEndOfTransfer = '3';
 
 // Kind, number and its complement; then the data, and a CRC.
 constexpr std::size_t kBlockHeader = 3;
@@ -41,8 +41,8 @@ std::uint16_t Crc(const std::uint8_t* data, std::size_t size) {
 
 // Returns the number of bytes before the next one that may begin something valid.
 std::size_t NoiseLength(const std::uint8_t* data, std::size_t size) {
-  constexpr std::uint8_t kStarts[] = {kStartRequest, kSmallBlock,   kLargeBlock,
-                                      kEndOfFile,    kEndOfSession, static_cast<std::uint8_t>(kV1Prefix.front())};
+  constexpr std::uint8_t kStarts[] = {kStartRequest, kSmallBlock,    kLargeBlock,
+                                      kEndOfFile,    kEndOfTransfer, static_cast<std::uint8_t>(kV1Prefix.front())};
   const auto* const end = std::find_first_of(data + 1, data + size, std::begin(kStarts), std::end(kStarts));
   return static_cast<std::size_t>(end - data);
 }
@@ -107,7 +107,7 @@ ReceiveResult YmodemReceiver::Receive(const std::uint8_t* data, std::size_t size
       return ReceiveByte(data[0], "end of the file",
                          state_ == State::kClosing || (state_ == State::kData && received_.size() == announced_),
                          DownloadStep::Name::kEnd, State::kClosing);
-    case kEndOfSession:
+    case kEndOfTransfer:
       if (state_ == State::kClosed) {
         return {ReceiveResult::Outcome::kConsumed, 1, {{{data[0]}, "end of the session"}}};
       }
