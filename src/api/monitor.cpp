@@ -127,7 +127,7 @@ int32_t GetStatusReport(CVEXOPrinterReadHelper* monitor, uint16_t* status, uint3
 // Compatibility: neither VEXO_ERROR_MONITOR_NOT_OPEN nor a failed send is stored; hosts learn of both from the return
 // value alone.
 int32_t SetPrintTaskId(CVEXOPrinterReadHelper* monitor, int32_t taskId) {
-  if (monitor == nullptr || taskId < vexo::kLowestTask || taskId > vexo::kHighestTask) {
+  if (monitor == nullptr || taskId < VEXO_TASK_LOWEST || taskId > VEXO_TASK_HIGHEST) {
     return BadArgument();
   }
   if (!monitor->work_open()) {
@@ -154,14 +154,13 @@ int32_t GetDeviceStatus(CVEXOPrinterReadHelper* monitor, uint32_t* status) {
 int32_t SetPaperFeed(CVEXOPrinterReadHelper* monitor) { return Run(monitor, &CVEXOPrinterReadHelper::FeedPaper); }
 
 int32_t ResetPrinterInteriorId(CVEXOPrinterReadHelper* monitor, uint32_t mode) {
-  constexpr uint32_t kAwaitAnswer = 1;
-  if (mode > kAwaitAnswer) {
+  if (mode > VEXO_RESET_AWAIT_ANSWER) {
     return BadArgument();
   }
   if (monitor != nullptr && !monitor->work_open()) {
     return VEXO_ERROR_MONITOR_NOT_OPEN;
   }
-  return Run(monitor, &CVEXOPrinterReadHelper::ResetTaskNumbers, mode == kAwaitAnswer);
+  return Run(monitor, &CVEXOPrinterReadHelper::ResetTaskNumbers, mode == VEXO_RESET_AWAIT_ANSWER);
 }
 
 // Compatibility: works on the printer handle alone, stores nothing, and reports a null handle as VEXO_ERROR_HANDLE

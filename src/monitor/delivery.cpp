@@ -20,9 +20,6 @@ constexpr uint32_t kJobEndReplySize = 1024;
 // at this depth wait until the outermost callback has returned.
 constexpr int kDeepestDelivery = 8;
 
-constexpr int32_t kEventJobStarted = 1;
-constexpr int32_t kEventJobEnded = 2;
-
 bool IsJobStart(const vexo::ReportRecord& record) {
   return record.type == vexo::kReportJobStarted || record.type == vexo::kReplyJobStarted;
 }
@@ -111,7 +108,7 @@ void CVEXOPrinterReadHelper::DeliverPostponed() {
 
 // Callbacks do not throw here (CallbackRegistry). When the queue cannot grow, *record is unchanged.
 void CVEXOPrinterReadHelper::Deliver(vexo::ReportRecord* record) {
-  const int32_t event = IsJobStart(*record) ? kEventJobStarted : kEventJobEnded;
+  const int32_t event = IsJobStart(*record) ? VEXO_JOB_STARTED : VEXO_JOB_ENDED;
   ++deliveries_;
   const bool called = callbacks.Deliver(
       [=](MonitorCallback callback, void* /*context*/) { callback(event, record->task_id, record->value); });

@@ -9,9 +9,6 @@
 
 namespace vexo {
 
-inline constexpr int32_t kLowestTask = 1;
-inline constexpr int32_t kHighestTask = 9999;
-
 Bytes MonitoringCommand(ProtocolFamily family, bool on);
 
 // Tags the next job with a task number.

@@ -17,9 +17,6 @@ constexpr char kTitle[] = "USBMonitor";
 
 constexpr GUID kUsbPrinterInterface = {0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
 
-constexpr int32_t kPluggedIn = 0;
-constexpr int32_t kRemoved = 1;
-
 void DeliverDevice(const DEV_BROADCAST_DEVICEINTERFACE_A& broadcast, int32_t event) {
   try {
     const std::string device = InstanceOfInterfacePath(broadcast.dbcc_name);
@@ -35,9 +32,9 @@ void ReactToInterface(WPARAM change, const DEV_BROADCAST_DEVICEINTERFACE_A& broa
     return;
   }
   if (change == DBT_DEVICEARRIVAL) {
-    DeliverDevice(broadcast, kPluggedIn);
+    DeliverDevice(broadcast, VEXO_USB_PLUGGED_IN);
   } else if (change == DBT_DEVICEREMOVECOMPLETE) {
-    DeliverDevice(broadcast, kRemoved);
+    DeliverDevice(broadcast, VEXO_USB_REMOVED);
   }
 }
 

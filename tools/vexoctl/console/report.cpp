@@ -2,8 +2,8 @@
 
 #include <windows.h>
 
-#include "platform/language.h"
 #include "messages/error_text.h"
+#include "platform/language.h"
 #include "vexo/error.hpp"
 #include "vexoctl/console/text.h"
 
