@@ -1,7 +1,6 @@
 #include "download/ymodem_download.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 #include "download/download_run.h"
@@ -191,7 +190,7 @@ class YModemDownload {
     return answer == expected ? std::nullopt : BadAnswer();
   }
 
-  // Compatibility: a block is never sent again.
+  // Compatibility: a block is never sent again; this variant has no retransmission.
   Ending SendBlock(const YModemDataBlock& block) const {
     if (const Ending end = Write(block.data(), block.size())) {
       return end;
