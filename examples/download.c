@@ -3,7 +3,7 @@
  *
  *   download NET,192.168.1.100 roman.fnt
  *
- * The library tells what it does on the standard output, line by line; the progress goes to the standard error.
+ * The library writes a trace to the standard output; the progress goes to the standard error output.
  */
 #include <signal.h>
 #include <stdio.h>
@@ -15,13 +15,13 @@ enum { kPacketSize = 2048 };
 /* Called on this thread, while DownloadFontFile runs. */
 static void show_progress(int32_t percentage) { fprintf(stderr, "\r%3d %%", (int)percentage); }
 
-/* Ctrl-C: the download ends with -6004 when it comes to its next package. */
+/* Ctrl-C: the download ends at its next package, with VEXO_ERROR_DOWNLOAD_CANCELLED. */
 static void cancel(int number) {
   (void)number;
   setCancel();
 }
 
-static const char* words(int32_t result) {
+static const char* message(int32_t result) {
   switch (result) {
     case VEXO_ERROR_PARAMETER:
       return "the file cannot be opened";
@@ -48,7 +48,7 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: download PORT FILE\n");
     return 2;
   }
-  result = ScannerGunPortOpen(&printer, argv[1]); /* makes the port; a serial line is also opened */
+  result = ScannerGunPortOpen(&printer, argv[1]); /* makes the port, and opens a serial line */
   if (printer.port != NULL && printer.port->kind != VEXO_PORT_SERIAL) {
     result = printer.port->Open(printer.port);
     printer.portOpen = result == VEXO_OK;
@@ -58,11 +58,11 @@ int main(int argc, char** argv) {
     result = DownloadFontFile(&printer, kPacketSize, argv[2], NULL, show_progress);
     fprintf(stderr, "\n");
   }
-  DiskPortOpen(&printer, ""); /* closes the port and gives it back; its result, -301, is no news */
+  DiskPortOpen(&printer, ""); /* releases the port; always VEXO_ERROR_IO_SETTING */
   if (result != VEXO_OK) {
-    fprintf(stderr, "%s: %s (%d)\n", argv[2], words(result), (int)result);
+    fprintf(stderr, "%s: %s (%d)\n", argv[2], message(result), (int)result);
     return 1;
   }
-  fprintf(stderr, "%s is in the printer, which restarts now\n", argv[2]);
+  fprintf(stderr, "%s downloaded; the printer restarts\n", argv[2]);
   return 0;
 }

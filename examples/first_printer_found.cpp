@@ -1,6 +1,6 @@
-// Looks for receipt printers on the network and reads the print width of the first one: first_printer_found [TARGET]
+// Scans for receipt printers on the network and reads the print width of the first one: first_printer_found [TARGET]
 //
-//   first_printer_found                   asks everybody on the local network
+//   first_printer_found                   all of the local network
 //   first_printer_found 192.168.1.255
 #include <chrono>
 #include <cstdio>

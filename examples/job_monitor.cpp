@@ -1,13 +1,12 @@
-// Prints a file as a job with a number, and waits until the printer says that it is done: job_monitor PORT FILE
+// Prints a file as a job with a task number, and waits until the printer reports its end: job_monitor PORT FILE
 //
 //   job_monitor NET,192.168.1.100 receipt.bin
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <fstream>
-#include <future>
 #include <iterator>
-#include <stdexcept>
 #include <string>
 
 #include "vexo/printer.hpp"
@@ -15,7 +14,6 @@
 namespace {
 
 constexpr int32_t kTask = 7;
-constexpr std::chrono::minutes kPatience(1);
 
 std::string ReadFile(const char* path) {
   std::ifstream file(path, std::ios::binary);
@@ -26,24 +24,13 @@ std::string ReadFile(const char* path) {
 void Print(const char* descriptor, const std::string& data) {
   vexo::Printer printer(descriptor);
   printer.Open();
-
-  std::promise<uint32_t> end;
   vexo::JobMonitor monitor(printer);
-  monitor.SetListener([&end](const vexo::JobEvent& event) {  // On the monitor's thread.
+  monitor.SetListener([](const vexo::JobEvent& event) {  // On the monitor's thread.
     std::printf("task %d %s\n", static_cast<int>(event.task), event.ended ? "ended" : "started");
-    if (event.ended && event.task == kTask) {
-      end.set_value(event.value);
-    }
   });
   monitor.Start();
-  monitor.SetTask(kTask);
-  printer.Write(data);
-
-  std::future<uint32_t> value = end.get_future();
-  if (value.wait_for(kPatience) != std::future_status::ready) {
-    throw std::runtime_error("the printer does not say that it is done");
-  }
-  std::printf("printed, value %08X\n", static_cast<unsigned>(value.get()));
+  const uint32_t value = monitor.Print(data, kTask, std::chrono::minutes(1));
+  std::printf("printed, value %08X\n", static_cast<unsigned>(value));
 }
 
 }  // namespace

@@ -9,11 +9,11 @@
 
 #include "vexo/extend.h"
 
-/* Makes the port that a text names, and connects it. */
-static int32_t open_printer(VexoPrinterHandle* printer, const char* text) {
-  int32_t result = ScannerGunPortOpen(printer, text);
+/* Makes the port that a descriptor names, and connects. */
+static int32_t open_printer(VexoPrinterHandle* printer, const char* descriptor) {
+  int32_t result = ScannerGunPortOpen(printer, descriptor);
   VexoPort* const port = printer->port;
-  /* A serial line is open by now; a port of any other kind has only been made. */
+  /* A serial line is open now; a port of any other kind has only been made. */
   if (port != NULL && port->kind != VEXO_PORT_SERIAL) {
     result = port->Open(port);
     printer->portOpen = result == VEXO_OK;
@@ -22,7 +22,7 @@ static int32_t open_printer(VexoPrinterHandle* printer, const char* text) {
 }
 
 static void close_printer(VexoPrinterHandle* printer) {
-  DiskPortOpen(printer, ""); /* Closes the port and gives it back. Its result, -301, is no news. */
+  DiskPortOpen(printer, ""); /* Releases the port; always VEXO_ERROR_IO_SETTING. */
 }
 
 int main(int argc, char** argv) {
@@ -43,7 +43,7 @@ int main(int argc, char** argv) {
   }
   close_printer(&printer);
   if (result != VEXO_OK) {
-    fprintf(stderr, "%s: error %d\n", argv[1], (int)result); /* error.h says what it means */
+    fprintf(stderr, "%s: error %d\n", argv[1], (int)result); /* see error.h */
     return 1;
   }
   printf("%u dots\n", (unsigned)width);

@@ -11,15 +11,14 @@
 #include <vector>
 
 #include "require.h"
-#include "virtual_printer/package_receiver.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/downloads/download_receiver.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace {
 
 using std::chrono::milliseconds;
 using virtual_printer::Bytes;
 using virtual_printer::CommandParser;
-using virtual_printer::PackageReceiver;
 using virtual_printer::PrinterMode;
 using virtual_printer::PrinterModel;
 using virtual_printer::PrinterSetup;
@@ -167,13 +166,13 @@ struct DownloadRun {
     for (std::size_t offset = 0; offset < size && !(until_dropped && dropped);) {
       const std::size_t piece = PieceSize(pieces, data[offset], size - offset);
       record.Append(model.Receive(kHost, data + offset, piece, now));
-      Require(model.PendingBytes(kHost) <= PackageReceiver::kMaxDataArea + PackageReceiver::kFrameLength);
-      CarryOutOrders();
+      Require(model.PendingBytes(kHost) <= virtual_printer::kMaxPackageSize);
+      CarryOutSideEffects();
       offset += piece;
     }
     record.Append(model.Disconnect(kHost, now));
     PassTheDay(model, now, record);
-    CarryOutOrders();
+    CarryOutSideEffects();
     std::size_t completed = 0;
     for (const Bytes& download : downloads) {
       completed += download.size();
@@ -181,12 +180,12 @@ struct DownloadRun {
     Require(completed <= size);
   }
 
-  void CarryOutOrders() {
-    virtual_printer::PrinterOrders orders = model.TakeOrders();
-    for (auto& completed : orders.completed) {
+  void CarryOutSideEffects() {
+    virtual_printer::SideEffects side_effects = model.TakeSideEffects();
+    for (auto& completed : side_effects.completed) {
       downloads.push_back(std::move(completed.download.data));
     }
-    if (orders.outage) {
+    if (side_effects.outage) {
       dropped = true;
       record.Append(model.Disconnect(kHost, now));
       model.Connect(kHost);

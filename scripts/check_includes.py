@@ -34,6 +34,18 @@ HOSTS = {
     "tools/vexoctl": {"vexoctl/", "config/", "messages/", "platform/language.h"},
 }
 
+# What each room of the virtual printer may include beside itself. The pure ones know no sockets.
+PRINTER = "tools/virtual_printer/"
+PRINTER_ROOMS = {
+    "app": {"discovery", "transport", "model", "downloads", "wire"},
+    "discovery": {"transport", "model", "wire"},
+    "transport": {"downloads", "wire"},
+    "model": {"downloads", "wire"},
+    "downloads": {"wire"},
+    "wire": set(),
+}
+PURE_PRINTER_ROOMS = {"model", "downloads", "wire"}
+
 SYSTEMS = {
     "windows": re.compile(
         r"windows\.h|winsock|ws2|win|iphlp|mswsock|mstcpip|setupapi|devpkey|devguid|initguid|cfgmgr|dbt|usb|io\.h|direct\.h"
@@ -65,10 +77,24 @@ def is_door(name, header, system):
     return name == "src/" + header.replace(f"/{system}/", "/") and header.startswith("platform/")
 
 
+def printer_fault(name, own, header):
+    """As fault(), between the rooms of the virtual printer."""
+    room = name[len(PRINTER):].split("/")[0]
+    if not own:
+        return "not for pure rooms" if header.startswith("asio") and room in PURE_PRINTER_ROOMS else None
+    parts = header.split("/")
+    if parts[0] != "virtual_printer" or len(parts) < 3:
+        return None
+    return None if parts[1] == room or parts[1] in PRINTER_ROOMS.get(room, set()) else "against the direction"
+
+
 def fault(name, own, header):
     """Why the file may not include the header; None if it may."""
+    if name.startswith(PRINTER) and printer_fault(name, own, header):
+        return printer_fault(name, own, header)
     if not own:
-        return "a system header" if name.startswith(("src/", "include/")) and foreign_system(name, header) else None
+        ruled = name.startswith(("src/", "include/", PRINTER))
+        return "a system header" if ruled and foreign_system(name, header) else None
     if header.startswith("vexo/"):
         return None
     for folder, allowed in HOSTS.items():

@@ -31,14 +31,14 @@ enum VexoResult {
   VEXO_ERROR_IMAGE_LOAD = -21,           /**< An image could not be loaded. */
   VEXO_ERROR_IMAGE_SIZE = -25,           /**< An image is too large. */
 
-  VEXO_ERROR_INCOMPLETE_REPLY = -30, /**< A framed reply of the printer ends too early. No words of its own. */
+  VEXO_ERROR_INCOMPLETE_REPLY = -30, /**< A framed reply of the printer ends too early. */
 
   /* Printer and driver. */
   VEXO_ERROR_PRINT = -100,        /**< General printing error. */
   VEXO_ERROR_DRIVER_DATA = -101,  /**< The printer driver's data is damaged. */
   VEXO_ERROR_DRIVER_STATE = -102, /**< The printer driver reports a bad printer state. */
 
-  VEXO_ERROR_NO_PRINTER = -103, /**< A scan found no printer that is ready. No words of its own. */
+  VEXO_ERROR_NO_PRINTER = -103, /**< A scan found no printer that is ready. */
 
   /* Port input and output. */
   VEXO_ERROR_IO = -300,                  /**< General input/output error. */
@@ -89,14 +89,14 @@ enum VexoResult {
   VEXO_ERROR_USB_LAYER_NOT_SUPPORTED = -1112, /**< Not supported on this system. */
   VEXO_ERROR_USB_LAYER_UNKNOWN = -1199,       /**< Any other failure. */
 
-  /* Downloads. These have no words of their own, either. */
+  /* Downloads. */
   VEXO_ERROR_DOWNLOAD_CANCELLED = -6004,  /**< Cancelled through setCancel. */
   VEXO_ERROR_DOWNLOAD_MODE = -6006,       /**< The printer did not enter its download mode. */
   VEXO_ERROR_DOWNLOAD_EMPTY = -6007,      /**< The file is empty, or has 2 GiB or more. */
   VEXO_ERROR_DOWNLOAD_NO_ANSWER = -6008,  /**< An expected answer did not arrive at all. */
   VEXO_ERROR_DOWNLOAD_BAD_ANSWER = -6009, /**< The printer's answer was wrong, or a package was not confirmed. */
 
-  /* Job monitor. These have no words of their own: GetErrorText's general ones stand for them. */
+  /* Job monitor. */
   VEXO_ERROR_MONITOR_PARAMETER = -7002,       /**< An argument is null or out of range. */
   VEXO_ERROR_MONITOR_NO_ANSWER = -7003,       /**< The printer gave no answer. */
   VEXO_ERROR_MONITOR_ANSWER_TOO_LONG = -7007, /**< The answer is longer than the buffer. */

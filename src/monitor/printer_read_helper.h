@@ -105,6 +105,7 @@ struct CVEXOPrinterReadHelper {
   uint32_t FetchJobEndValue();
 
   // Compatibility: hosts and tools know these fields by name; hence their spelling.
+  // NOLINTBEGIN(readability-identifier-naming)
   std::atomic<int32_t> lastResult{0};  // Of the latest send, read or binding.
   std::atomic<VexoPrinterHandle*> printer{nullptr};
   std::atomic<int64_t> readTimeout{1000};
@@ -120,6 +121,7 @@ struct CVEXOPrinterReadHelper {
   std::atomic<vexo::ProtocolFamily> sdkType{vexo::ProtocolFamily::kV1};
   vexo::platform::CallbackRegistry<MonitorCallback> callbacks{&callbackLock};
   vexo::platform::RecursiveMutex callbackLock;
+  // NOLINTEND(readability-identifier-naming)
 
   std::list<vexo::ReportRecord> postponed_;  // Job events waiting for the outermost delivery, in order.
   int deliveries_ = 0;                       // Nesting depth of the deliveries under way.

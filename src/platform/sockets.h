@@ -67,9 +67,19 @@ bool SetDontLinger(Socket socket);
 bool SetBroadcast(Socket socket);
 bool SetBlocking(Socket socket, bool blocking);
 
-// Returns 0 when connected. On a non-blocking socket, connecting continues after a failure; AwaitSocket reports its
+// Returns 0 when connected. On a non-blocking socket, connecting continues after a failure; AwaitConnection reports its
 // end.
 int StartConnect(Socket socket, const SocketAddress& address);
+
+// The outcome of connecting. Some systems do not tell a refusal from an answer that is still awaited.
+enum class Connecting {
+  kConnected,      // Or failed, as PendingError tells.
+  kGoesOn,         // Not connected in time.
+  kRefused,        // By the printer or the network, before the time limit.
+  kSystemFailure,  // LastSocketError() tells why.
+};
+Connecting AwaitConnection(Socket socket, int64_t limit_ms);
+
 bool Bind(Socket socket, const SocketAddress& address);
 
 // Compatibility: binds with the address length that Bluetooth stacks in the field expect (16 of 30 bytes). Some of

@@ -14,7 +14,7 @@
 #include "monitor/printer_read_helper.h"
 #include "support/allocation_faults.h"
 #include "support/scripted_drivers.h"
-#include "virtual_printer/download_faults.h"
+#include "virtual_printer/downloads/download_faults.h"
 
 namespace vexo {
 namespace {

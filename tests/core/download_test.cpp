@@ -15,7 +15,7 @@
 #include "port/handle_port.h"
 #include "support/allocation_faults.h"
 #include "support/scripted_drivers.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace vexo::test {
 namespace {
@@ -263,8 +263,8 @@ class DownloadTest : public DriverTest {
         Append(&answer, event.message.bytes);
       }
     }
-    const virtual_printer::PrinterOrders orders = model_->TakeOrders();
-    for (const auto& completed : orders.completed) {
+    const virtual_printer::SideEffects side_effects = model_->TakeSideEffects();
+    for (const auto& completed : side_effects.completed) {
       stored_.push_back(completed.download.data);
     }
     if (!answer.empty()) {

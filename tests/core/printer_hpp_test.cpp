@@ -1,8 +1,10 @@
 // What the C++ header adds to the exports: ownership, listeners, and the choice between exceptions and codes.
 #include "vexo/printer.hpp"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <list>
 #include <stdexcept>
@@ -72,6 +74,77 @@ TEST_F(PrinterHpp, EachPortIsOpenedAsItsKindNeedsIt) {
   }
 }
 
+TEST_F(PrinterHpp, ReadsWhatThereIs) {
+  Printer memory("BUF");
+  memory.Open();
+  EXPECT_EQ(7U, memory.Write("receipt"));
+  EXPECT_EQ("receipt", memory.Read(100));
+  EXPECT_EQ("receipt", memory.ReadAvailable(7));
+  EXPECT_EQ(VEXO_ERROR_BUFFER_TOO_SMALL, ThrownBy([&] { memory.Read(3); }));
+  memory.Close();
+  EXPECT_EQ(VEXO_ERROR_IO_NOT_OPEN, ThrownBy([&] { memory.Read(1); }));
+
+  Printer printer("NET,1.2.3.4");
+  printer.Open();
+  printer.Abort();
+  EXPECT_EQ(0U, printer.Write("receipt"));
+  EXPECT_EQ(VEXO_ERROR_IO_WRITE_TIMEOUT, ThrownBy([&] { printer.WriteAll("receipt"); }));
+}
+
+// As USB ports do: whole packets are counted, and a slow printer takes a part of what it is sent.
+struct PacketPort : VexoPort {
+  PacketPort() : VexoPort() {
+    magic = VEXO_PORT_MAGIC;
+    VexoPort::Read = [](VexoPort*, uint8_t* buffer, uint32_t, uint32_t length, uint32_t* read) {
+      std::fill_n(buffer, length, uint8_t{'x'});
+      *read = 64;
+      return int32_t{VEXO_OK};
+    };
+    VexoPort::Write = [](VexoPort* port, const uint8_t*, uint32_t, uint32_t length, uint32_t* written) {
+      uint32_t& room = static_cast<PacketPort*>(port)->room_left;
+      *written = std::min({room, length, uint32_t{1000}});
+      room -= *written;
+      return int32_t{*written < length ? VEXO_ERROR_IO_WRITE_TIMEOUT : VEXO_OK};
+    };
+  }
+  uint32_t room_left = 5000;
+};
+
+TEST_F(PrinterHpp, SlowPrinterTakesAllThatItCan) {
+  PacketPort packets;
+  Printer printer("BUF");
+  printer.Open();
+  VexoPort* const printers_own = std::exchange(printer.handle()->port, &packets);
+  EXPECT_EQ(std::string(10, 'x'), printer.Read(10));
+  EXPECT_EQ(4500U, printer.WriteAll(std::string(4500, '-')));
+  std::error_code error;
+  EXPECT_EQ(500U, printer.WriteAll(std::string(4500, '-'), &error));
+  EXPECT_EQ(VEXO_ERROR_IO_WRITE_TIMEOUT, error.value());
+  printer.handle()->port = printers_own;
+}
+
+TEST_F(PrinterHpp, PartsOfAUri) {
+  const DeviceUri uri = SplitDeviceUri(Printer("NET,192.168.1.100").uri());
+  EXPECT_EQ("NET", uri.type);
+  EXPECT_EQ("DEVICE", uri.device);
+  EXPECT_EQ("192.168.1.100", uri.Find("ip"));
+  EXPECT_EQ("9100", uri.Find("port"));
+  EXPECT_EQ("", uri.Find("i"));
+  EXPECT_TRUE(SplitDeviceUri("vexo:/").parameters.empty());
+}
+
+TEST_F(PrinterHpp, FieldsOfAScan) {
+  const NetworkScan scan = [](int64_t, char* buffer, int32_t, const char*) {
+    std::strcpy(buffer, "1.2.3.4;ready;;3;4;5;6;7;8;9;255.0.0.0;1.1.1.1;12;13;14;|5.6.7.8;ready;cut|");
+    return int32_t{VEXO_OK};
+  };
+  const std::vector<NetworkPrinter> found = ScanNetwork(scan, std::chrono::seconds(1));
+  ASSERT_EQ(2U, found.size());
+  EXPECT_EQ(size_t{VEXO_SCAN_FIELD_COUNT}, found[0].fields.size());
+  EXPECT_EQ("255.0.0.0 1.1.1.1", found[0].network_mask() + " " + found[0].gateway());
+  EXPECT_EQ("NET,5.6.7.8 ready ", found[1].descriptor() + " " + found[1].state() + " " + found[1].gateway());
+}
+
 TEST_F(PrinterHpp, ExceptionOfAProgressListenerCancelsTheDownload) {
   const std::string path = ::testing::TempDir() + "printer_hpp_file";
   std::ofstream(path) << "content";
@@ -103,8 +176,13 @@ class JobMonitorHpp : public PrinterHpp {
   }
   ~JobMonitorHpp() override { printer_.handle()->port = printers_own_; }
 
-  std::string reports_;  // Of jobs, that come next.
-  test::StreamPort port_{[this](size_t) { return std::exchange(reports_, ""); }};
+  std::string reports_;                     // Of jobs, that come next; set while monitoring is off.
+  std::atomic<bool> waits_for_job_{false};  // With them: they come once a job of seven bytes has been sent.
+  test::StreamPort port_{[this](size_t) { return waits_for_job_ ? "" : std::exchange(reports_, ""); },
+                         [this](uint32_t length) {
+                           waits_for_job_ = waits_for_job_ && length != 7;
+                           return int32_t{VEXO_OK};
+                         }};
   Printer printer_{"BUF"};
   VexoPort* printers_own_;
 };
@@ -132,6 +210,24 @@ TEST_F(JobMonitorHpp, EventsGoToTheListenerOrWaitToBeTaken) {
   ASSERT_TRUE(test::Eventually([&] { return event || (event = monitor.NextEvent()); }));
   EXPECT_EQ(8, event->task);
   EXPECT_EQ(5U, event->value);
+}
+
+TEST_F(JobMonitorHpp, PrintWaitsForTheEndOfItsTask) {
+  JobMonitor monitor(printer_);
+  std::error_code error;
+  monitor.Print("receipt", 7, std::chrono::milliseconds(1), &error);
+  EXPECT_EQ(VEXO_ERROR_MONITOR_NOT_OPEN, error.value());
+
+  std::atomic<int> heard{0};
+  monitor.SetListener([&](const JobEvent&) { ++heard; });
+  monitor.SetPollingTime(std::chrono::milliseconds(1));
+  reports_ = test::Ended("0006", 6) + test::Started("0007") + test::Ended("0007", 77) + test::Ended("0007", 78);
+  waits_for_job_ = true;
+  monitor.Start();
+  monitor.Print("another job", 7, std::chrono::milliseconds(1), &error);
+  EXPECT_EQ(VEXO_ERROR_MONITOR_NO_ANSWER, error.value());
+  EXPECT_EQ(77U, monitor.Print("receipt", 7, std::chrono::minutes(1)));
+  EXPECT_TRUE(test::Eventually([&] { return heard == 4; }));
 }
 
 TEST_F(JobMonitorHpp, ListenersArePooled) {

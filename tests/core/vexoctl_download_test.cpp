@@ -1,10 +1,10 @@
-// Downloads as vexoctl sees them: what an image file holds, and what it makes of the library's account. A technician
+// Downloads as vexoctl sees them: what an image file holds, and what the library's trace says. A technician
 // must never be told of a false success.
 #include <optional>
 
 #include "core/core_test.h"
-#include "vexoctl/download_trace.h"
-#include "vexoctl/firmware_image.h"
+#include "vexoctl/support/download_trace.h"
+#include "vexoctl/support/firmware_image.h"
 
 namespace vexoctl {
 namespace {
@@ -38,8 +38,7 @@ TEST(FirmwareImage, SegmentsMakeUpTheFile) {
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(&row - rows);
-    const auto* const content = reinterpret_cast<const uint8_t*>(row.content.data());
-    const FirmwareImage image = ExamineFirmwareImage(content, row.content.size());
+    const FirmwareImage image = ExamineFirmwareImage(row.content);
     EXPECT_EQ(image.segments, row.whole_segments);
     ASSERT_EQ(image.fault.has_value(), row.fault_offset.has_value());
     if (image.fault) {

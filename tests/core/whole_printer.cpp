@@ -107,14 +107,14 @@ void WholePrinter::TakeIn(const PrinterModel::Events& events) {
       }
     }
   }
-  const virtual_printer::PrinterOrders orders = model_.TakeOrders();
-  for (const auto& completed : orders.completed) {
+  const virtual_printer::SideEffects side_effects = model_.TakeSideEffects();
+  for (const auto& completed : side_effects.completed) {
     stored_.push_back(completed.download.data);
   }
-  if (orders.outage) {
-    back_at_ = Now() + orders.outage->duration;
+  if (side_effects.outage) {
+    back_at_ = Now() + side_effects.outage->duration;
   }
-  if (orders.outage || !orders.dropped.empty()) {
+  if (side_effects.outage || !side_effects.dropped.empty()) {
     Disconnect();
   }
 }

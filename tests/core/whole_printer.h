@@ -9,7 +9,7 @@
 #include <mutex>
 #include <vector>
 
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace vexo::test {
 

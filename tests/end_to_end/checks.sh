@@ -121,7 +121,7 @@ printer() {
 # A pattern: a time of day in the output.
 time='[0-2][0-9]:[0-5][0-9]:[0-5][0-9].[0-9][0-9][0-9]'
 
-# The words behind the codes.
+# Codes and their texts.
 unsupported="-4 Does not support this printer. Please use the supported printer."
 bad_setting="-301 IO invalid setting. Please confirm IO port configuration."
 open_failed="-311 IO port open failed. Please confirm the configuration is correct."
@@ -130,5 +130,5 @@ read_failed="-331 IO port read failed. Please confirm IO port is open."
 read_timeout="-332 IO port read timeout. Please read again."
 write_timeout="-322 IO port write timeout. Please write again."
 no_usb_device="-372 Usb Device not found. Please confirm the target printer is connected and power on."
-no_answer="-7003 The printer gave no answer."
+no_answer="-7003 the printer does not answer"
 no_answer_chinese="-7003 打印机没有应答。"

@@ -64,9 +64,9 @@ check "each step of a download with a second attempt" 0 "file downloaded, $done"
   -p "$net" download file "$blob" --verbose
 
 echo "# download: failures"
-mode_refused="-6006 The printer did not enter its download mode."
-no_data_answer="-6008 The printer did not answer."
-data_refused="-6009 The printer refused the data or did not confirm it."
+mode_refused="-6006 the printer did not enter its download mode"
+no_data_answer="-6008 the printer does not answer"
+data_refused="-6009 the printer refused the data or did not confirm it"
 
 # stops NAME LAST_LINE ARGUMENT...: a download that fails with a line behind the progress.
 stops() {
@@ -95,7 +95,7 @@ until_line "$trace" "package 1, "
 kill -INT "$background"
 finished
 judge "Ctrl-C during a download" 1 "" \
-  "like *vexoctl: cannot download $blob to $net, interrupted after 1 of 3 packages, 0%: -6004 The download was cancelled."
+  "like *vexoctl: cannot download $blob to $net, interrupted after 1 of 3 packages, 0%: -6004 cancelled"
 stop_printers
 
 echo "# download: what is refused before the printer is asked"
@@ -114,12 +114,12 @@ file_refused "image with a header that is cut" \
   "$work/cut_header is not a firmware image: the segment at offset 81 has 3 bytes of its 76-byte header only: 13 ?*" \
   firmware "$work/cut_header"
 file_refused "file that is not there" "cannot open $work/nothing: 2 ?*" file "$work/nothing"
-file_refused "empty file" "nothing to download in $work/empty: -6007 The file is empty." font "$work/empty"
+file_refused "empty file" "nothing to download in $work/empty: -6007 the file is empty" font "$work/empty"
 user_locale=zh_CN.UTF-8 check "empty file, in Chinese" 1 "" "like *: -6007 文件为空。" \
   -p "$nobody" download file "$work/empty"
 file_refused "folder" "$work is a folder: 5 ?*" ymodem "$work"
 user_locale=C.UTF-8 file_refused "name that the library cannot be told" \
-  "cannot pass the name $work/字体.bin on, which has characters outside code page 1252; rename the file: 1113 ?*" \
+  "cannot use the name $work/字体.bin, which has characters outside code page 1252; rename the file: 1113 ?*" \
   file "$work/字体.bin"
 file_refused "loader that is no printer" "cannot open FOO: $bad_setting" firmware "$image" --loader FOO
 usage_error "USB printer without a loader" "--loader is required" -p USB download firmware "$image"

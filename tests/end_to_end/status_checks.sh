@@ -16,7 +16,7 @@ fails "status of a silent printer" "cannot read the status of $net: $no_answer" 
 user_locale=zh_CN.UTF-8 check "status of a silent printer, in Chinese" 1 "" \
   "like *vexoctl: cannot read the status of $net: $no_answer_chinese" -p "$net" --timeout 100 status
 check "status of a silent printer as JSON" 1 "" \
-  '{"error":{"code":-7003,"message":"The printer gave no answer.",'\
+  '{"error":{"code":-7003,"message":"the printer does not answer",'\
 "\"action\":\"cannot read the status of $net\"}}" \
   --json -p "$net" --timeout 100 status
 

@@ -58,8 +58,8 @@ succeeds "text in Chinese; a line end in a text makes no new line" $'纸尽\ntwo
   -p "$net" --timeout 500 task wait 300
 talking bad%4
 fails "text that ends in the middle of a character" \
-  "cannot hear about finished tasks from $net: -1 Parameter is error. Please check the parameter is corrected." \
+  "cannot receive texts about finished tasks from $net: -1 Parameter is error. Please check the parameter is corrected." \
   -p "$net" --timeout 500 task wait 300
 talking
-fails "printer that says nothing" "cannot hear about finished tasks from $net: $read_timeout" \
+fails "printer that says nothing" "cannot receive texts about finished tasks from $net: $read_timeout" \
   -p "$net" --timeout 100 task wait 100

@@ -38,7 +38,7 @@ succeeds "answer in pieces, with time to spare" 480 -p "$net" --timeout 20000 wi
 printer --split 3000
 fails "answer with a long gap in it" "cannot read the print width of $net: $read_timeout" -p "$net" width get
 printer --drop-after 19
-fails "connection lost before the answer" "no complete answer about the print width of $net: $read_failed" \
+fails "connection lost before the answer" "cannot read the print width of $net: $read_failed" \
   -p "$net" width get
 printer --drop-after 19 --once
 fails "connection lost and not restored" "cannot read the print width of $net: $open_failed" \

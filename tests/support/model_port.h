@@ -10,7 +10,7 @@
 
 #include "vexo/error.h"
 #include "vexo/printer.h"
-#include "virtual_printer/printer_model.h"
+#include "virtual_printer/model/printer_model.h"
 
 namespace vexo::test {
 
@@ -42,7 +42,7 @@ class ModelPort : public VexoPort {
   void TakeIn(const uint8_t* bytes, uint32_t length) {
     const std::lock_guard<std::mutex> guard(mutex_);
     Keep(model_.Receive(kConnection, bytes, length, now_));
-    static_cast<void>(model_.TakeOrders());
+    static_cast<void>(model_.TakeSideEffects());
   }
 
   // A look takes no time here; for the printer it takes a while, so what it does later it has done by the next one.

@@ -1,19 +1,20 @@
-// vexoctl, the technician's tool: reads and changes printers through vexoextend.dll.
+// vexoctl, the command-line tool: reads and changes printers through vexoextend.dll.
 //
 // Exit status: 0 success, 1 the operation failed, 2 the command line is wrong.
 
+#include <chrono>
 #include <cstdint>
 #include <new>
 #include <sstream>
 #include <string>
 
 #include "vexo/error.h"
-#include "vexoctl/commands.h"
-#include "vexoctl/console_text.h"
-#include "vexoctl/failure.h"
-#include "vexoctl/report.h"
-#include "vexoctl/settings.h"
-#include "vexoctl/whole_number.h"
+#include "vexoctl/commands/commands.h"
+#include "vexoctl/console/failure.h"
+#include "vexoctl/console/options.h"
+#include "vexoctl/console/report.h"
+#include "vexoctl/console/text.h"
+#include "vexoctl/console/values.h"
 
 namespace vexoctl {
 namespace {
@@ -22,9 +23,9 @@ constexpr int kSuccess = 0;
 constexpr int kOperationFailed = 1;
 constexpr int kUsageError = 2;
 
-// Not 0, which means "no limit" to a network port.
-constexpr uint32_t kShortestTimeLimit = 1;
-constexpr uint32_t kLongestTimeLimit = 3600000;
+// Not 0, which a network port takes for "no limit".
+constexpr uint32_t kShortestTimeLimitMs = 1;
+constexpr uint32_t kLongestTimeLimitMs = 3600000;
 
 constexpr char kDescriptorHelp[] =
     "A DESCRIPTOR names the port of a printer:\n"
@@ -39,7 +40,7 @@ constexpr char kDescriptorHelp[] =
     "  BT,001122334455,8642         Bluetooth: address, PIN\n"
     "  BUF                          memory, without a printer\n"
     "  vexo:/dev/bus/NET/DEVICE?ip=192.168.1.100+port=9100\n"
-    "                               device URI, to which all others are turned\n"
+    "                               device URI, to which all others are converted\n"
     "\n"
     "Examples:\n"
     "  vexoctl -p NET,192.168.1.100 width get\n"
@@ -52,37 +53,39 @@ constexpr char kDescriptorHelp[] =
     "  vexoctl scan pos\n"
     "  vexoctl usb watch\n"
     "\n"
-    "Results go to the standard output, failures to the standard error stream.\n"
+    "Results go to the standard output, failures to the standard error output.\n"
     "Exit status: 0 success, 1 the operation failed, 2 the command line is wrong.";
 
-constexpr void (*kCommandFamilies[])(CLI::App& tool, const Settings& settings) = {
-    AddWidthCommands,  AddStatusCommand,    AddFeedCommand,    AddTaskCommands, AddPrintCommand,
-    AddMonitorCommand, AddDownloadCommands, AddUriCommand,     AddUsbCommands,  AddPortsCommand,
-    AddScanCommands,   AddConfigCommands,   AddVersionCommand,
+constexpr void (*kCommands[])(CLI::App& tool, const Options& options) = {
+    AddWidthCommand,   AddStatusCommand,   AddFeedCommand,    AddTaskCommand, AddPrintCommand,
+    AddMonitorCommand, AddDownloadCommand, AddUriCommand,     AddUsbCommand,  AddPortsCommand,
+    AddScanCommand,    AddConfigCommand,   AddVersionCommand,
 };
 
-std::string FamilyNameError(const std::string& name) {
+std::string FamilyError(const std::string& name) {
   return name == "v1" || name == "gs" ? "" : "'" + name + "' is neither v1 nor gs";
 }
 
-Family FamilyNamed(const std::string& name) { return name == "gs" ? Family::kGs : Family::kV1; }
-
-void AddCommonOptions(CLI::App& tool, Settings& settings) {
-  tool.add_option(std::string("-p,") + kPortOption, settings.descriptor, "Port descriptor or device URI of the printer")
+void AddCommonOptions(CLI::App& tool, Options& options) {
+  tool.add_option(std::string("-p,") + kPortOption, options.descriptor, "Port descriptor or device URI of the printer")
       ->type_name("DESCRIPTOR");
-  tool.add_option("--timeout", settings.time_limit,
-                  "Time limit of each connect, read and write in milliseconds; default: the port's own")
-      ->transform(WholeNumber(kShortestTimeLimit, kLongestTimeLimit))
+  tool.add_option_function<uint32_t>(
+          "--timeout", [&options](uint32_t limit) { options.time_limit = std::chrono::milliseconds(limit); },
+          "Time limit of each connect, read and write in milliseconds; default: the port's own")
+      ->transform(WholeNumber(kShortestTimeLimitMs, kLongestTimeLimitMs))
       ->type_name("MS");
   tool.add_option_function<std::string>(
-          "--family", [&settings](const std::string& name) { settings.family = FamilyNamed(name); },
-          "How the printer speaks of jobs: v1, or gs for GS ( H commands; default: v1")
-      ->check(CLI::Validator(FamilyNameError, /*validator_desc=*/""))
+          "--family",
+          [&options](const std::string& name) {
+            options.family = name == "gs" ? vexo::JobMonitor::Family::kGs : vexo::JobMonitor::Family::kV1;
+          },
+          "Protocol family for print jobs: v1, or gs for GS ( H commands; default: v1")
+      ->check(CLI::Validator(FamilyError, /*validator_desc=*/""))
       ->type_name("v1|gs");
-  tool.add_flag("--json", settings.json, "Print the result, or the failure, as a JSON object");
+  tool.add_flag("--json", options.json, "Print the result, or the failure, as a JSON object");
 }
 
-// For the user who mistyped a command, the plain "A subcommand is required" would be a riddle.
+// Names a mistyped command: the plain message is only "A subcommand is required".
 std::string UsageErrorMessage(const CLI::App* app, const CLI::Error& error) {
   std::string message = "vexoctl: " + CLI::FailureMessage::simple(app, error);
   const bool lacks_command = dynamic_cast<const CLI::RequiredError*>(&error) != nullptr;
@@ -92,42 +95,42 @@ std::string UsageErrorMessage(const CLI::App* app, const CLI::Error& error) {
   return message;
 }
 
-int AnswerCommandLine(const CLI::App& tool, const CLI::ParseError& error) {
+int PrintHelpOrError(const CLI::App& tool, const CLI::ParseError& error) {
   std::ostringstream out;
   std::ostringstream err;
   const int status = tool.exit(error, out, err);
   WriteOutput(Utf8FromAnsi(out.str()));
   WriteError(Utf8FromAnsi(err.str()));
-  return status == 0 ? kSuccess : kUsageError;  // A request for help arrives here, too.
+  return status == 0 ? kSuccess : kUsageError;  // Help is an "error" with status 0.
 }
 
-int ReadCommandLineAndRun(int argc, char** argv, Settings& settings) {
+int ReadCommandLineAndRun(int argc, char** argv, Options& options) {
   CLI::App tool("Reads and changes receipt and label printers.", "vexoctl");
   tool.require_subcommand(1);
-  tool.allow_windows_style_options(false);  // A file name may begin with a slash.
-  tool.fallthrough();                       // The common options may also stand behind a command.
+  tool.allow_windows_style_options(false);  // File names may begin with a slash.
+  tool.fallthrough();                       // Common options are also accepted behind a command.
   tool.footer(kDescriptorHelp);
   tool.failure_message(UsageErrorMessage);
-  AddCommonOptions(tool, settings);
-  for (const auto add_commands : kCommandFamilies) {
-    add_commands(tool, settings);
+  AddCommonOptions(tool, options);
+  for (const auto add_command : kCommands) {
+    add_command(tool, options);
   }
   try {
     tool.parse(argc, argv);
     return kSuccess;
   } catch (const CLI::ParseError& error) {
-    return AnswerCommandLine(tool, error);
+    return PrintHelpOrError(tool, error);
   }
 }
 
 int Run(int argc, char** argv) {
-  Settings settings;
+  Options options;
   try {
-    return ReadCommandLineAndRun(argc, argv, settings);
+    return ReadCommandLineAndRun(argc, argv, options);
   } catch (const Failure& failure) {
-    PrintFailure(failure, settings);
+    PrintFailure(failure, options);
   } catch (const std::bad_alloc&) {
-    PrintFailure(Failure("cannot go on", VEXO_ERROR_OUT_OF_MEMORY), settings);
+    PrintFailure(Failure("cannot go on", VEXO_ERROR_OUT_OF_MEMORY), options);
   }
   return kOperationFailed;
 }

@@ -179,6 +179,15 @@ int AwaitSocket(Socket socket, SocketEvents* events, int64_t limit_ms) {
   return count;
 }
 
+Connecting AwaitConnection(Socket socket, int64_t limit_ms) {
+  SocketEvents writable = {false, true, false};
+  const int count = AwaitSocket(socket, &writable, limit_ms);
+  if (count > 0) {
+    return Connecting::kConnected;
+  }
+  return count == 0 ? Connecting::kGoesOn : Connecting::kSystemFailure;
+}
+
 int Send(Socket socket, const uint8_t* bytes, size_t length) {
   return send(System(socket), reinterpret_cast<const char*>(bytes), ToInt(length), 0);
 }

@@ -12,6 +12,7 @@ namespace vexo {
 namespace {
 
 constexpr int kConnectAttempts = 2;
+constexpr uint32_t kCloseCheckIntervalMs = 20;
 constexpr uint32_t kDefaultPiece = 4096;  // For a kind of socket without a buffer size of its own.
 
 using platform::AwaitSocket;
@@ -226,21 +227,29 @@ int32_t SocketPort::ConnectOnce(Generation generation) {
   return result;
 }
 
-// Compatibility: waits for "writable" only. A printer that refuses the connection, perhaps because it is serving
-// another host, uses up the whole time and is reported as not answering. The same goes for an unreachable network,
-// where the socket is not even connecting: the cable may be plugged in again by the second attempt.
+// Compatibility: a printer that refuses the connection, perhaps because it is serving another host, uses up the whole
+// time and is reported as not answering. The same goes for an unreachable network, where the socket is not even
+// connecting: the cable may be plugged in again by the second attempt.
 int32_t SocketPort::AwaitConnection(Generation generation) {
   if (platform::StartConnect(Use(*this, generation).get(), address_) == 0) {
     return VEXO_OK;
   }
-  switch (AwaitWritable(socket_.get(), timeouts().connect)) {
-    case kSocketFailure:
-      return LastSocketError();
-    case 0:
-      return VEXO_ERROR_IO_OPEN_FAILED;
-    default:
+  const uint32_t limit_ms = timeouts().connect;
+  const uint32_t started = platform::TickCount();
+  switch (platform::AwaitConnection(socket_.get(), limit_ms)) {
+    case platform::Connecting::kConnected:
       return platform::PendingError(Use(*this, generation).get());
+    case platform::Connecting::kSystemFailure:
+      return LastSocketError();
+    case platform::Connecting::kRefused:
+      while (!HasEnded(generation) && platform::TickCount() - started < limit_ms) {
+        platform::RestMs(kCloseCheckIntervalMs);
+      }
+      break;
+    case platform::Connecting::kGoesOn:
+      break;
   }
+  return VEXO_ERROR_IO_OPEN_FAILED;
 }
 
 // Connecting the old socket again would report success and lose the job, so even the first attempt needs a fresh one. A
