@@ -213,6 +213,10 @@ int32_t SocketPort::Connect(Generation generation) {
   }
 }
 
+int SocketPort::StartConnect(Socket socket, const platform::SocketAddress& address) {
+  return platform::StartConnect(socket, address);
+}
+
 bool SocketPort::IsConnectedByBinding(Socket /*socket*/, const platform::SocketAddress& /*address*/) { return false; }
 
 int32_t SocketPort::ConnectOnce(Generation generation) {
@@ -231,7 +235,7 @@ int32_t SocketPort::ConnectOnce(Generation generation) {
 // time and is reported as not answering. The same goes for an unreachable network, where the socket is not even
 // connecting: the cable may be plugged in again by the second attempt.
 int32_t SocketPort::AwaitConnection(Generation generation) {
-  if (platform::StartConnect(Use(*this, generation).get(), address_) == 0) {
+  if (StartConnect(Use(*this, generation).get(), address_) == 0) {
     return VEXO_OK;
   }
   const uint32_t limit_ms = timeouts().connect;

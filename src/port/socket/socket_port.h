@@ -32,10 +32,12 @@ class SocketPort : public DevicePort {
 
   // The parts specific to a kind of socket. Address returns the configured address when the port is opened.
   // CreateSocket returns an unconnected socket, or kNoSocket with the system's error set. SetOptions prepares it and
-  // returns VEXO_OK or the system's error of the last failure that matters.
+  // returns VEXO_OK or the system's error of the last failure that matters. StartConnect starts connecting it to the
+  // address.
   virtual platform::SocketAddress Address() const = 0;
   virtual platform::Socket CreateSocket() = 0;
   virtual int32_t SetOptions(platform::Socket socket) = 0;
+  virtual int StartConnect(platform::Socket socket, const platform::SocketAddress& address);
 
   // Whether the socket counts as connected without a connect.
   virtual bool IsConnectedByBinding(platform::Socket socket, const platform::SocketAddress& address);
