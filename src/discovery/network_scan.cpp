@@ -112,7 +112,7 @@ void Receive(platform::Socket socket, int64_t time_limit_ms, Take take) {
     if (received > 0) {
       take(std::string_view(buffer));
     } else if (received != kNoAnswerYet) {
-      return;
+      return;  // Compatibility: an empty datagram, one that is too long and a network error end the scan.
     }
   }
 }

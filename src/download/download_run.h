@@ -3,7 +3,6 @@
 #ifndef VEXO_DOWNLOAD_DOWNLOAD_RUN_H_
 #define VEXO_DOWNLOAD_DOWNLOAD_RUN_H_
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string_view>

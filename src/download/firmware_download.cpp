@@ -42,8 +42,9 @@ class FirmwareDownload {
     return run_->CheckCancelled();
   }
 
-  // A header at the end of the file still gets its body turn. A rest of fewer bytes than a header is sent as a header
-  // and ends the image.
+  // A header at the end of the file still gets its body turn.
+  //
+  // Compatibility: a rest of fewer bytes than a header is sent as a header, filled up with zeros, and ends the image.
   Ending SendSegments() {
     while (consumed_ < size_ || (consumed_ == size_ && header_confirmed_)) {
       if (const Ending end = run_->CheckCancelled()) {

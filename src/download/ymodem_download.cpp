@@ -1,7 +1,6 @@
 #include "download/ymodem_download.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 #include "download/download_run.h"
@@ -23,7 +22,7 @@ constexpr uint8_t kStartRequest = '1';
 constexpr uint8_t kReady = 'C';
 constexpr uint8_t kAcknowledged = 0x06;
 constexpr uint8_t kEndOfFile = 0x04;
-constexpr uint8_t kEndOfSession = '3';
+constexpr uint8_t kEndOfTransfer = '3';
 
 constexpr uint32_t kSwitchDelayMs = 1000;
 constexpr int32_t kConnectAttempts = 20;
@@ -129,7 +128,7 @@ class YModemDownload {
       return end;
     }
     downloadTrace("End of Sending flag...\n");
-    return Write(&kEndOfSession, 1);
+    return Write(&kEndOfTransfer, 1);
   }
 
   void Restart() const {
@@ -191,7 +190,7 @@ class YModemDownload {
     return answer == expected ? std::nullopt : BadAnswer();
   }
 
-  // Compatibility: a block is never sent again.
+  // Compatibility: a block is never sent again; this variant has no retransmission.
   Ending SendBlock(const YModemDataBlock& block) const {
     if (const Ending end = Write(block.data(), block.size())) {
       return end;

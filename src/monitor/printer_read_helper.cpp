@@ -50,6 +50,7 @@ void CVEXOPrinterReadHelper::PollWhileWorkIsOpen() {
 }
 
 void CVEXOPrinterReadHelper::PauseReader() const {
+  // Compatibility: only the low 32 bits count, unsigned.
   auto left = static_cast<uint32_t>(pollingTime.load());
   do {
     const uint32_t step = std::min(left, kLongestSleepMs);

@@ -19,7 +19,6 @@ class GuardedHandle {
   using Handle = typename Traits::Handle;
 
   GuardedHandle() = default;
-  explicit GuardedHandle(Handle handle) : handle_(handle) {}
   GuardedHandle(const GuardedHandle&) = delete;
   GuardedHandle& operator=(const GuardedHandle&) = delete;
   ~GuardedHandle() { Reset(); }

@@ -71,12 +71,12 @@ bool SetBlocking(Socket socket, bool blocking);
 // end.
 int StartConnect(Socket socket, const SocketAddress& address);
 
-// The outcome of connecting. Some systems do not tell a refusal from an answer that is still awaited.
+// The outcome of connecting. Some systems report a refusal only by letting the time limit expire.
 enum class Connecting {
-  kConnected,      // Or failed, as PendingError tells.
+  kConnected,      // Or failed; see PendingError.
   kGoesOn,         // Not connected in time.
   kRefused,        // By the printer or the network, before the time limit.
-  kSystemFailure,  // LastSocketError() tells why.
+  kSystemFailure,  // See LastSocketError().
 };
 Connecting AwaitConnection(Socket socket, int64_t limit_ms);
 

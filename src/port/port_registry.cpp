@@ -1,6 +1,7 @@
 #include "port/port_registry.h"
 
 #include <iterator>
+#include <mutex>
 #include <utility>
 
 #include "port/shared_field.h"

@@ -3,12 +3,10 @@
 #ifndef VEXO_PORT_PORT_REGISTRY_H_
 #define VEXO_PORT_PORT_REGISTRY_H_
 
-#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <map>
 #include <memory>
-#include <mutex>
 
 #include "platform/mutex.h"
 #include "port/port_driver.h"

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "platform/mutex.h"
@@ -70,7 +69,6 @@ class DeviceSession {
   const std::string& message() const { return message_; }
 
   const Bytes& received() const { return received_; }
-  void ClearReceived() { received_.clear(); }
 
   // The arguments of the latest successful Connect.
   const std::string& model_name() const { return model_name_; }

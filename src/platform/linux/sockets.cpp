@@ -22,8 +22,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// The address of an RFCOMM socket, as the kernel lays it out. Its header belongs to the Bluetooth stack's development
-// files.
+// The kernel's address of an RFCOMM socket. Its header is part of the Bluetooth stack's development files, which are
+// not required.
 struct RfcommSocketAddress {
   sa_family_t family;
   uint8_t device[6];  // Low byte first.
@@ -31,7 +31,7 @@ struct RfcommSocketAddress {
 };
 constexpr int kRfcommProtocol = 3;
 
-// Repeats a call that a signal has interrupted.
+// Repeats a call that was interrupted by a signal.
 template <typename Call>
 auto Uninterrupted(Call call) -> decltype(call()) {
   while (true) {
@@ -74,7 +74,7 @@ bool SetTimeout(Socket socket, int name, uint32_t milliseconds) {
   return SetOption(socket, SOL_SOCKET, name, limit);
 }
 
-// The kernel counts these in seconds.
+// The kernel takes these times in seconds.
 int ToSeconds(uint32_t milliseconds) { return static_cast<int>(std::max(milliseconds / 1000, 1U)); }
 
 int64_t MillisecondsLeft(Clock::time_point end) {
@@ -82,10 +82,10 @@ int64_t MillisecondsLeft(Clock::time_point end) {
   return std::clamp<int64_t>(left, 0, INT_MAX);
 }
 
-// poll on one socket. A negative limit waits without end.
+// Polls one socket. A negative limit means no limit.
 int Poll(Socket socket, short events, int64_t limit_ms, short* happened) {
   if (socket == kNoSocket) {
-    errno = EBADF;  // poll would skip it and wait.
+    errno = EBADF;  // poll would ignore it and wait.
     return kSocketFailure;
   }
   pollfd entry = {static_cast<int>(socket), events, 0};
@@ -166,7 +166,7 @@ bool Bind(Socket socket, const SocketAddress& address) {
   return bind(static_cast<int>(socket), View(address), static_cast<socklen_t>(address.size)) == 0;
 }
 
-// No stack of this system does.
+// Not supported by the Bluetooth stack of this system.
 bool BindToPrinter(Socket /*socket*/, const SocketAddress& /*address*/) { return false; }
 
 int PendingError(Socket socket) {
@@ -183,7 +183,7 @@ int AwaitSocket(Socket socket, SocketEvents* events, int64_t limit_ms) {
                                          (events->exceptional ? POLLPRI : 0));
   short happened = 0;
   const int count = Poll(socket, wanted, limit_ms, &happened);
-  const bool ended = (happened & (POLLERR | POLLHUP)) != 0;  // The next transfer tells how.
+  const bool ended = (happened & (POLLERR | POLLHUP)) != 0;  // The next transfer returns the reason.
   *events = {events->readable && ((happened & POLLIN) != 0 || ended),
              events->writable && ((happened & POLLOUT) != 0 || ended),
              events->exceptional && (happened & (POLLPRI | POLLERR)) != 0};
@@ -220,7 +220,7 @@ bool HasBytes(Socket socket) {
   return Uninterrupted([&] { return recv(static_cast<int>(socket), &byte, 1, MSG_PEEK); }) > 0;
 }
 
-// Both directions in either case: nothing else wakes a thread that waits for room to send.
+// Always shuts down both directions: nothing else wakes up a thread that waits to send.
 void ShutDown(Socket socket, Direction /*direction*/) { shutdown(static_cast<int>(socket), SHUT_RDWR); }
 
 std::string OwnIpv4Address() {
