@@ -35,7 +35,7 @@ class HotplugMonitor {
     if (started_) {
       return true;
     }
-    library_ = platform::ScopedModule::At(this);
+    library_ = platform::ReferenceModuleAt(this);
     stop_requested_ = false;
     started_ = thread_.Start([](void* monitor) { static_cast<HotplugMonitor*>(monitor)->Run(); }, this);
     if (!started_) {

@@ -4,40 +4,22 @@
 
 #include <windows.h>
 
-#include <utility>
+#include "platform/owned_handle.h"
 
 namespace vexo::platform {
 
-// Closes the handle it owns. Both null and INVALID_HANDLE_VALUE, CreateFile's failure value, mean no handle.
-class ScopedHandle {
+struct KernelHandleTraits {
+  using Handle = HANDLE;
+  static constexpr Handle kNone = nullptr;
+
+  static void Close(Handle handle) { CloseHandle(handle); }
+};
+
+// Both null and INVALID_HANDLE_VALUE, CreateFile's failure value, mean no handle.
+class ScopedHandle : public OwnedHandle<KernelHandleTraits> {
  public:
   ScopedHandle() = default;
-  explicit ScopedHandle(HANDLE handle) : handle_(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
-  ScopedHandle(ScopedHandle&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-  ScopedHandle& operator=(ScopedHandle&& other) noexcept {
-    if (this != &other) {
-      Reset();
-      handle_ = std::exchange(other.handle_, nullptr);
-    }
-    return *this;
-  }
-  ScopedHandle(const ScopedHandle&) = delete;
-  ScopedHandle& operator=(const ScopedHandle&) = delete;
-  ~ScopedHandle() { Reset(); }
-
-  bool valid() const { return handle_ != nullptr; }
-  HANDLE get() const { return handle_; }
-
-  HANDLE Release() { return std::exchange(handle_, nullptr); }
-
-  void Reset() {
-    if (handle_ != nullptr) {
-      CloseHandle(std::exchange(handle_, nullptr));
-    }
-  }
-
- private:
-  HANDLE handle_ = nullptr;
+  explicit ScopedHandle(HANDLE handle) : OwnedHandle(handle == INVALID_HANDLE_VALUE ? nullptr : handle) {}
 };
 
 }  // namespace vexo::platform

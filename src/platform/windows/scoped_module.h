@@ -4,45 +4,26 @@
 
 #include <windows.h>
 
-#include <utility>
+#include "platform/owned_handle.h"
 
 namespace vexo::platform {
 
-// Keeps a module loaded. When code of that module releases the reference, someone else must still hold one.
-class ScopedModule {
- public:
-  ScopedModule() = default;
-  ScopedModule(ScopedModule&& other) noexcept : module_(std::exchange(other.module_, nullptr)) {}
-  ScopedModule& operator=(ScopedModule&& other) noexcept {
-    if (this != &other) {
-      Reset();
-      module_ = std::exchange(other.module_, nullptr);
-    }
-    return *this;
-  }
-  ScopedModule(const ScopedModule&) = delete;
-  ScopedModule& operator=(const ScopedModule&) = delete;
-  ~ScopedModule() { Reset(); }
+struct ModuleTraits {
+  using Handle = HMODULE;
+  static constexpr Handle kNone = nullptr;
 
-  // Returns a reference to the module that contains `address`.
-  static ScopedModule At(const void* address) {
-    ScopedModule found;
-    GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<const char*>(address), &found.module_);
-    return found;
-  }
-
-  // Drops the reference without releasing it.
-  void Release() { module_ = nullptr; }
-
-  void Reset() {
-    if (module_ != nullptr) {
-      FreeLibrary(std::exchange(module_, nullptr));
-    }
-  }
-
- private:
-  HMODULE module_ = nullptr;
+  static void Close(Handle handle) { FreeLibrary(handle); }
 };
+
+// Keeps a module loaded. When code of that module releases the reference, someone else must still hold one.
+using ScopedModule = OwnedHandle<ModuleTraits>;
+
+// Returns a reference to the module that contains `address`.
+inline ScopedModule ReferenceModuleAt(const void* address) {
+  HMODULE found = nullptr;
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, static_cast<const char*>(address), &found);
+  return ScopedModule(found);
+}
 
 }  // namespace vexo::platform
 
