@@ -401,7 +401,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     host.Run();
   }
   Require(vexo::test::OpenDevices() == 0);
-  Require(vexo::test::LivingDrivers() == 0);
+  Require(vexo::test::DriverCount() == 0);
   Require(vexo::PortLockReferenceCount() == 0);
   return 0;
 }

@@ -1,4 +1,4 @@
-// The in-memory port, through its port object.
+// The buffer port, used through its port object.
 #include "core/core_test.h"
 #include "port/port_factory.h"
 #include "port/port_object.h"
@@ -34,7 +34,7 @@ class BufferPortTest : public ::testing::Test {
   VexoPort* port_ = nullptr;
 };
 
-TEST_F(BufferPortTest, ReadingTakesNothingAwayButCheckOpenAndOpenStartANewJob) {
+TEST_F(BufferPortTest, ReadKeepsTheContentAndCheckOpenAndOpenClearIt) {
   Write("first ");
   Write("second");
   EXPECT_EQ("first second", Content());
@@ -49,12 +49,12 @@ TEST_F(BufferPortTest, ReadingTakesNothingAwayButCheckOpenAndOpenStartANewJob) {
   EXPECT_EQ("", Content());
 }
 
-TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
-  const std::tuple<size_t, uint32_t, int32_t> rows[] = {{2048, 1, 0},               // The first buffer.
-                                                        {1, 1, -9},     {1, 0, 0},  // 3072 now.
-                                                        {1023, 1, 0},   {1, 1, -9},
-                                                        {10'000, 0, 0},  // More than half as much again: just enough.
-                                                        {1, 1, -9}};
+TEST_F(BufferPortTest, CapacityGrowsByHalfOrToTheSizeNeeded) {
+  const std::tuple<size_t, uint32_t, int32_t> rows[] = {
+      {2048, 1, 0},                              // The initial capacity.
+      {1, 1, -9},   {1, 0, 0},                   // Grows to 3072.
+      {1023, 1, 0}, {1, 1, -9}, {10'000, 0, 0},  // More than half again: grows to the exact size.
+      {1, 1, -9}};
   std::string content;
   for (const auto& [count, failing_allocation, result] : rows) {
     EXPECT_EQ(result, Write(std::string(count, '-'), failing_allocation)) << count;
@@ -62,17 +62,17 @@ TEST_F(BufferPortTest, GrowsByHalfOrToWhatIsNeeded) {
     EXPECT_EQ(content, Content());
   }
   uint32_t written = 99;
-  EXPECT_EQ(-9, port_->Write(port_, BytesOf("x").data(), 0, 0xFFFFFFFF, &written)) << "more than a buffer can count";
+  EXPECT_EQ(-9, port_->Write(port_, BytesOf("x").data(), 0, 0xFFFFFFFF, &written)) << "the total size exceeds 32 bits";
   EXPECT_EQ(0U, written);
   EXPECT_EQ(0, port_->Close(port_));
   EXPECT_EQ("", Content());
-  EXPECT_EQ(0, Write("kept without opening it anew"));
-  EXPECT_EQ("kept without opening it anew", Content());
+  EXPECT_EQ(0, Write("written without another Open"));
+  EXPECT_EQ("written without another Open", Content());
   AllocationFault fault(1);
   EXPECT_EQ(-9, port_->Open(port_));
 }
 
-TEST_F(BufferPortTest, HasNoTimeLimitsAndNothingToControl) {
+TEST_F(BufferPortTest, TimeoutsAreZeroAndControlDoesNothing) {
   VexoPortTimeouts timeouts = {1, 2, 3, 4, 5, 6};
   EXPECT_EQ(0, port_->SetTimeouts(port_, timeouts));
   EXPECT_EQ(0, port_->GetTimeouts(port_, &timeouts));
@@ -81,7 +81,7 @@ TEST_F(BufferPortTest, HasNoTimeLimitsAndNothingToControl) {
   EXPECT_EQ(0, port_->Control(port_, 1, nullptr, nullptr, 0, nullptr, 0, &returned));
 }
 
-TEST_F(BufferPortTest, RoomIsTheDifferenceOfTheNumbers) {
+TEST_F(BufferPortTest, BufferSizeIsTheFourthMinusTheThirdArgument) {
   const std::tuple<uint32_t, uint32_t, int32_t> kRows[] = {{0, 5, 0},  {0, 4, -2}, {3, 8, 0}, {3, 7, -2},
                                                            {8, 3, -2}, {0, 0, -2}, {3, 16, 0}};
   const auto expect_read = [this](const std::string& text, int32_t code, uint32_t third, uint32_t fourth) {

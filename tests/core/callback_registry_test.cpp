@@ -1,4 +1,4 @@
-// The order of callbacks, and what they may do to one another.
+// Call order, and callbacks that add or remove callbacks.
 #include "platform/callback_registry.h"
 
 #include <stdexcept>
@@ -9,16 +9,16 @@
 namespace vexo::test {
 namespace {
 
-// The context: what the callback does beyond being noted.
+// The callback's context: an additional action.
 using Action = std::function<void()>;
 
 std::vector<USBMonitorCallback> g_called;
 
 template <int kIndex>
-void Note(void* context, const char* device, int32_t event) {
+void Record(void* context, const char* device, int32_t event) {
   EXPECT_STREQ("ABC", device);
   EXPECT_EQ(1, event);
-  g_called.push_back(Note<kIndex>);
+  g_called.push_back(Record<kIndex>);
   if (context != nullptr) {
     (*static_cast<Action*>(context))();
   }
@@ -33,7 +33,7 @@ class CallbackRegistryTest : public ::testing::Test {
               [](auto left, auto right) { return KeyOf(left) < KeyOf(right); });
   }
 
-  // The callbacks that one event reaches, by their places in the order of their addresses: "012".
+  // Delivers one event. Returns the callbacks called, as their ranks in address order: "012".
   std::string Deliver() {
     g_called.clear();
     registry_.Deliver([](USBMonitorCallback callback, void* context) { callback(context, "ABC", 1); });
@@ -47,12 +47,12 @@ class CallbackRegistryTest : public ::testing::Test {
   int64_t Add(int place, Action* action = nullptr) { return registry_.Add(callbacks_[place], action); }
   void Remove(int place) { registry_.Remove(KeyOf(callbacks_[place])); }
 
-  USBMonitorCallback callbacks_[3] = {Note<0>, Note<1>, Note<2>};
+  USBMonitorCallback callbacks_[3] = {Record<0>, Record<1>, Record<2>};
   platform::RecursiveMutex lock_;
   platform::CallbackRegistry<USBMonitorCallback> registry_{&lock_};
 };
 
-TEST_F(CallbackRegistryTest, CallsInTheOrderOfTheAddressesEachOnce) {
+TEST_F(CallbackRegistryTest, CallsEachCallbackOnceInAddressOrder) {
   EXPECT_EQ("", Deliver());
   for (const int place : {2, 0, 1, 0}) {
     EXPECT_EQ(KeyOf(callbacks_[place]), Add(place));
@@ -69,7 +69,7 @@ TEST_F(CallbackRegistryTest, CallbackMayAddAndRemoveAndThrow) {
   Action add_others = [&] {
     Add(0);
     Add(2);
-    throw std::runtime_error("a host's own trouble");
+    throw std::runtime_error("error in a callback");
   };
   Add(1, &add_others);
   EXPECT_EQ("12", Deliver());

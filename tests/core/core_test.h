@@ -1,5 +1,4 @@
-// What most tests of the core are written with: ports that follow a script, reports as printers send them, and time
-// that passes when somebody sleeps.
+// Common includes of the core tests: scripted ports, report frames and the virtual clock.
 #ifndef VEXO_TESTS_CORE_CORE_TEST_H_
 #define VEXO_TESTS_CORE_CORE_TEST_H_
 

@@ -9,17 +9,17 @@ namespace {
 
 constexpr char kScheme[] = "vexo:/dev/bus/";
 
-// The URI, or the code of the failure.
+// The URI, or the error code.
 std::string Convert(std::string descriptor) {
   char uri[kUriBufferSize];
   const int32_t result = ConvertDescriptorToUri(descriptor.data(), uri);
   return result == 0 ? uri : std::to_string(result);
 }
 
-TEST(Descriptor, BecomesUri) {
+TEST(Descriptor, IsConvertedToUri) {
   static const struct {
     const char* descriptor;
-    const char* uri;  // What follows "vexo:/dev/bus/".
+    const char* uri;  // After "vexo:/dev/bus/".
   } kRows[] = {
       {"COM3,9600", "COM/COM3?baudrate=9600+parity=n+bytesize=8+stopbits=1+flowcontrol=n"},
       {" COM1 , 115200 ,E,7,2,x", "COM/COM1?baudrate=115200+parity=E+bytesize=7+stopbits=2+flowcontrol=x"},
@@ -36,7 +36,7 @@ TEST(Descriptor, BecomesUri) {
       {",NET,Host.Name", "NET/DEVICE?ip=Host.Name+port=9100"},
       {"BT,001122AABBCC", "BT/DEVICE?address=001122AABBCC+pin=8642"},
       {" bt ,00aa,1234", "BT/DEVICE?address=00aa+pin=1234"},
-      // USB: the last recognised field decides what is written.
+      // USB: the last recognised field determines the URI.
       {"usb,", "USB/DEVICE"},
       {"USB,xyz", "USB/XYZ"},
       {"USB,USB001,XYZ", "USB/USB001?portnum=USB001"},
@@ -48,13 +48,13 @@ TEST(Descriptor, BecomesUri) {
       {"USB,VID,PID_0", "USB/DEVICE?vid=+pid="},
       {"USB,USB001,USB002", "USB/DEVICE?portnum=USB002"},
       {"USB,,VID_0X1A2B", "USB/?vid=1A2B"},
-      // The others. A device keeps its letter case.
+      // Other kinds. The device keeps its letter case.
       {"lpt1", "LPT/lpt1"},
       {"LPT1:,ignored", "LPT/LPT1:"},
       {"file,C:\\out.bin", "FILE/DEVICE?filename=C:\\out.bin"},
       {"FIL,x", "FILE/DEVICE?filename=x"},
       {"buffer", "BUF/DEVICE"},
-      // Only ten fields count.
+      // Fields after the tenth are ignored.
       {"USB,A,B,C,D,E,F,G,H,VID_0X0001,PID_0X0002", "USB/A?vid=0001"},
   };
   for (const auto& row : kRows) {
@@ -62,7 +62,7 @@ TEST(Descriptor, BecomesUri) {
   }
 }
 
-TEST(Descriptor, WithoutARequiredFieldOrAKnownWordIsRefused) {
+TEST(Descriptor, MissingFieldOrUnknownKindIsRefused) {
   for (const char* const descriptor : {"", ",", "  ", ", ", "COM1", "COM1,", "COM1, ", "BSP1", "NET", "BT", "FILE"}) {
     EXPECT_EQ("-301", Convert(descriptor)) << descriptor;
   }
@@ -71,7 +71,7 @@ TEST(Descriptor, WithoutARequiredFieldOrAKnownWordIsRefused) {
   }
 }
 
-TEST(Descriptor, NoTextIsRefused) {
+TEST(Descriptor, NullIsRefused) {
   char uri[kUriBufferSize];
   EXPECT_EQ(-301, ConvertDescriptorToUri(nullptr, uri));
 }

@@ -15,11 +15,11 @@ using Sleeps = std::vector<uint32_t>;
 
 const std::string kModel = "KM451";
 const std::string kNet = "NET,192.168.100.200,9100";
-constexpr int32_t kClosed = 5;  // What fake devices say to it.
+constexpr int32_t kClosed = 5;  // The result of Close of fake devices.
 
 std::string UsbPrinter(const std::string& parameters) { return "vexo:/dev/bus/USB/DEVICE?" + parameters; }
 
-// A printer that sends these pieces, one at each read.
+// A printer that sends one of these pieces at each read.
 DriverScript Sending(std::deque<std::string> pieces) {
   DriverScript script;
   script.on_read = [pieces = std::make_shared<std::deque<std::string>>(std::move(pieces))](uint8_t* buffer, uint32_t) {
@@ -40,13 +40,13 @@ class Session : public DriverTest {
   ~Session() override { EXPECT_EQ(nullptr, LoadedSdkConfig()); }
 };
 
-TEST_F(Session, AsksAPrinterAndLeavesIt) {
+TEST_F(Session, ConnectsExchangesBytesAndDisconnects) {
   DeviceSession session;
   EXPECT_EQ(-6, session.Send(BytesOf("a")));
   EXPECT_EQ(-6, session.Receive());
   EXPECT_EQ(-6, session.Disconnect());
   EXPECT_FALSE(session.IsConnected());
-  ASSERT_EQ(0, session.Connect(kModel, kNet)) << "an earlier failure is no obstacle";
+  ASSERT_EQ(0, session.Connect(kModel, kNet)) << "earlier failures do not matter";
   EXPECT_TRUE(session.IsConnected());
   EXPECT_EQ(kModel, session.model_name());
   EXPECT_EQ(kNet, session.descriptor());
@@ -60,12 +60,12 @@ TEST_F(Session, AsksAPrinterAndLeavesIt) {
   SetDriverScript(script);
   EXPECT_EQ(0, session.Send(BytesOf("question")));
   EXPECT_EQ("question", written);
-  for (const char* const received : {"abc", "abc", "abcdef"}) {  // Nothing new: complete.
+  for (const char* const received : {"abc", "abc", "abcdef"}) {  // An empty read ends a reply.
     EXPECT_EQ(0, session.Receive());
     EXPECT_EQ(BytesOf(received), session.received());
   }
 
-  EXPECT_EQ(0, session.Connect("another", "LPT1")) << "the last result, and nothing else";
+  EXPECT_EQ(0, session.Connect("another", "LPT1")) << "already connected: only the last result is returned";
   EXPECT_EQ(kNet, session.descriptor());
   SetDriverScript({});
   EXPECT_EQ(kClosed, session.Disconnect());
@@ -75,7 +75,7 @@ TEST_F(Session, AsksAPrinterAndLeavesIt) {
   EXPECT_EQ("5", session.message());
 }
 
-TEST_F(Session, FailedConnectionLeavesNothing) {
+TEST_F(Session, FailedConnectionLeaksNothing) {
   const std::tuple<std::string, std::string, DriverScript, int32_t> rows[] = {
       {"KM45", kNet, {}, -8},   {kModel, "FOO", {}, -301},       {kModel, "FILE,x", {}, -4},
       {kModel, kNet, {-1}, -1}, {kModel, kNet, {0, -311}, -311}, {kModel, UsbPrinter("sn=1"), {0, 1167}, 1167}};
@@ -87,13 +87,13 @@ TEST_F(Session, FailedConnectionLeavesNothing) {
     EXPECT_EQ(code, session.last_result());
     EXPECT_EQ(GetErrorText(code), session.message());
     EXPECT_EQ(nullptr, session.handle());
-    ExpectNothingHeld();
+    ExpectNothingLeaked();
     EXPECT_EQ(nullptr, LoadedSdkConfig());
     EXPECT_EQ(0, session.Connect(kModel, kNet)) << code;
   }
 }
 
-TEST_F(Session, SendsUntilThePrinterTakesTheBytes) {
+TEST_F(Session, SendRetriesAfterTimeouts) {
   for (const auto& [timeouts, end] : {std::pair(0, -321), std::pair(500, 0), std::pair(1, 10054)}) {
     DeviceSession session;
     ASSERT_EQ(0, session.Connect(kModel, kNet));
@@ -111,7 +111,7 @@ TEST_F(Session, SendsUntilThePrinterTakesTheBytes) {
   }
 }
 
-TEST_F(Session, WaitsForAReply) {
+TEST_F(Session, ReceiveWaitsForAReply) {
   const std::tuple<std::deque<std::string>, int64_t, std::string, Sleeps> rows[] = {
       {{"", "", "abc", "def"}, 20, "abc", {20, 20}},
       {{"", "", "", "", "", "", "late"}, 200, "", {200, 200, 200, 200, 200, 200}},
@@ -132,7 +132,7 @@ TEST_F(Session, WaitsForAReply) {
   }
 }
 
-TEST_F(Session, HandleThatOthersChangeIsGivenBackAllTheSame) {
+TEST_F(Session, DamagedHandleIsReleased) {
   DeviceSession session;
   ASSERT_EQ(0, session.Connect(kModel, kNet));
   session.handle()->portOpen = 0;
@@ -141,10 +141,10 @@ TEST_F(Session, HandleThatOthersChangeIsGivenBackAllTheSame) {
   session.handle()->magic = 0;
   EXPECT_EQ(-6, session.Disconnect());
   EXPECT_EQ(nullptr, session.handle());
-  ExpectNothingHeld();
+  ExpectNothingLeaked();
 }
 
-TEST_F(Session, UsbPrinterTellsWhoItIs) {
+TEST_F(Session, SerialNumberAndDeviceIdentifierComeFromTheUri) {
   const std::string longest(63, 's');
   const std::tuple<std::string, std::string, std::string> rows[] = {
       {UsbPrinter("sn=ab12+deviceid=usb#vid_1a2b&pid_0001#7"), "ab12", "VID_1A2B&PID_0001"},
@@ -185,7 +185,7 @@ TEST_F(Session, ParametersOfThePortsUri) {
   EXPECT_EQ(-6, GetPortUriParameter(nullptr, "ip", text, 16));
 }
 
-TEST_F(Session, ExternalHandleIsOnlyMarked) {
+TEST_F(Session, ExternalHandleIsNeitherOpenedNorUsed) {
   DeviceSession session;
   session.set_external_handle(true);
   ASSERT_EQ(0, session.Connect("any", "USB"));
@@ -193,15 +193,15 @@ TEST_F(Session, ExternalHandleIsOnlyMarked) {
   EXPECT_TRUE(session.IsConnected());
   EXPECT_EQ(-6, session.Receive());
   EXPECT_EQ(-6, session.Send(BytesOf("a")));
-  EXPECT_EQ(-6, session.Connect("any", kNet)) << "the last result, as it is marked already";
+  EXPECT_EQ(-6, session.Connect("any", kNet)) << "the last result: it is connected already";
   EXPECT_EQ(0, session.Disconnect());
   EXPECT_EQ(-6, session.Disconnect());
-  EXPECT_EQ(-6, session.Connect("any", kNet)) << "the last result says that it is not connected";
+  EXPECT_EQ(-6, session.Connect("any", kNet)) << "the last result: it was not connected";
   EXPECT_TRUE(DriverCalls().empty());
 }
 
-// The first session that loads the tables counts as their only user: the others must not mind losing them.
-TEST_F(Session, SessionsDoNotNeedEachOthersTables) {
+// Only the first session counts as a user of the tables. Others must work after it has released them.
+TEST_F(Session, SessionWorksAfterAnotherReleasedTheTables) {
   DeviceSession first;
   DeviceSession second;
   ASSERT_EQ(0, first.Connect(kModel, kNet));

@@ -5,13 +5,13 @@
 namespace vexo {
 namespace {
 
-// "vexo:/dev/bus/LPT/LLL...", `length` characters long.
+// "vexo:/dev/bus/LPT/LLL..." of `length` characters.
 std::string UriOfLength(size_t length) {
   const std::string start = "vexo:/dev/bus/LPT/";
   return start + std::string(length - start.size(), 'L');
 }
 
-// "TYPE|DEVICE|key=value|key=value", or the code of the failure.
+// "TYPE|DEVICE|key=value|key=value", or the error code.
 std::string Parts(const std::string& text) {
   DeviceUri uri;
   const int32_t result = ParseDeviceUri(&uri, text.c_str());
@@ -32,7 +32,7 @@ TEST(DeviceUri, IsParsed) {
       {"vexo:/dev/bus/COM/COM1/2?a=b", "COM|COM1/2|a=b"},
       {"vexo:/dev/bus//D", "|D"},
       {"vexo:/dev/bus/USB/?vid=1A2B", "USB||vid=1A2B"},
-      // An empty value is one, unless it is the last.
+      // A value may be empty, except the last one.
       {"vexo:/dev/bus/NET/D?ip=+port=1", "NET|D|ip=|port=1"},
       {"vexo:/dev/bus/NET/D?ip=1+port=", "-1"},
       {"vexo:/dev/bus/NET/D?", "-1"},
@@ -40,9 +40,9 @@ TEST(DeviceUri, IsParsed) {
       {"vexo:/dev/bus/NET/D?ip=1.2.3.4+port", "NET|D|ip=1.2.3.4"},
       {"vexo:/dev/bus/NET/D?ip=1.2.3.4+x+port=1", "NET|D|ip=1.2.3.4"},
       {"vexo:/dev/bus/NET/D?ip", "NET|D"},
-      // Nothing is decoded or trimmed.
+      // Text is neither decoded nor trimmed.
       {"vexo:/dev/bus/NET/ D ? ip = %41 ", "NET| D | ip = %41 "},
-      // Eight parameters and no more.
+      // At most eight parameters.
       {"vexo:/dev/bus/X/D?a=1+b=2+c=3+d=4+e=5+f=6+g=7+h=8+x", "X|D|a=1|b=2|c=3|d=4|e=5|f=6|g=7|h=8"},
       {"vexo:/dev/bus/X/D?a=1+b=2+c=3+d=4+e=5+f=6+g=7+h=8+i=9", "-1"},
       {"vexo:/dev/bus", "-1"},
@@ -58,7 +58,7 @@ TEST(DeviceUri, IsParsed) {
   EXPECT_EQ(-301, ParseDeviceUri(&uri, nullptr));
 }
 
-TEST(DeviceUri, ParameterIsTheFirstOfExactlyThatName) {
+TEST(DeviceUri, FindsTheFirstParameterOfThatExactName) {
   DeviceUri uri;
   ASSERT_EQ(0, ParseDeviceUri(&uri, "vexo:/dev/bus/NET/D?ips=0+IP=1+ip=2+ip=3+e=+x=4"));
   EXPECT_STREQ("2", FindUriParameter(uri, "ip"));
@@ -66,7 +66,7 @@ TEST(DeviceUri, ParameterIsTheFirstOfExactlyThatName) {
   EXPECT_EQ(nullptr, FindUriParameter(uri, "i"));
 }
 
-TEST(DeviceUri, IsWrittenBackAsFarAsTheBufferGoes) {
+TEST(DeviceUri, IsFormattedWithinTheBuffer) {
   const std::string text = "vexo:/dev/bus/X/D?a=+b=2";
   DeviceUri uri;
   ASSERT_EQ(0, ParseDeviceUri(&uri, text.c_str()));
@@ -85,7 +85,7 @@ TEST(DeviceUri, AppendedParameterIsCutAtTheEndOfTheBuffer) {
   EXPECT_EQ(UriOfLength(kMaxUriLength - 6) + "?vid=1", buffer.c_str());
 }
 
-TEST(DeviceUri, KindIsTheWholeWordExactly) {
+TEST(DeviceUri, KindMustMatchTheWholeWord) {
   const std::pair<const char*, int32_t> rows[] = {
       {"COM", 0}, {"BSP", 0},       {"LPT", 1},        {"USB", 2},        {"NET", 3},  {"FILE", 4},  {"BT", 5},
       {"BUF", 6}, {"Bluetooth", 5}, {"BLUETOOTH", -4}, {"bluetooth", -4}, {"com", -4}, {"COM3", -4}, {"", -4},

@@ -1,5 +1,5 @@
-// The four downloads, on the virtual clock, into a whole virtual printer. Of each the account is compared: every line
-// of the trace, every call of the port with its length, every pause and every percentage, in their order.
+// The four downloads to a virtual printer, with the virtual clock. Each test compares a log of the download: trace
+// lines, port calls with their lengths, sleeps and percentages, in order.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -20,20 +20,19 @@
 namespace vexo::test {
 namespace {
 
-using Account = std::vector<std::string>;
+using Log = std::vector<std::string>;
 using Pieces = std::vector<Bytes>;
 
-// What goes wrong in a download.
 enum FaultKind {
   kNone,
   kFailingWrite,
   kCancelledAtWrite,
   kCancelledAtProgress,
-  kLosingTheHandle,    // At a write: another thread closes it.
-  kDamagingTheHandle,  // At a write: its magic goes.
-  kRefusedConnects,    // So many.
-  kAnswering,          // With these pieces instead of that answer.
-  kOvercounting,       // USB ports count the bytes of a longer packet.
+  kClosedHandle,   // Another thread closes the handle during a write.
+  kDamagedHandle,  // The handle loses its magic during a write.
+  kRefusedConnects,
+  kAnswering,     // Replaces one answer by other pieces.
+  kOvercounting,  // A read counts more bytes than it returns, as USB ports do with longer packets.
   kReadingFails,
   kWithoutProgress,
 };
@@ -42,8 +41,8 @@ struct Fault {
   bool Is(FaultKind other, int at) const { return kind == other && index == at; }
 
   FaultKind kind = kNone;
-  int index = 0;  // Of the write, the answer or the progress, counted from 0.
-  Pieces instead = {};
+  int index = 0;  // Of the write, answer or progress call, from 0; or the number of refused connects.
+  Pieces replacement = {};
 };
 
 std::function<void(int32_t percentage)> g_on_progress;
@@ -51,12 +50,12 @@ std::function<void(int32_t percentage)> g_on_progress;
 Bytes FileContent(size_t size) {
   Bytes content(size);
   for (size_t i = 0; i < size; ++i) {
-    content[i] = static_cast<uint8_t>(i % 251 + 1);  // No block looks like its neighbour.
+    content[i] = static_cast<uint8_t>(i % 251 + 1);  // Adjacent blocks differ.
   }
   return content;
 }
 
-// Segments with such bodies.
+// A firmware image with segments of these body sizes.
 Bytes ImageOf(const std::vector<uint32_t>& bodies) {
   constexpr size_t kHeaderSize = 76;
   Bytes image;
@@ -68,7 +67,7 @@ Bytes ImageOf(const std::vector<uint32_t>& bodies) {
   return image;
 }
 
-// As a line of an account: short ones byte by byte, commands as text.
+// Formats bytes for the log: commands as text, up to 4 bytes in hexadecimal, else the length.
 std::string Show(const Bytes& bytes) {
   const std::string text(bytes.begin(), bytes.end());
   if (text.rfind("\x1b\x1c& V1 ", 0) == 0) {
@@ -114,7 +113,7 @@ class DownloadTest : public DriverTest {
     file.write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
   }
 
-  // Runs the download of a file with its content, from a USB port that is open.
+  // Creates the file and downloads it over an open USB port.
   int32_t Run(const Download& download, const Fault& fault = {}) {
     MakeFile(download.content);
     return RunWith(download, file_.c_str(), fault);
@@ -128,15 +127,15 @@ class DownloadTest : public DriverTest {
     model_ = std::make_unique<virtual_printer::PrinterModel>(virtual_printer::PrinterSetup{});
     model_->Connect(connection_ = 1);
     SetClock(0);
-    account_.clear();
+    log_.clear();
     written_.clear();
     stored_.clear();
     to_host_.clear();
     answers_ = connects_ = 0;
-    slept_ = told_ = 0;
+    sleeps_logged_ = trace_offset_ = 0;
     progress_ = 0;
     DriverScript script;
-    script.during = [this](const std::string& call) { Note(call.substr(call.find(' ') + 1)); };
+    script.during = [this](const std::string& call) { Record(call.substr(call.find(' ') + 1)); };
     script.on_open = [this] { return Connect(); };
     script.on_write = [this](const uint8_t* bytes, uint32_t length) { return Receive(Bytes(bytes, bytes + length)); };
     script.on_read = [this](uint8_t* buffer, uint32_t room) { return Send(buffer, room); };
@@ -144,7 +143,7 @@ class DownloadTest : public DriverTest {
     SetDriverScript(script);
     g_on_progress = [this](int32_t percentage) {
       const UncountedAllocations uncounted;
-      Note("progress " + std::to_string(percentage));
+      Record("progress " + std::to_string(percentage));
       if (fault_.Is(kCancelledAtProgress, progress_++)) {
         setCancel();
       }
@@ -152,25 +151,24 @@ class DownloadTest : public DriverTest {
     ::testing::internal::CaptureStdout();
     constexpr DownloadProgressCallback kProgress = [](int32_t percentage) { g_on_progress(percentage); };
     const int32_t code = download.run(&handle_, file, fault.kind == kWithoutProgress ? nullptr : kProgress);
-    Note("");
+    Record("");
     ::testing::internal::GetCapturedStdout();
     return code;
   }
 
-  // What the account of a run with a fault has in place of a part of the sound one: after how many lines, and what;
-  // "..." stands for the rest of the sound one, if more of it follows.
-  std::string Since(const Account& sound) const {
-    const auto [usual, mine] = std::mismatch(sound.begin(), sound.end(), account_.begin(), account_.end());
-    auto end = account_.end();
-    for (auto last = sound.end(); last != usual && end != mine && *(last - 1) == *(end - 1); --last) {
+  // How the log differs from that of a download without faults: "N: LINES", where N lines are equal before. A final
+  // "..." means that the remaining lines are equal again.
+  std::string DifferenceFrom(const Log& usual_log) const {
+    const auto [usual, mine] = std::mismatch(usual_log.begin(), usual_log.end(), log_.begin(), log_.end());
+    auto end = log_.end();
+    for (auto last = usual_log.end(); last != usual && end != mine && *(last - 1) == *(end - 1); --last) {
       --end;
     }
-    return std::to_string(mine - account_.begin()) + ":" + Shortened(Account(mine, end)) +
-           (end != account_.end() ? " ..." : "");
+    return std::to_string(mine - log_.begin()) + ":" + Collapse(Log(mine, end)) + (end != log_.end() ? " ..." : "");
   }
 
-  // What repeats stands once: "3 x (a; b)".
-  static std::string Shortened(const Account& lines) {
+  // Writes repeated lines once: "3 x (a; b)".
+  static std::string Collapse(const Log& lines) {
     constexpr size_t kLongest = 14;
     std::string text;
     for (size_t at = 0; at < lines.size();) {
@@ -198,36 +196,37 @@ class DownloadTest : public DriverTest {
   }
 
   std::string file_;
-  Account account_;
+  Log log_;
   Pieces written_;
   Pieces stored_;
   int connects_ = 0;
   std::function<void(int write)> on_write_ = {};
 
  private:
-  // First what has been slept and traced since the last time.
-  void Note(const std::string& line) {
+  // Appends the sleeps and trace lines since the last call, then `line`.
+  void Record(const std::string& line) {
     const std::vector<uint32_t> sleeps = RecordedSleeps();
-    for (; slept_ < sleeps.size(); ++slept_) {
-      account_.push_back("sleep " + std::to_string(sleeps[slept_]));
+    for (; sleeps_logged_ < sleeps.size(); ++sleeps_logged_) {
+      log_.push_back("sleep " + std::to_string(sleeps[sleeps_logged_]));
     }
     char traced[512];
-    for (ssize_t count = 0; (count = pread(STDOUT_FILENO, traced, sizeof(traced), static_cast<off_t>(told_))) > 0;
-         told_ += static_cast<size_t>(count)) {
+    for (ssize_t count = 0;
+         (count = pread(STDOUT_FILENO, traced, sizeof(traced), static_cast<off_t>(trace_offset_))) > 0;
+         trace_offset_ += static_cast<size_t>(count)) {
       trace_.append(traced, static_cast<size_t>(count));
     }
     for (size_t end = 0; (end = trace_.find('\n')) != std::string::npos; trace_.erase(0, end + 1)) {
-      account_.push_back(Plain(trace_.substr(0, end)));
+      log_.push_back(HideFileName(trace_.substr(0, end)));
     }
-    if (!trace_.empty()) {  // Some end without a line end.
-      account_.push_back(Plain(std::exchange(trace_, {})));
+    if (!trace_.empty()) {  // Some trace lines have no line end.
+      log_.push_back(HideFileName(std::exchange(trace_, {})));
     }
     if (!line.empty()) {
-      account_.push_back(line);
+      log_.push_back(line);
     }
   }
 
-  std::string Plain(std::string line) const {
+  std::string HideFileName(std::string line) const {
     const size_t name = line.find(file_);
     return name != std::string::npos ? line.replace(name, file_.size(), "FILE") : line;
   }
@@ -237,7 +236,7 @@ class DownloadTest : public DriverTest {
       return VEXO_ERROR_IO_OPEN_FAILED;
     }
     model_->Disconnect(connection_, now_);
-    now_ += std::chrono::seconds(10);  // However long the printer takes to be another.
+    now_ += std::chrono::seconds(10);  // Time for any restart.
     model_->Connect(++connection_);
     return VEXO_OK;
   }
@@ -245,15 +244,15 @@ class DownloadTest : public DriverTest {
   int32_t Receive(const Bytes& bytes) {
     const int write = static_cast<int>(written_.size());
     written_.push_back(bytes);
-    account_.back() = "Write " + Show(bytes);
+    log_.back() = "Write " + Show(bytes);
     if (on_write_) {
       on_write_(write);
     }
     if (fault_.Is(kCancelledAtWrite, write)) {
       setCancel();
     }
-    handle_.portOpen = fault_.Is(kLosingTheHandle, write) ? 0 : handle_.portOpen;
-    handle_.magic = fault_.Is(kDamagingTheHandle, write) ? 1 : handle_.magic;
+    handle_.portOpen = fault_.Is(kClosedHandle, write) ? 0 : handle_.portOpen;
+    handle_.magic = fault_.Is(kDamagedHandle, write) ? 1 : handle_.magic;
     if (fault_.Is(kFailingWrite, write)) {
       return VEXO_ERROR_IO_WRITE_TIMEOUT;
     }
@@ -273,12 +272,12 @@ class DownloadTest : public DriverTest {
     return VEXO_OK;
   }
 
-  void Answer(const Bytes& sound) {
-    const Pieces pieces = fault_.Is(kAnswering, answers_++) ? fault_.instead : Pieces{sound};
+  void Answer(const Bytes& usual) {
+    const Pieces pieces = fault_.Is(kAnswering, answers_++) ? fault_.replacement : Pieces{usual};
     to_host_.insert(to_host_.end(), pieces.begin(), pieces.end());
   }
 
-  // A piece at a time, as reads find them.
+  // Each read returns at most one piece.
   uint32_t Send(uint8_t* buffer, uint32_t room) {
     if (to_host_.empty()) {
       return 0;
@@ -301,18 +300,18 @@ class DownloadTest : public DriverTest {
   std::deque<Bytes> to_host_;
   int answers_ = 0;
   int progress_ = 0;
-  size_t slept_ = 0;
-  size_t told_ = 0;
+  size_t sleeps_logged_ = 0;
+  size_t trace_offset_ = 0;
 };
 
-const char* const kFileAccount =
+const char* const kFileLog =
     R"(filename =FILE | totalFileSize =3000 | Enter Upgrade mode... | ReadAvailable 512 | Write 12 46 | Read 2
 ReadAvailable 512 | Ready to send file... | progress 0 | package 0 | Write 2060 bytes | sleep 20 | Read 12
 progress 0 | package 1 | Write 2060 bytes | sleep 20 | Read 12 | progress 50 | progress 100 | restart printer...
 Write do "reset_printer" | Close | Completed...
 )";
 
-const char* const kFontAccount = R"(filename =FILE | totalFileSize =3001 | Enter Upgrade mode... | ReadAvailable 512
+const char* const kFontLog = R"(filename =FILE | totalFileSize =3001 | Enter Upgrade mode... | ReadAvailable 512
 Write do "font_download_quick" | Read 2 | ReadAvailable 512 | Ready to send file... | progress 0 | package 0
 Write 1512 bytes | sleep 20 | Read 12 | progress 0 | package 1 | Write 1512 bytes | sleep 20 | Read 12
 progress 33 | package 2 | Write 1512 bytes | sleep 20 | Read 12 | progress 66 | progress 100
@@ -320,7 +319,7 @@ restart printer... | Write 5E 45 4E 44 | Write do "reset_printer" | Successfully
 ReadAvailable 512 | Close | Completed...
 )";
 
-const char* const kFirmwareAccount =
+const char* const kFirmwareLog =
     R"(filename =FILE | totalFileSize =1652 | Enter Upgrade mode... | ReadAvailable 512 | Write do "dfu"
 ReadAvailable 512 | Close | Configure vexo:/dev/bus/NET/DEVICE?ip=dfu+port=9100 | Open | Write 76 bytes
 sleep 200 | Read 1 | Successfully distributed... | Write 1024 bytes | progress 61 | Write 476 bytes
@@ -331,7 +330,7 @@ Download firmware complete... | Write do "reset_printer" | Successfully restarte
 ReadAvailable 512
 )";
 
-const char* const kYModemAccount =
+const char* const kYModemLog =
     R"(filename =FILE | totalFileSize =1500 | Enter Upgrade mode... | ReadAvailable 512 | Write 1D 75 55 AA | Close
 sleep 1000 | desc = NET,loader | Close | Configure vexo:/dev/bus/NET/DEVICE?ip=loader+port=9100 | Open
 ReadAvailable 512 | Shake hands before sending... | Write 31 | sleep 500 | Read 1
@@ -343,9 +342,9 @@ End of Sending flag... | Write 33 | progress 100 | restart printer... | Write do
 Completed...
 )";
 
-// What stands between the bars and line ends.
-Account Lines(const std::string& text) {
-  Account lines;
+// Splits the text at bars and line ends.
+Log Lines(const std::string& text) {
+  Log lines;
   std::istringstream rows(text);
   for (std::string row; std::getline(rows, row);) {
     for (size_t end = 0; end != std::string::npos; row.erase(0, end != std::string::npos ? end + 3 : 0)) {
@@ -356,21 +355,21 @@ Account Lines(const std::string& text) {
   return lines;
 }
 
-TEST_F(DownloadTest, TakeTheirStepsInOrder) {
+TEST_F(DownloadTest, LogsOfCompleteDownloads) {
   const std::pair<const Download&, const char*> rows[] = {
-      {kFile, kFileAccount}, {kFont, kFontAccount}, {kFirmware, kFirmwareAccount}, {kYModem, kYModemAccount}};
-  for (const auto& [download, account] : rows) {
+      {kFile, kFileLog}, {kFont, kFontLog}, {kFirmware, kFirmwareLog}, {kYModem, kYModemLog}};
+  for (const auto& [download, log] : rows) {
     SCOPED_TRACE(download.name);
     EXPECT_EQ(0, Run(download));
-    EXPECT_EQ(Lines(account), account_);
-    EXPECT_EQ(Pieces{download.content}, stored_) << "what the printer has of it";
+    EXPECT_EQ(Lines(log), log_);
+    EXPECT_EQ(Pieces{download.content}, stored_) << "content stored by the printer";
     const bool stays_open = &download == &kFirmware;
     EXPECT_EQ(stays_open ? 1 : 0, handle_.portOpen);
     EXPECT_EQ(stays_open ? 1 : 0, OpenDevices());
   }
 }
 
-// An answer to the first package of a file, sound but for the last bytes.
+// The answer to the first package of a file, with other bytes at its end.
 Bytes PackageAnswer(const Bytes& end) {
   Bytes answer = {0xDD, 0xCC, 0xBB, 0xAA, 0, 0, 0, 0, 0, 0, 0x0E, 0x03};
   std::copy(end.begin(), end.end(), answer.end() - static_cast<ptrdiff_t>(end.size()));
@@ -378,17 +377,17 @@ Bytes PackageAnswer(const Bytes& end) {
 }
 
 struct Row {
-  Row(const Download& which, Fault what, int32_t result, int open_afterwards, const char* account)
-      : download(which), fault(std::move(what)), code(result), open(open_afterwards), instead(account) {}
+  Row(const Download& which, Fault what, int32_t result, int open_afterwards, const char* log)
+      : download(which), fault(std::move(what)), code(result), open(open_afterwards), replacement(log) {}
 
   const Download& download;
   Fault fault;
   int32_t code;
   int open;
-  const char* instead;
+  const char* replacement;
 };
 
-TEST_F(DownloadTest, EndAsTheyShouldWhateverGoesWrong) {
+TEST_F(DownloadTest, Faults) {
   const Bytes nak = {0x15};
   const Row rows[] = {
       Row(kFile, {kFailingWrite, 0}, -322, 1, "5: failed: WriteData failed...;"),
@@ -399,11 +398,11 @@ TEST_F(DownloadTest, EndAsTheyShouldWhateverGoesWrong) {
       Row(kFile, {kCancelledAtWrite, 3}, 0, 0, "24:"),
       Row(kFile, {kCancelledAtProgress, 0}, -6004, 1, "9: Cancel...;"),
       Row(kFile, {kCancelledAtProgress, 1}, -6004, 1, "14: Cancel...;"),
-      Row(kFile, {kLosingTheHandle, 0}, -6006, 0, "5: failed:Enter Mode Failed...;"),
-      Row(kFile, {kLosingTheHandle, 1}, -6009, 0,
+      Row(kFile, {kClosedHandle, 0}, -6006, 0, "5: failed:Enter Mode Failed...;"),
+      Row(kFile, {kClosedHandle, 1}, -6009, 0,
           "12: 3 x (failed:WriteData Failed...); failed:Slave Response Failed.........;"),
-      Row(kFile, {kLosingTheHandle, 3}, -309, 0, "22: ..."),
-      Row(kFile, {kDamagingTheHandle, 3}, -6, 1, "22: ..."),
+      Row(kFile, {kClosedHandle, 3}, -309, 0, "22: ..."),
+      Row(kFile, {kDamagedHandle, 3}, -6, 1, "22: ..."),
       Row(kFile, {kOvercounting}, 0, 0, "24:"),
       Row(kFile, {kReadingFails}, -6006, 1, "6: failed:Enter Mode Failed...;"),
       Row(kFile, {kWithoutProgress}, 0, 0,
@@ -432,8 +431,8 @@ TEST_F(DownloadTest, EndAsTheyShouldWhateverGoesWrong) {
       Row(kFont, {kFailingWrite, 0}, -322, 1, "5: failed: WriteData failed...;"),
       Row(kFont, {kFailingWrite, 4}, 0, 0, "32:"),
       Row(kFont, {kFailingWrite, 5}, -322, 1, "28: Reboot device failed...;"),
-      Row(kFont, {kLosingTheHandle, 4}, -309, 0, "27: Reboot device failed...;"),
-      Row(kFont, {kLosingTheHandle, 5}, 0, 0, "29: ..."),
+      Row(kFont, {kClosedHandle, 4}, -309, 0, "27: Reboot device failed...;"),
+      Row(kFont, {kClosedHandle, 5}, 0, 0, "29: ..."),
       Row(kFont, {kOvercounting}, 0, 0, "32:"),
       Row(kFont, {kCancelledAtProgress, 3}, 0, 0, "32:"),
 
@@ -445,8 +444,8 @@ TEST_F(DownloadTest, EndAsTheyShouldWhateverGoesWrong) {
       Row(kFirmware, {kCancelledAtWrite, 2}, -6004, 1, "15: Cancel...;"),
       Row(kFirmware, {kCancelledAtWrite, 4}, -6004, 1, "27: Cancel...;"),
       Row(kFirmware, {kCancelledAtWrite, 5}, 0, 1, "34:"),
-      Row(kFirmware, {kDamagingTheHandle, 0}, 0, 1, "5: Openfail;"),
-      Row(kFirmware, {kLosingTheHandle, 2}, -309, 0, "15: failed: WriteData failed...;"),
+      Row(kFirmware, {kDamagedHandle, 0}, 0, 1, "5: Openfail;"),
+      Row(kFirmware, {kClosedHandle, 2}, -309, 0, "15: failed: WriteData failed...;"),
       Row(kFirmware, {kRefusedConnects, 1}, 0, 0, "9: Openfail;"),
       Row(kFirmware, {kOvercounting}, 0, 1, "12: failed: ReadData failed...;"),
       Row(kFirmware, {kReadingFails}, 0, 1, "12: failed: ReadData failed...;"),
@@ -471,10 +470,10 @@ TEST_F(DownloadTest, EndAsTheyShouldWhateverGoesWrong) {
       Row(kYModem, {kCancelledAtWrite, 2}, -6004, 1, "21: Cancel...;"),
       Row(kYModem, {kCancelledAtWrite, 3}, -6004, 1, "27: Cancel...;"),
       Row(kYModem, {kCancelledAtWrite, 4}, 0, 0, "48:"),
-      Row(kYModem, {kDamagingTheHandle, 0}, -6, 1,
+      Row(kYModem, {kDamagedHandle, 0}, -6, 1,
           "5: sleep 1000; 20 x (sleep 500); 20 x (desc = NET,loader; retry to reconnect...); failed:Enter Mode "
           "Failed...;"),
-      Row(kYModem, {kLosingTheHandle, 7}, 0, 0, "45: ..."),
+      Row(kYModem, {kClosedHandle, 7}, 0, 0, "45: ..."),
       Row(kYModem, {kRefusedConnects, 2}, 0, 0,
           "11: 2 x (sleep 500; retry to reconnect...; desc = NET,loader; Close; "
           "Configure vexo:/dev/bus/NET/DEVICE?ip=loader+port=9100; Open); ..."),
@@ -503,23 +502,23 @@ TEST_F(DownloadTest, EndAsTheyShouldWhateverGoesWrong) {
       Row(kYModem, {kAnswering, 4, {nak}}, -6009, 1, "37: failed:Slave Response Failed...;"),
       Row(kYModem, {kAnswering, 5, {nak}}, -6009, 1, "41: failed:Slave Response Failed...;"),
   };
-  std::map<const Download*, Account> sound;
+  std::map<const Download*, Log> usual_logs;
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << row.download.name << ", row " << &row - rows);
-    Account& usual = sound[&row.download];
+    Log& usual = usual_logs[&row.download];
     if (usual.empty()) {
       Run(row.download);
-      usual = account_;
+      usual = log_;
     }
     EXPECT_EQ(row.code, Run(row.download, row.fault));
     EXPECT_EQ(row.open, handle_.portOpen);
-    EXPECT_EQ(row.instead, Since(usual));
+    EXPECT_EQ(row.replacement, DifferenceFrom(usual));
   }
 }
 
-// A file's last package ends in zeros; a font's, but for two bytes, in the end of the one before; a block in whatever
-// the one before has left.
-TEST_F(DownloadTest, FillUpTheirLastPiece) {
+// The last package of a file is padded with zeros. That of a font is padded with the end of the previous package,
+// except for one zero byte, and a YModem block with the bytes of the previous block.
+TEST_F(DownloadTest, PaddingOfTheLastPackage) {
   const auto tail_of = [](const Bytes& piece, size_t from) {
     return Bytes(piece.begin() + static_cast<ptrdiff_t>(from), piece.end() - 2);
   };
@@ -533,14 +532,14 @@ TEST_F(DownloadTest, FillUpTheirLastPiece) {
   EXPECT_EQ(tail_of(written_[3], 3 + 476), tail_of(written_[4], 3 + 476));
 }
 
-TEST_F(DownloadTest, CountTheirPiecesToTheLimits) {
+TEST_F(DownloadTest, NumberOfPackages) {
   const Download rows[] = {
       {"3", [](auto* h, auto* f, auto p) { return DownloadFontFile(h, 1, f, nullptr, p); }, FileContent(3)},
       {"1", [](auto* h, auto* f, auto p) { return DownloadFontFile(h, 2048, f, nullptr, p); }, FileContent(2048)},
       {"2", [](auto* h, auto* f, auto p) { return DownloadFontFile(h, 65535, f, nullptr, p); }, FileContent(65536)},
       {"2", kFile.run, FileContent(2049)},
       {"2", kFile.run, FileContent(4096)},
-      // An exact multiple is followed by one more block, and the numbers of blocks wrap.
+      // YModem adds a block after an exact multiple, and block numbers wrap.
       {"3", kYModem.run, FileContent(2048)},
       {"1", kYModem.run, FileContent(1023)},
       {"257", kYModem.run, FileContent(256 * 1024)}};
@@ -548,18 +547,18 @@ TEST_F(DownloadTest, CountTheirPiecesToTheLimits) {
     SCOPED_TRACE(&row - rows);
     EXPECT_EQ(0, Run(row));
     EXPECT_EQ(Pieces{row.content}, stored_);
-    EXPECT_EQ(std::stoi(row.name), std::count_if(account_.begin(), account_.end(), [](const std::string& line) {
+    EXPECT_EQ(std::stoi(row.name), std::count_if(log_.begin(), log_.end(), [](const std::string& line) {
                 return line.rfind("package ", 0) == 0;
               }));
   }
 }
 
-// Only silence is waited for, and each download has its own words for an empty file.
-TEST_F(DownloadTest, RefuseBadArgumentsBeforeAnythingIsSent) {
-  const std::pair<const Download&, Account> rows[] = {{kFile, {"failed:file is null.file is null."}},
-                                                      {kFont, {"failed: The file is empty."}},
-                                                      {kFirmware, {"failed:file is null."}},
-                                                      {kYModem, {"failed:file is null."}}};
+// Each download has its own trace text for an empty file.
+TEST_F(DownloadTest, BadArgumentsAreRefusedBeforeAnythingIsSent) {
+  const std::pair<const Download&, Log> rows[] = {{kFile, {"failed:file is null.file is null."}},
+                                                  {kFont, {"failed: The file is empty."}},
+                                                  {kFirmware, {"failed:file is null."}},
+                                                  {kYModem, {"failed:file is null."}}};
   for (const auto& [download, of_empty_file] : rows) {
     SCOPED_TRACE(download.name);
     MakeFile(download.content);
@@ -572,11 +571,11 @@ TEST_F(DownloadTest, RefuseBadArgumentsBeforeAnythingIsSent) {
     EXPECT_EQ("error handle.error handle.error handle.", ::testing::internal::GetCapturedStdout());
     for (const char* const name : {static_cast<const char*>(nullptr), "missing/file"}) {
       EXPECT_EQ(-1, RunWith(download, name));
-      EXPECT_EQ(Account{"error parameters."}, account_);
+      EXPECT_EQ(Log{"error parameters."}, log_);
     }
     EXPECT_EQ(-6007, Run({"", download.run, {}}));
-    EXPECT_EQ(2U, account_.size());
-    EXPECT_EQ(of_empty_file.front(), account_.back());
+    EXPECT_EQ(2U, log_.size());
+    EXPECT_EQ(of_empty_file.front(), log_.back());
     EXPECT_TRUE(written_.empty());
   }
   for (const auto& run : {+[](VexoPrinterHandle*h, const char*f, DownloadProgressCallback p) {
@@ -586,30 +585,29 @@ TEST_F(DownloadTest, RefuseBadArgumentsBeforeAnythingIsSent) {
                             return DownloadFontFile(h, 65536, f, nullptr, p);
                           }}) {
     EXPECT_EQ(-1, Run({"", run, {1}}));
-    EXPECT_EQ(Account{"error parameters."}, account_);
+    EXPECT_EQ(Log{"error parameters."}, log_);
   }
 }
 
-TEST_F(DownloadTest, ForgetARequestToCancelFromBefore) {
+TEST_F(DownloadTest, EarlierCancelRequestIsIgnored) {
   setCancel();
   EXPECT_EQ(0, Run(kFile));
 }
 
-TEST_F(DownloadTest, FindTheirPrinterAgain) {
+TEST_F(DownloadTest, ReconnectToTheLoader) {
   Download download = {"", [](auto* h, auto* f, auto p) { return downloadYModem(h, f, "USB", p); }, {1}};
   EXPECT_EQ(0, Run(download));
-  EXPECT_EQ("USB Configure vexo:/dev/bus/USB/A1", DriverCalls().at(2)) << "the one with this serial number";
+  EXPECT_EQ("USB Configure vexo:/dev/bus/USB/A1", DriverCalls().at(2)) << "reconnects by serial number";
   download.run = [](auto* h, auto* f, auto p) { return downloadYModem(h, f, nullptr, p); };
-  EXPECT_EQ(-6008, Run(download)) << "not in its loader";
-  EXPECT_EQ((Account{"ReadAvailable 512", "Shake hands before sending..."}),
-            Account(account_.begin() + 2, account_.begin() + 4));
+  EXPECT_EQ(-6008, Run(download)) << "the printer is not in its loader";
+  EXPECT_EQ((Log{"ReadAvailable 512", "Shake hands before sending..."}), Log(log_.begin() + 2, log_.begin() + 4));
   download = {"", [](auto* h, auto* f, auto p) { return DownloadFMWImg(h, f, nullptr, p); }, ImageOf({1})};
   EXPECT_EQ(0, Run(download));
-  EXPECT_EQ("Openfail", account_.back());
+  EXPECT_EQ("Openfail", log_.back());
 }
 
-// They are sent as the beginning of a header, and nothing follows them.
-TEST_F(DownloadTest, EndAnImageThatEndsInAFewBytes) {
+// Surplus bytes are sent as an incomplete header, and nothing after them.
+TEST_F(DownloadTest, ImageWithSurplusBytesAtItsEnd) {
   for (const size_t surplus : {1, 75}) {
     Download image = {"", kFirmware.run, ImageOf({10})};
     Append(&image.content, FileContent(surplus));
@@ -622,8 +620,8 @@ TEST_F(DownloadTest, EndAnImageThatEndsInAFewBytes) {
   }
 }
 
-// Such an image has no other end: a host checks its images, or cancels.
-TEST_F(DownloadTest, RepeatALineForAnImageThatDoesNotAddUpUntilCancelled) {
+// Compatibility: the download of such an image does not end before it is cancelled.
+TEST_F(DownloadTest, ImageWithATooLongSegmentRunsUntilCancelled) {
   for (const uint32_t announced : {11U, 0xFFFFFFFFU}) {
     Download image = {"", kFirmware.run, ImageOf({10})};
     StoreLittleEndian32(image.content.data() + 4, announced);
@@ -645,14 +643,14 @@ TEST_F(DownloadTest, RepeatALineForAnImageThatDoesNotAddUpUntilCancelled) {
     EXPECT_EQ(-6004, Run(image, {kAnswering, 0, {{0}}}));
     ended = true;
     canceller.join();
-    EXPECT_EQ("Successfully distributed...", account_[account_.size() - 2]);
-    EXPECT_EQ("Cancel...", account_.back());
+    EXPECT_EQ("Successfully distributed...", log_[log_.size() - 2]);
+    EXPECT_EQ("Cancel...", log_.back());
     EXPECT_EQ(2U, written_.size());
   }
 }
 
-// Only its own bytes are sent; the printer, which waits for the others, is what fails.
-TEST_F(DownloadTest, SendOfAnImageThatShrinksItsOwnBytesAlone) {
+// Only bytes from the file are sent. The printer still waits for the rest, so it does not answer.
+TEST_F(DownloadTest, ImageThatShrinksDuringTheDownload) {
   const Download image = {"", kFirmware.run, ImageOf({200000, 10})};
   const Bytes kept(image.content.begin(), image.content.begin() + 150000);
   on_write_ = [&](int write) {
@@ -661,29 +659,29 @@ TEST_F(DownloadTest, SendOfAnImageThatShrinksItsOwnBytesAlone) {
     }
   };
   EXPECT_EQ(0, Run(image));
-  EXPECT_EQ("failed: ReadData failed...", account_.back());
+  EXPECT_EQ("failed: ReadData failed...", log_.back());
   Bytes sent;
   for (size_t write = 1; write < written_.size(); ++write) {
     Append(&sent, written_[write]);
   }
   EXPECT_EQ(kept, sent);
-  EXPECT_NE(std::find(account_.begin(), account_.end(), "progress 99"), account_.end()) << "all of it counts as sent";
+  EXPECT_NE(std::find(log_.begin(), log_.end(), "progress 99"), log_.end()) << "progress counts the announced size";
 }
 
-// A file that is read when the printer waits for it already.
-TEST_F(DownloadTest, SendNothingOfAFileThatShrinksBeforeItIsRead) {
+// YModem reads the file after the handshake.
+TEST_F(DownloadTest, YModemFileThatShrinksBeforeItIsRead) {
   on_write_ = [&](int write) {
     if (write == 2) {
       MakeFile(FileContent(100'000));
     }
   };
   EXPECT_EQ(-1, Run({"", kYModem.run, FileContent(200'000)}));
-  EXPECT_EQ("failed:Read File Failed...", account_.back());
+  EXPECT_EQ("failed:Read File Failed...", log_.back());
   EXPECT_EQ(3U, written_.size());
 }
 
-TEST_F(DownloadTest, CutNamesThatLeaveNoRoomForTheSize) {
-  constexpr size_t kNameRoom = 128 - 2 - 4;  // Beside two zeros and "1500".
+TEST_F(DownloadTest, YModemCutsLongFileNames) {
+  constexpr size_t kNameRoom = 128 - 2 - 4;  // The rest holds two zeros and "1500".
   for (const size_t length : {kNameRoom, kNameRoom + 1, size_t{300}}) {
     MakeFile(kYModem.content);
     std::string name = "/";

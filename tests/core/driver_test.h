@@ -1,4 +1,4 @@
-// Tests on the scripted drivers: each starts with the plain script, and leaves nothing open and nothing held.
+// Fixture for tests with scripted drivers: starts with the default script, and checks for open devices and leaks.
 #ifndef VEXO_TESTS_CORE_DRIVER_TEST_H_
 #define VEXO_TESTS_CORE_DRIVER_TEST_H_
 
@@ -14,18 +14,18 @@ class DriverTest : public ::testing::Test {
   DriverTest() { SetDriverScript({}); }
   ~DriverTest() override {
     SetDriverScript({});
-    DiskPortOpen(&handle_, "");  // Gives the port back.
-    ExpectNothingHeld();
+    DiskPortOpen(&handle_, "");  // Releases the port.
+    ExpectNothingLeaked();
   }
 
-  void ExpectNothingHeld() const {
+  void ExpectNothingLeaked() const {
     EXPECT_EQ(0U, PortLockReferenceCount());
     EXPECT_EQ(0, OpenDevices());
-    EXPECT_EQ(drivers_to_stay_, LivingDrivers());
+    EXPECT_EQ(expected_drivers_, DriverCount());
   }
 
   VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
-  int32_t drivers_to_stay_ = LivingDrivers();  // Those of Bluetooth ports are closed, but kept.
+  int32_t expected_drivers_ = DriverCount();  // Bluetooth drivers are closed, but kept.
 };
 
 }  // namespace vexo::test

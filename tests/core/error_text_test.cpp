@@ -18,7 +18,7 @@ struct Texts {
   std::string chinese;
 };
 
-// error_texts.tsv: the texts that hosts in the field know, as UTF-8; "\n" stands for a line feed.
+// Reads error_texts.tsv: the texts that hosts in the field rely on, in UTF-8, with line feeds written as "\n".
 std::map<int32_t, Texts> KnownTexts() {
   std::map<int32_t, Texts> known;
   std::ifstream file(VEXO_ERROR_TEXTS);
@@ -58,7 +58,7 @@ std::string MessageOf(int32_t code, int32_t primary_language) {
   return {buffer, length};
 }
 
-TEST(ErrorText, EveryCodeHasItsTextOrTheGeneralOne) {
+TEST(ErrorText, EveryCodeHasItsOwnOrTheGenericText) {
   const std::map<int32_t, Texts> known = KnownTexts();
   ASSERT_EQ(57U, known.size());
   const Texts general = {"Printer Unknown Error!", "未知错误!"};
@@ -74,7 +74,7 @@ TEST(ErrorText, EveryCodeHasItsTextOrTheGeneralOne) {
   }
 }
 
-TEST(ErrorText, ComesInTheUsersLanguageAndInDecimalForTheSystemsCodes) {
+TEST(ErrorText, UsesTheUsersLanguageAndDecimalForSystemErrors) {
   const std::pair<const char*, const char*> rows[] = {{"en_US.UTF-8", "The operation completed successfully."},
                                                       {"zh_TW", "操作成功完成。"}};
   const char* const before = std::getenv("LC_ALL");

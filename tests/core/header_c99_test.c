@@ -1,5 +1,4 @@
-/* Hosts in C: the public headers are C99, and the records are laid out as every host declares them, on Windows and
-   elsewhere. */
+/* Checks at compile time that the public headers are C99 and that the records have the layout hosts rely on. */
 #include <stddef.h>
 
 #include "vexo/error.h"

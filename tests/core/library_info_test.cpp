@@ -12,7 +12,7 @@ TEST(LibraryInfo, VersionNeedsEightBytesAndWritesNoMore) {
   EXPECT_EQ(-1, GetExtendVersion(nullptr, 8));
 }
 
-TEST(LibraryInfo, LastErrorIsTheJobMonitorsAlone) {
+TEST(LibraryInfo, OnlyTheJobMonitorSetsTheLastError) {
   EXPECT_EQ(0, GetLastErrorCode());
   EXPECT_EQ(-6, DiskPortOpen(nullptr, "USB"));
   EXPECT_EQ(-6, SetPrintWidth(nullptr, 576));

@@ -1,4 +1,4 @@
-// Job events that go to the host's callbacks.
+// Delivery of job events to callbacks.
 #include <algorithm>
 #include <new>
 #include <stdexcept>
@@ -13,31 +13,31 @@ namespace {
 using namespace std::string_literals;
 using Texts = std::vector<std::string>;
 
-// Callbacks carry no context, so what they are to do and what they saw stands here.
+// Callbacks have no context argument, so their actions and the events they received are global.
 std::vector<std::string> g_events;
-std::function<void()> g_during;
+std::function<void()> g_action;
 
 template <int kIndex>
-void Note(int32_t event, int32_t task, uint32_t value) {
+void Record(int32_t event, int32_t task, uint32_t value) {
   {
     const UncountedAllocations uncounted;
     g_events.push_back("ABC"[kIndex] + " "s + std::to_string(event) + " " + std::to_string(task) + " " +
                        std::to_string(value));
   }
-  if (kIndex == 0 && g_during) {
-    g_during();
+  if (kIndex == 0 && g_action) {
+    g_action();
   }
 }
 
-MonitorCallback const kA = Note<0>;
-MonitorCallback const kB = Note<1>;
-MonitorCallback const kC = Note<2>;
+MonitorCallback const kA = Record<0>;
+MonitorCallback const kB = Record<1>;
+MonitorCallback const kC = Record<2>;
 
 class MonitorCallbacks : public MonitorTest {
  protected:
   MonitorCallbacks() {
     g_events.clear();
-    g_during = nullptr;
+    g_action = nullptr;
     Open();
   }
 
@@ -47,15 +47,15 @@ class MonitorCallbacks : public MonitorTest {
     return id;
   }
 
-  // The events that `bytes` cause.
+  // The events delivered for `bytes`.
   Texts Events(const std::string& bytes) {
     g_events.clear();
-    Hear(bytes);
+    PollWith(bytes);
     return g_events;
   }
 };
 
-TEST_F(MonitorCallbacks, GetJobEventsInsteadOfTheQueue) {
+TEST_F(MonitorCallbacks, ReceiveJobEventsInsteadOfTheQueue) {
   const int64_t id = Add(kA);
   EXPECT_EQ(id, Add(kA));
   EXPECT_EQ((Texts{"A 1 7 0", "A 2 7 4294967295"}), Events(Started("0007") + Ended("0007", 0xFFFFFFFF)));
@@ -69,7 +69,7 @@ TEST_F(MonitorCallbacks, GetJobEventsInsteadOfTheQueue) {
 
 TEST_F(MonitorCallbacks, MayAddAndRemoveCallbacksWhileTheyRun) {
   Add(kA);
-  g_during = [&] {
+  g_action = [&] {
     Add(kB);
     Add(kC);
   };
@@ -77,19 +77,19 @@ TEST_F(MonitorCallbacks, MayAddAndRemoveCallbacksWhileTheyRun) {
   EXPECT_EQ(3U, Events(Started("0008")).size());
 
   const int64_t ids[] = {Add(kA), Add(kB), Add(kC)};
-  g_during = [&] {
+  g_action = [&] {
     for (const int64_t id : ids) {
       EXPECT_EQ(0, RemoveReprintMonitorFun(monitor_, id));
     }
   };
   const Texts events = Events(Started("0007") + Started("0008"));
-  // Those with lower ids came before it, none after it.
+  // kA has removed all callbacks: those with lower ids ran before it, none ran after it.
   EXPECT_EQ("A 1 7 0", events.back());
   EXPECT_EQ("task 8 status 1", TakeReport());
 }
 
-TEST_F(MonitorCallbacks, AreCalledInTheOrderOfTheirIdsWhateverTheyThrow) {
-  g_during = [] { throw std::runtime_error("a host's own trouble"); };
+TEST_F(MonitorCallbacks, AreCalledInOrderOfTheirIdsDespiteExceptions) {
+  g_action = [] { throw std::runtime_error("error in a callback"); };
   EXPECT_EQ(reinterpret_cast<intptr_t>(kC), Add(kC));
   std::vector<std::pair<int64_t, std::string>> expected = {
       {reinterpret_cast<intptr_t>(kC), "C 1 7 0"}, {Add(kA), "A 1 7 0"}, {Add(kB), "B 1 7 0"}};
@@ -97,28 +97,28 @@ TEST_F(MonitorCallbacks, AreCalledInTheOrderOfTheirIdsWhateverTheyThrow) {
   EXPECT_EQ((Texts{expected[0].second, expected[1].second, expected[2].second}), Events(Started("0007")));
 }
 
-// An export that is called inside a callback receives and decodes, too; each report counts once, whoever decodes it.
+// An export called inside a callback also receives and decodes reports. Each report must be delivered exactly once.
 TEST_F(MonitorCallbacks, MayCallExportsThatReceive) {
   SetReadTimeOut(monitor_, 0);
   Add(kA);
   uint32_t status = 0;
   int32_t result = 4711;
-  g_during = [&] {
+  g_action = [&] {
     if (g_events.size() == 1) {
       result = GetDeviceStatus(monitor_, &status);
     }
   };
-  WillHear(Started("0001") + Started("0002") + Started("0003").substr(0, 15));
-  WillHear(Started("0003").substr(15) + Ended("0001", 1));
-  WillHear(ValueReply(5) + Ended("0002", 2));
+  QueueRead(Started("0001") + Started("0002") + Started("0003").substr(0, 15));
+  QueueRead(Started("0003").substr(15) + Ended("0001", 1));
+  QueueRead(ValueReply(5) + Ended("0002", 2));
   EXPECT_EQ((Texts{"A 1 1 0", "A 1 2 0", "A 1 3 0", "A 2 1 1", "A 2 2 2"}), Events(""));
   EXPECT_EQ(0, result);
   EXPECT_EQ(~5U, status);
 }
 
-// Each answer brings the next event, so events nest. From a depth on they wait for the outermost delivery, and
-// the question asked there gets its answer. (Further out a question of a callback inside takes the answer away.)
-TEST_F(MonitorCallbacks, MayAskAtEachOfTenThousandEvents) {
+// Each answer arrives with the next event, so deliveries nest up to a maximum depth. At that depth, events are queued
+// for the outermost delivery and the query gets its answer. At other depths, a nested query may take the answer.
+TEST_F(MonitorCallbacks, MayQueryAtEachOfTenThousandEvents) {
   constexpr uint32_t kEvents = 10'000;
   constexpr int kDeepest = 7;
   SetReadTimeOut(monitor_, 0);
@@ -129,24 +129,24 @@ TEST_F(MonitorCallbacks, MayAskAtEachOfTenThousandEvents) {
   int depth = 0;
   int deepest = 0;
   const auto ask = [&](const std::string& answer) {
-    port_.OnWrite({0, {}, {}, [=] { WillHear(answer); }});
+    port_.OnWrite({0, {}, {}, [=] { QueueRead(answer); }});
     uint32_t status = 0;
     const int32_t result = GetDeviceStatus(monitor_, &status);
     EXPECT_TRUE(result == 0 || (result == -7003 && depth < kDeepest)) << result;
   };
-  g_during = [&] {
+  g_action = [&] {
     ASSERT_EQ("A 2 7 " + std::to_string(++called), std::exchange(g_events, {}).back());
     deepest = std::max(deepest, ++depth);
     ask(ValueReply(1) + next());
     --depth;
   };
-  Hear(next());
+  PollWith(next());
   EXPECT_EQ(kEvents, called);
   EXPECT_EQ(kDeepest, deepest);
 
-  // When nobody listens any more, those that wait go to the queue; closing the work forgets them.
+  // Queued events go to the event queue when the last callback is removed, and are dropped when monitoring is closed.
   for (const bool closes : {false, true}) {
-    g_during = [&] {
+    g_action = [&] {
       ++depth;
       if (depth < kDeepest) {
         ask(Started("0001"));
@@ -157,15 +157,15 @@ TEST_F(MonitorCallbacks, MayAskAtEachOfTenThousandEvents) {
       }
       --depth;
     };
-    Hear(Started("0001"));
+    PollWith(Started("0001"));
     EXPECT_EQ(closes ? "none" : "task 2 status 1", TakeReport());
     EXPECT_EQ(closes ? "none" : "task 3 status 1", TakeReport());
     Add(kA);
   }
 }
 
-// However deep the callback stands that gets no memory, each event reaches it once.
-TEST_F(MonitorCallbacks, AreCalledOnceForEachEventWhateverMemoryThereIs) {
+// Each event is delivered once, at whatever nesting depth an allocation fails.
+TEST_F(MonitorCallbacks, AreCalledOnceForEachEventWhenMemoryRunsOut) {
   SetReadTimeOut(monitor_, 0);
   Add(kA);
   size_t called = 0;
@@ -173,9 +173,9 @@ TEST_F(MonitorCallbacks, AreCalledOnceForEachEventWhateverMemoryThereIs) {
   const auto send_two = [&] {
     const UncountedAllocations uncounted;
     sent += 2;
-    WillHear(Started("0001") + Started("0002"));
+    QueueRead(Started("0001") + Started("0002"));
   };
-  g_during = [&] {
+  g_action = [&] {
     if (++called < 20) {
       {
         const UncountedAllocations uncounted;
@@ -185,8 +185,8 @@ TEST_F(MonitorCallbacks, AreCalledOnceForEachEventWhateverMemoryThereIs) {
       GetDeviceStatus(monitor_, &status);
     }
   };
-  bool struck = true;
-  for (uint32_t nth = 1; struck; ++nth) {
+  bool failed = true;
+  for (uint32_t nth = 1; failed; ++nth) {
     called = sent = 0;
     send_two();
     AllocationFault fault(nth);
@@ -194,19 +194,19 @@ TEST_F(MonitorCallbacks, AreCalledOnceForEachEventWhateverMemoryThereIs) {
       monitor_->Poll(0);
     } catch (const std::bad_alloc&) {
     }
-    struck = fault.Lift();
-    for (int look = 0; look < 100; ++look) {
+    failed = fault.Lift();
+    for (int poll = 0; poll < 100; ++poll) {
       monitor_->Poll(0);
     }
     EXPECT_EQ(sent, called) << nth;
   }
 }
 
-TEST_F(MonitorCallbacks, MayCloseTheWork) {
+TEST_F(MonitorCallbacks, MayCloseMonitoring) {
   Add(kA);
-  g_during = [&] { EXPECT_EQ(0, CloseReprintMonitorWork(monitor_)); };
-  EXPECT_EQ(Texts{"A 1 1 0"}, Events(Started("0001") + Started("0002"))) << "what was heard is forgotten";
-  g_during = nullptr;
+  g_action = [&] { EXPECT_EQ(0, CloseReprintMonitorWork(monitor_)); };
+  EXPECT_EQ(Texts{"A 1 1 0"}, Events(Started("0001") + Started("0002"))) << "the second event is dropped";
+  g_action = nullptr;
   EXPECT_EQ(Texts{"A 1 3 0"}, Events(Started("0003")));
 }
 

@@ -1,4 +1,4 @@
-// A monitor bound to a scripted port, whose reader thread stands still: what the test's thread does has one outcome.
+// Fixture with a monitor on a scripted port. The reader thread is stopped, so that tests are deterministic.
 #ifndef VEXO_TESTS_CORE_MONITOR_FIXTURE_H_
 #define VEXO_TESTS_CORE_MONITOR_FIXTURE_H_
 
@@ -33,15 +33,15 @@ class MonitorTest : public ::testing::Test {
     written_before_ = port_.Written().size();
   }
 
-  void WillHear(const std::string& bytes, int32_t result = VEXO_OK) { port_.OnRead({result, BytesOf(bytes)}); }
+  void QueueRead(const std::string& bytes, int32_t result = VEXO_OK) { port_.OnRead({result, BytesOf(bytes)}); }
 
-  // What the reader thread does in one pass.
-  void Hear(const std::string& bytes) {
-    WillHear(bytes);
+  // One poll, as by the reader thread, that receives `bytes`.
+  void PollWith(const std::string& bytes) {
+    QueueRead(bytes);
     monitor_->Poll(0);
   }
 
-  // The writes since Open, or since the last call.
+  // Writes since Open or since the last call.
   std::vector<std::string> Sent() {
     std::vector<std::string> sent;
     const std::vector<Bytes> written = port_.Written();
@@ -51,7 +51,7 @@ class MonitorTest : public ::testing::Test {
     return sent;
   }
 
-  // "task 7 status 2 value ff", "task 7 status 1"; "none" for 999.
+  // "task 7 status 2 value 5", "task 7 status 1"; "none" if there is no event.
   std::string TakeReport() {
     uint16_t status = 99;
     uint32_t value = kUntouched;

@@ -1,4 +1,4 @@
-// The monitor object: its making, its settings, and which results the last-error value keeps.
+// Arguments and settings of the monitor, and which results become the last error.
 #include <functional>
 #include <stdexcept>
 
@@ -11,13 +11,13 @@ namespace {
 
 using Step = ScriptedPort::Step;
 
-const Step kThrowing = {0, {}, {}, [] { throw std::runtime_error("a host's own port"); }};
+const Step kThrowing = {0, {}, {}, [] { throw std::runtime_error("error in a port object"); }};
 
 void Ignore(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {}
 
 class MonitorObject : public MonitorTest {
  protected:
-  // The call gives `result`, and stores `stored`.
+  // The call returns `result` and leaves `stored` as the last error.
   void ExpectResult(const char* call_text, int32_t result, int32_t stored, const std::function<int32_t()>& call) {
     StoreLastErrorCode(kUntouched);
     EXPECT_EQ(result, call()) << call_text;
@@ -63,7 +63,7 @@ TEST_F(MonitorObject, NullArgumentsAreRefused) {
   EXPECT_TRUE(Sent().empty());
 }
 
-TEST_F(MonitorObject, ValuesOutOfRangeAreRefusedBeforeTheWorkIsLookedAt) {
+TEST_F(MonitorObject, ValuesOutOfRangeAreRefusedWhetherOrNotMonitoringIsOpen) {
   EXPECT_RESULT(-7101, kUntouched, SetPrintTaskId(monitor_, 1));
   EXPECT_RESULT(-7101, kUntouched, SetClearPrintTask(monitor_));
   EXPECT_RESULT(-7101, kUntouched, ResetPrinterInteriorId(monitor_, 0));
@@ -76,23 +76,23 @@ TEST_F(MonitorObject, ValuesOutOfRangeAreRefusedBeforeTheWorkIsLookedAt) {
     Open();
   }
   EXPECT_RESULT(0, kUntouched, SetPrintTaskId(monitor_, 1));
-  EXPECT_EQ(kV1Prefix + "setval \"process_id\" \"0001\"\r\n", Sent().at(0)) << "another family was chosen";
+  EXPECT_EQ(kV1Prefix + "setval \"process_id\" \"0001\"\r\n", Sent().at(0)) << "the family changed";
 }
 
-TEST_F(MonitorObject, SuccessLeavesTheLastError) {
+TEST_F(MonitorObject, SuccessKeepsTheLastError) {
   EXPECT_RESULT(0, kUntouched, RegisterPrinter(monitor_, &handle_));
   EXPECT_RESULT(0, kUntouched, SetDelayTime(monitor_, -1));
   EXPECT_RESULT(0, kUntouched, OpenReprintMonitorWork(monitor_));
   EXPECT_RESULT(0, kUntouched, AddReprintMonitorFun(monitor_, Ignore, &id_));
   EXPECT_RESULT(0, kUntouched, RemoveReprintMonitorFun(monitor_, id_));
   EXPECT_RESULT(0, kUntouched, RemoveReprintMonitorFun(monitor_, 12345));
-  Hear(Started("0007"));
+  PollWith(Started("0007"));
   EXPECT_RESULT(7, kUntouched, GetStatusReport(monitor_, &status_, &number_));
   EXPECT_RESULT(0, kUntouched, CloseReprintMonitorWork(monitor_));
   EXPECT_RESULT(999, 999, GetStatusReport(monitor_, &status_, &number_));
 }
 
-TEST_F(MonitorObject, FailureIsStoredButForTheTagging) {
+TEST_F(MonitorObject, FailureIsStoredExceptBySetPrintTaskId) {
   Open();
   const struct {
     std::function<int32_t()> call;
@@ -118,7 +118,7 @@ TEST_F(MonitorObject, FailureIsStoredButForTheTagging) {
   }
   port_.OnWrite({-321});
   EXPECT_RESULT(-7003, -7003, ResetPrinterInteriorId(monitor_, 0));
-  EXPECT_TRUE(RecordedSleeps().empty()) << "waited for the answer to a command that was not sent";
+  EXPECT_TRUE(RecordedSleeps().empty()) << "waited for an answer although sending failed";
 }
 
 TEST_F(MonitorObject, BindsOnlyAnOpenPrinter) {
@@ -132,7 +132,7 @@ TEST_F(MonitorObject, BindsOnlyAnOpenPrinter) {
   EXPECT_RESULT(-7101, kUntouched, SetPrintTaskId(monitor_, 1));
 }
 
-TEST_F(MonitorObject, WriteThatTimedOutIsTriedOnceMore) {
+TEST_F(MonitorObject, WriteThatTimedOutIsRepeatedOnce) {
   constexpr int32_t kThrows = 1;
   const std::pair<std::vector<int32_t>, int32_t> rows[] = {
       {{-322, 0}, 0}, {{-322, -322}, -322}, {{-322, -321}, -321}, {{kThrows}, -321}, {{-322, kThrows}, -322}};
@@ -147,23 +147,22 @@ TEST_F(MonitorObject, WriteThatTimedOutIsTriedOnceMore) {
   }
 }
 
-// Whole conversations show that each call survives this.
-TEST_F(MonitorObject, MemoryThatRunsOutLosesNoReport) {
-  constexpr int kReports = 20;  // More than the queue has room for without memory.
+TEST_F(MonitorObject, AllocationFailureLosesNoReport) {
+  constexpr int kReports = 20;  // More than the queue's initial capacity.
   std::string reports;
   for (int report = 0; report < kReports; ++report) {
     reports += Started("0007");
   }
   Open();
-  bool struck = true;
-  for (uint32_t nth = 1; struck; ++nth) {
+  bool failed = true;
+  for (uint32_t nth = 1; failed; ++nth) {
     SCOPED_TRACE(nth);
-    WillHear(reports);
-    WillHear(ValueReply(5));
+    QueueRead(reports);
+    QueueRead(ValueReply(5));
     AllocationFault fault(nth);
     const int32_t result = GetDeviceStatus(monitor_, &number_);
-    struck = fault.Lift();
-    EXPECT_EQ(struck ? -9 : 0, result);
+    failed = fault.Lift();
+    EXPECT_EQ(failed ? -9 : 0, result);
     for (int pass = 0; pass < 4; ++pass) {
       monitor_->Poll(0);
     }
@@ -174,8 +173,8 @@ TEST_F(MonitorObject, MemoryThatRunsOutLosesNoReport) {
   }
 }
 
-// With the work closed it only rests.
-TEST_F(MonitorObject, ReaderLooksAfterEachPauseWhileTheWorkIsOpen) {
+// While monitoring is closed, the reader only sleeps.
+TEST_F(MonitorObject, ReaderSleepsInSlicesAndDoesNotReadWhileClosed) {
   const auto pauses = [this](size_t count) {
     held_.Release();
     EXPECT_TRUE(Eventually([=] { return RecordedSleeps().size() >= count; }));
@@ -186,15 +185,15 @@ TEST_F(MonitorObject, ReaderLooksAfterEachPauseWhileTheWorkIsOpen) {
   EXPECT_TRUE(port_.Operations().empty());
   SetPollingTime(monitor_, 250);
   SetClock(0);
-  const std::vector<uint32_t> sliced = pauses(12);  // The stop request is looked for in between.
+  const std::vector<uint32_t> sliced = pauses(12);  // Sliced, so that a stop request is noticed early.
   const std::vector<uint32_t> twice = {100, 100, 50, 100, 100, 50};
   EXPECT_NE(std::search(sliced.begin(), sliced.end(), twice.begin(), twice.end()), sliced.end());
   EXPECT_TRUE(port_.Operations().empty());
 }
 
-TEST_F(MonitorObject, LookThatBringsNothingNeedsNoMemory) {
+TEST_F(MonitorObject, PollWithoutDataAllocatesNothing) {
   Open();
-  Hear("");
+  PollWith("");
   AllocationFault fault(1);
   monitor_->Poll(0);
   EXPECT_FALSE(fault.Lift());

@@ -1,4 +1,4 @@
-// Monitoring switched on and off, asked for, and the events that wait for the host.
+// Opening, closing and querying job monitoring, and the event queue.
 #include <stdexcept>
 
 #include "monitor_fixture.h"
@@ -13,7 +13,7 @@ using Texts = std::vector<std::string>;
 
 class MonitorWork : public MonitorTest {
  protected:
-  // The word, or the code.
+  // The text, or the error code.
   std::string Query(int32_t length) {
     char buffer[8] = "#######";
     const int32_t result = QueryReprintMonitorWork(monitor_, buffer, length);
@@ -41,20 +41,20 @@ TEST_F(MonitorWork, SwitchesThePrinter) {
   }
 }
 
-TEST_F(MonitorWork, CloseForgetsWhatWasHeardUnlessItFails) {
+TEST_F(MonitorWork, CloseDropsReceivedDataUnlessItFails) {
   Open(0);
-  Hear("7\"0012\0"s + Ended("0001", 2) + ValueReply(3) + Started("0002").substr(0, 16));
+  PollWith("7\"0012\0"s + Ended("0001", 2) + ValueReply(3) + Started("0002").substr(0, 16));
   port_.OnWrite({-321});
   EXPECT_EQ(-321, CloseReprintMonitorWork(monitor_));
   EXPECT_EQ("task 12 status 1", TakeReport());
   EXPECT_EQ(0, CloseReprintMonitorWork(monitor_));
   Open(0);
-  Hear(Started("0002").substr(16) + "7#\0"s);
-  EXPECT_EQ("task 0 status 2 value 4294967295", TakeReport()) << "the job that ended is of an earlier time";
+  PollWith(Started("0002").substr(16) + "7#\0"s);
+  EXPECT_EQ("task 0 status 2 value 4294967295", TakeReport()) << "the running job was forgotten";
   EXPECT_EQ("none", TakeReport());
 }
 
-TEST_F(MonitorWork, QueryAsksThePrinterOfFamilyOne) {
+TEST_F(MonitorWork, QueryWithV1CommandsAsksThePrinter) {
   const struct {
     std::string payload;
     int32_t length;
@@ -63,31 +63,31 @@ TEST_F(MonitorWork, QueryAsksThePrinterOfFamilyOne) {
               {"?\0"s, 2, "of"},        {"?\x02", 8, "off"},        {"?", 1, "o"},         {"?\x01", -1, "-7007"},
               {"?\x01_23456", 8, "on"}, {"?\x01_23456", 7, "-7007"}};
   for (const auto& row : rows) {
-    WillHear(Frame(0x103, "?"));  // From before, and no answer.
-    WillHear(Frame(0x103, row.payload));
+    QueueRead(Frame(0x103, "?"));  // Received before the query, so not its answer.
+    QueueRead(Frame(0x103, row.payload));
     EXPECT_EQ(row.answer, Query(row.length)) << testing::PrintToString(row.payload);
     EXPECT_EQ(Texts{kV1Prefix + "getval \"job_monitor\"\r\n"}, Sent());
   }
   EXPECT_EQ(-7007, GetLastErrorCode());
 }
 
-TEST_F(MonitorWork, QueryLooksTwiceForTheAnswer) {
+TEST_F(MonitorWork, QueryPollsTwiceForTheAnswer) {
   EXPECT_EQ("-7003", Query(8));
-  EXPECT_EQ(Sleeps(18, 20), RecordedSleeps()) << "two polls of 200 ms, which pause after each receive but one";
+  EXPECT_EQ(Sleeps(18, 20), RecordedSleeps()) << "two polls of 200 ms, each with a sleep after every receive but one";
   EXPECT_EQ(-7003, GetLastErrorCode());
 
-  // The receives are one before the question and ten in each poll.
+  // One receive before the query and ten in each poll.
   const std::string answer = Frame(0x103, "?\x01");
   for (const auto& [silent_receives, result] : {std::pair(1, "on"), std::pair(10, "on"), std::pair(11, "-7003")}) {
     for (int receive = 0; receive < silent_receives; ++receive) {
-      WillHear("");
+      QueueRead("");
     }
-    WillHear(answer);
+    QueueRead(answer);
     EXPECT_EQ(result, Query(8)) << silent_receives;
   }
 }
 
-TEST_F(MonitorWork, QueryOfFamilyZeroAsksTheMonitor) {
+TEST_F(MonitorWork, QueryWithGsCommandsAnswersFromTheMonitorsState) {
   SelectSDKRepintType(monitor_, 0);
   EXPECT_EQ("off", Query(8));
   Open(0);
@@ -98,10 +98,11 @@ TEST_F(MonitorWork, QueryOfFamilyZeroAsksTheMonitor) {
   EXPECT_EQ(operations, port_.Operations().size());
 }
 
-TEST_F(MonitorWork, ReportsComeInOrderWithTheValueInverted) {
-  Hear(Frame(0x102, "?0003") + Started("0007") + ValueReply(1) + Ended("0007", 0) + Started("0999") + Ended("-001", 5));
+TEST_F(MonitorWork, EventsAreQueuedInOrderWithInvertedValues) {
+  PollWith(Frame(0x102, "?0003") + Started("0007") + ValueReply(1) + Ended("0007", 0) + Started("0999") +
+           Ended("-001", 5));
   EXPECT_EQ("task 7 status 1", TakeReport());
-  EXPECT_EQ(RecordKind::kEmpty, monitor_->TakeReply().kind) << "taking an event drops pending answers";
+  EXPECT_EQ(RecordKind::kEmpty, monitor_->TakeReply().kind) << "taking an event drops pending replies";
   EXPECT_EQ("task 7 status 2 value 4294967295", TakeReport());
   uint16_t status = 0;
   EXPECT_EQ(999, GetStatusReport(monitor_, &status, nullptr));
@@ -111,10 +112,10 @@ TEST_F(MonitorWork, ReportsComeInOrderWithTheValueInverted) {
   EXPECT_EQ("none", TakeReport());
 }
 
-// A printer may talk without end while nobody asks.
-TEST_F(MonitorWork, NewestRepliesAreKeptAndAllEvents) {
+// A printer may send without end while the host takes nothing.
+TEST_F(MonitorWork, AllEventsAndTheLatestRepliesAreKept) {
   for (uint32_t reply = 0; reply < 3000; ++reply) {
-    Hear(ValueReply(reply) + (reply % 2 == 0 ? Started("0007") : ""));
+    PollWith(ValueReply(reply) + (reply % 2 == 0 ? Started("0007") : ""));
   }
   EXPECT_EQ(1500U + 1024U, monitor_->CountWaiting());
   for (uint32_t reply = 3000 - 1024; reply < 3000; ++reply) {
@@ -127,17 +128,17 @@ TEST_F(MonitorWork, NewestRepliesAreKeptAndAllEvents) {
   EXPECT_EQ("none", TakeReport());
 }
 
-TEST_F(MonitorWork, EventOfTheOtherFamilyIsNoEventAndNotStored) {
-  Hear(Started("0007"));
+TEST_F(MonitorWork, EventOfTheOtherFamilyIsDropped) {
+  PollWith(Started("0007"));
   SelectSDKRepintType(monitor_, 0);
-  Hear("7\"0012\0"s);
+  PollWith("7\"0012\0"s);
   EXPECT_EQ("none", TakeReport());
   EXPECT_EQ(kUntouched, GetLastErrorCode());
   EXPECT_EQ("task 12 status 1", TakeReport());
 }
 
-TEST_F(MonitorWork, FamilyZeroAsksForTheValueOfAJobsEnd) {
-  const Step throws = {0, {}, {}, [] { throw std::runtime_error("a host's own port"); }};
+TEST_F(MonitorWork, GsMonitorQueriesTheValueOfAJobEnd) {
+  const Step throws = {0, {}, {}, [] { throw std::runtime_error("error in a port object"); }};
   const std::tuple<Step, Step, uint32_t, Sleeps> rows[] = {{{}, {0, BytesOf("\x05\x01\0\0\x09"s)}, 0x105, {}},
                                                            {{}, {0, BytesOf("\xff\xff\xff\xff")}, 0xFFFFFFFF, {}},
                                                            {{}, {0, BytesOf("\x05\x01")}, 0x105, {}},
@@ -147,23 +148,23 @@ TEST_F(MonitorWork, FamilyZeroAsksForTheValueOfAJobsEnd) {
                                                            {{-321}, {}, 0, {}}};
   Open(0);
   SetReadTimeOut(monitor_, 60);
-  Hear("7\"0012\0"s);
+  PollWith("7\"0012\0"s);
   EXPECT_EQ("task 12 status 1", TakeReport());
   for (const auto& [sent, answer, value, sleeps] : rows) {
     SetClock(0);
     port_.OnWrite(sent);
-    WillHear("7#7");
+    QueueRead("7#7");
     port_.OnRead(answer);
     monitor_->Poll(0);
     EXPECT_EQ(Texts{kV1Prefix + "getval \"reprint_status\"\r\n"}, Sent());
     EXPECT_EQ("task 12 status 2 value " + std::to_string(~value), TakeReport());
     EXPECT_EQ(sleeps, RecordedSleeps());
     monitor_->Poll(0);
-    EXPECT_EQ(RecordKind::kEmpty, monitor_->TakeReply().kind) << "the answer was decoded as a report, too";
+    EXPECT_EQ(RecordKind::kEmpty, monitor_->TakeReply().kind) << "the answer was also decoded as a report";
   }
-  Hear("7$7");
-  Hear("7#7");
-  EXPECT_EQ("task 0 status 2 value 4294967295", TakeReport()) << "the printer numbers its tasks anew";
+  PollWith("7$7");
+  PollWith("7#7");
+  EXPECT_EQ("task 0 status 2 value 4294967295", TakeReport()) << "the task numbering was reset";
 }
 
 }  // namespace

@@ -8,17 +8,17 @@ namespace {
 
 class PortFactory : public DriverTest {
  protected:
-  // Opening fails with `code`, leaves the result alone and keeps nothing.
+  // Opening fails with `code`, does not set the result and leaks nothing.
   void ExpectRefused(int32_t code, const char* text) const {
     VexoPort untouched = {};
     VexoPort* port = &untouched;
     EXPECT_EQ(code, OpenPort(&port, text)) << (text != nullptr ? text : "(null)");
     EXPECT_EQ(&untouched, port);
-    ExpectNothingHeld();
+    ExpectNothingLeaked();
   }
 };
 
-TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
+TEST_F(PortFactory, CreatesAndConfiguresThePort) {
   const std::string lpt = "vexo:/dev/bus/LPT/";
   const std::string too_long = lpt + std::string(300, 'L');
   const struct {
@@ -29,7 +29,7 @@ TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
               {"lpt1", VEXO_PORT_PARALLEL, lpt + "lpt1"},
               {"USB", VEXO_PORT_USB, "vexo:/dev/bus/USB/DEVICE"},
               {"BUF", VEXO_PORT_BUFFER, ""},
-              // A URI is taken as given, without what ends its list; 255 characters count.
+              // A URI is used as given, up to the first bad parameter and up to 255 characters.
               {"vexo:/dev/bus/NET/COM1,9600?ip=1.2.3.4+port", VEXO_PORT_NET, "vexo:/dev/bus/NET/COM1,9600?ip=1.2.3.4"},
               {too_long, VEXO_PORT_PARALLEL, too_long.substr(0, 255)}};
   for (const auto& row : rows) {
@@ -45,7 +45,7 @@ TEST_F(PortFactory, MakesTheConfiguredPortThatTheTextNames) {
     EXPECT_EQ(0, OpenDevices());
     EXPECT_EQ(1U, PortLockReferenceCount());
     EXPECT_EQ(0, ClosePort(port));
-    ExpectNothingHeld();
+    ExpectNothingLeaked();
   }
 }
 
@@ -57,7 +57,7 @@ TEST_F(PortFactory, RefusesOtherTexts) {
   for (const char* const text : {"vexo:/dev/bus/XYZ/DEVICE", "vexo:/dev/bus/bluetooth/DEVICE?address=1", "FILE,x"}) {
     ExpectRefused(-4, text);
   }
-  for (const int32_t code : {-1, -9, 87}) {  // What Configure says.
+  for (const int32_t code : {-1, -9, 87}) {  // Results of Configure.
     SetDriverScript({code});
     ExpectRefused(code, "NET,10.0.0.5");
   }

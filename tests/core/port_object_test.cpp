@@ -16,7 +16,7 @@ class PortObject : public DriverTest {
   }
   void TearDown() override { ClosePort(port_); }
 
-  // All twelve operations on `port` fail with `code`; transfers and Control report a count of 0 all the same.
+  // All twelve operations on `port` fail with `code`. Transfers and Control also report a count of 0.
   void ExpectEveryOperationGives(int32_t code, VexoPort* port) const {
     uint8_t byte = 0;
     VexoPortTimeouts timeouts = {};
@@ -40,7 +40,7 @@ class PortObject : public DriverTest {
   }
 
   VexoPort* port_ = nullptr;
-  VexoPort entries_ = {};  // What the record held when it was new.
+  VexoPort entries_ = {};  // The record as it was created.
 };
 
 TEST_F(PortObject, NullOrWrongMagicIsRefusedByEveryOperation) {
@@ -52,7 +52,7 @@ TEST_F(PortObject, NullOrWrongMagicIsRefusedByEveryOperation) {
   EXPECT_EQ(-6, ClosePort(&other));
 }
 
-// Nor do stale records and their copies reach a port that was made since, in the memory of the old one.
+// A stale record or its copy must not reach a newer port in the same memory.
 TEST_F(PortObject, StaleRecordsAreRefused) {
   VexoPort* const closed = port_;
   VexoPort copy = *port_;
@@ -76,7 +76,7 @@ TEST_F(PortObject, CopyReachesTheSameDevice) {
   EXPECT_EQ(0, port_->GetTimeouts(port_, &got));
   EXPECT_EQ(0, std::memcmp(&set, &got, sizeof(set)));
 
-  EXPECT_EQ(0, ClosePort(&copy));  // Closes the device; the object stays its maker's.
+  EXPECT_EQ(0, ClosePort(&copy));  // Closes the device only; the original object stays valid.
   EXPECT_EQ(-309, port_->CheckOpen(port_));
   EXPECT_EQ(0, port_->Open(port_));
 }
@@ -92,7 +92,7 @@ TEST_F(PortObject, NullArguments) {
   EXPECT_EQ(-1, port_->GetTimeouts(port_, nullptr));
   EXPECT_EQ(-301, port_->Configure(port_, nullptr));
 
-  uint8_t byte = 0;  // A caller may have no use for a count.
+  uint8_t byte = 0;  // The count is optional.
   EXPECT_EQ(0, port_->GetUri(port_, nullptr, 0, nullptr));
   EXPECT_EQ(0, port_->Write(port_, &byte, 0, 1, nullptr));
   EXPECT_EQ(-332, port_->Read(port_, &byte, 0, 1, nullptr));
@@ -100,7 +100,7 @@ TEST_F(PortObject, NullArguments) {
   EXPECT_EQ(-7, port_->Control(port_, 1, nullptr, nullptr, 0, nullptr, 0, nullptr));
 }
 
-TEST_F(PortObject, UriNeedsRoomFor255Bytes) {
+TEST_F(PortObject, GetUriNeedsABufferOf255Bytes) {
   const std::string uri = "vexo:/dev/bus/NET/DEVICE?ip=10.0.0.5+port=9100";
   for (const uint32_t size : {0U, 254U, 255U}) {
     std::string buffer(256, '#');
@@ -115,16 +115,16 @@ TEST_F(PortObject, UriNeedsRoomFor255Bytes) {
   }
 }
 
-// As if another thread closed the port in the middle of a write: the device is closed, and what the write still needs
-// goes when it has ended.
-TEST_F(PortObject, ClosingEndsTheOperationUnderWay) {
-  const int32_t drivers = LivingDrivers();
+// Simulates another thread that closes the port during a write. The device is closed at once; the driver is freed when
+// the write has ended.
+TEST_F(PortObject, CloseEndsARunningOperation) {
+  const int32_t drivers = DriverCount();
   EXPECT_EQ(0, port_->Open(port_));
   SetDriverScript({0, 0, [&](const std::string& call) {
                      if (call == "NET Write 1") {
                        EXPECT_EQ(0, ClosePort(port_));
                        EXPECT_EQ(0, OpenDevices());
-                       EXPECT_EQ(drivers, LivingDrivers());
+                       EXPECT_EQ(drivers, DriverCount());
                        EXPECT_EQ(1U, PortLockReferenceCount());
                      }
                    }});
@@ -133,7 +133,7 @@ TEST_F(PortObject, ClosingEndsTheOperationUnderWay) {
   EXPECT_EQ(0, port_->Write(port_, &byte, 0, 1, &written));
   EXPECT_EQ(0U, written);
   EXPECT_EQ(0, OpenDevices());
-  EXPECT_EQ(drivers - 1, LivingDrivers());
+  EXPECT_EQ(drivers - 1, DriverCount());
   EXPECT_EQ(0U, PortLockReferenceCount());
 }
 

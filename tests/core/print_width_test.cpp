@@ -1,4 +1,4 @@
-// Both exports against a port that the host made.
+// SetPrintWidth and GetPrintWidth on a scripted port.
 #include "core/core_test.h"
 
 namespace vexo::test {
@@ -22,7 +22,7 @@ struct Printer {
   uint32_t width = kUntouched;
 };
 
-TEST(SetPrintWidth, SendsTheLowSixteenBitsAndHasThemSaved) {
+TEST(SetPrintWidth, SendsTheLowSixteenBitsAndSavesThem) {
   const std::tuple<uint32_t, uint8_t, uint8_t> rows[] = {
       {640, 0x80, 0x02}, {0x1ABCD, 0xCD, 0xAB}, {0, 0, 0}, {0xFFFFFFFF, 0xFF, 0xFF}};
   for (const auto& [width, low, high] : rows) {
@@ -37,7 +37,7 @@ TEST(SetPrintWidth, SendsTheLowSixteenBitsAndHasThemSaved) {
   }
 }
 
-TEST(SetPrintWidth, JudgesTheSavingAlone) {
+TEST(SetPrintWidth, ResultDependsOnTheSavingOnly) {
   const std::tuple<const char*, Step, Step, int32_t> rows[] = {
       {"no acknowledgement", {-332}, {0, {0}}, 0},
       {"uncounted acknowledgement", {0, {9, 9, 0}, 0}, {0, {0}}, 0},
@@ -55,18 +55,18 @@ TEST(SetPrintWidth, JudgesTheSavingAlone) {
   }
 }
 
-TEST(SetPrintWidth, AcknowledgementThatFilledTheBufferUncountedFails) {
+TEST(SetPrintWidth, NegativeAcknowledgementWithCountZeroFails) {
   Printer printer;
   printer.port.OnRead({0, {9, 9, 1}, 0});
   EXPECT_EQ(-331, printer.Set());
   EXPECT_EQ(2U, printer.Steps());
 }
 
-TEST(GetPrintWidth, AsksForTheKeyAndTakesTwoBytes) {
+TEST(GetPrintWidth, ReadsTheKeyAsTwoBytes) {
   const std::tuple<Step, int32_t, uint32_t> rows[] = {
       {{0, {0x40, 0x02}}, 0, 576},
       {{-332, {0, 0}}, 0, 0},
-      // Any other count gives the read's own result.
+      // With any other count, the result is that of the read.
       {{-332, {1}}, -332, kUntouched},
       {{10054}, 10054, kUntouched},
       {{0, {}}, 0, kUntouched},
@@ -82,7 +82,7 @@ TEST(GetPrintWidth, AsksForTheKeyAndTakesTwoBytes) {
   }
 }
 
-TEST(PrintWidth, ExchangeEndsAtTheWriteThatFails) {
+TEST(PrintWidth, FailedWriteEndsTheExchange) {
   for (const int32_t code : {-322, 995}) {
     const Step failing = {code, {}, 7};
     Printer asked;
@@ -100,13 +100,13 @@ TEST(PrintWidth, ExchangeEndsAtTheWriteThatFails) {
   }
 }
 
-// Another thread changes the handle during one of the operations. A port object without its magic is no matter of the
-// handle: it shows when an operation is called.
-TEST(PrintWidth, ExchangeEndsWhenTheHandleIsChanged) {
+// Another thread changes the handle during an operation. A port object without its magic is detected only by the next
+// operation on it.
+TEST(PrintWidth, ChangedHandleEndsTheExchange) {
   static const struct {
     void (*change)(VexoPrinterHandle* handle);
     int32_t code;
-    int32_t code_at_the_end;  // The acknowledgement is all there is to judge: it passes for the answer.
+    int32_t code_at_last_write;  // SetPrintWidth then checks the acknowledgement in place of the answer.
   } kRows[] = {
       {[](VexoPrinterHandle* handle) { handle->portOpen = 0; }, -309, 0},
       {[](VexoPrinterHandle* handle) { handle->port = nullptr; }, -309, 0},
@@ -122,16 +122,16 @@ TEST(PrintWidth, ExchangeEndsWhenTheHandleIsChanged) {
       printer.port.OnWrite(last_step == 1 ? changing : plain);
       printer.port.OnRead(last_step == 2 ? changing : plain);
       printer.port.OnWrite(changing);
-      EXPECT_EQ(last_step == 3 ? row.code_at_the_end : row.code, printer.Set());
+      EXPECT_EQ(last_step == 3 ? row.code_at_last_write : row.code, printer.Set());
       EXPECT_EQ(last_step, printer.Steps());
-      EXPECT_EQ(row.code, printer.Get()) << "the handle as it is now";
+      EXPECT_EQ(row.code, printer.Get()) << "with the changed handle";
     }
   }
   EXPECT_EQ(-6, SetPrintWidth(nullptr, 576));
   EXPECT_EQ(-6, GetPrintWidth(nullptr, nullptr));
 }
 
-TEST(PrintWidth, OperationThatTheHostLeftOutIsNotThere) {
+TEST(PrintWidth, NullOperationIsRefused) {
   Printer printer;
   printer.port.VexoPort::Read = nullptr;
   EXPECT_EQ(-7, printer.Get());

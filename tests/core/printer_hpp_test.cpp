@@ -1,4 +1,4 @@
-// What the C++ header adds to the exports: ownership, listeners, and the choice between exceptions and codes.
+// What the C++ headers add to the exports: ownership, listeners, and errors as exceptions or codes.
 #include "vexo/printer.hpp"
 
 #include <algorithm>
@@ -59,8 +59,8 @@ TEST_F(PrinterHpp, FailuresAreThrownOrStored) {
   EXPECT_EQ(std::error_code(10054, std::system_category()), error);
 }
 
-// A serial port is open from the beginning, unless a time limit is set before.
-TEST_F(PrinterHpp, EachPortIsOpenedAsItsKindNeedsIt) {
+// A serial port is opened on creation, but must be reopened after a time limit was set.
+TEST_F(PrinterHpp, OpenReopensASerialPortOnlyWhenNeeded) {
   for (const bool limited : {false, true}) {
     Printer printer("COM1,9600");
     Printer moved(std::move(printer));
@@ -74,7 +74,7 @@ TEST_F(PrinterHpp, EachPortIsOpenedAsItsKindNeedsIt) {
   }
 }
 
-TEST_F(PrinterHpp, ReadsWhatThereIs) {
+TEST_F(PrinterHpp, ReadsAndWrites) {
   Printer memory("BUF");
   memory.Open();
   EXPECT_EQ(7U, memory.Write("receipt"));
@@ -91,7 +91,7 @@ TEST_F(PrinterHpp, ReadsWhatThereIs) {
   EXPECT_EQ(VEXO_ERROR_IO_WRITE_TIMEOUT, ThrownBy([&] { printer.WriteAll("receipt"); }));
 }
 
-// As USB ports do: whole packets are counted, and a slow printer takes a part of what it is sent.
+// Behaves as a USB port of a slow printer: reads count whole packets, and writes are partial.
 struct PacketPort : VexoPort {
   PacketPort() : VexoPort() {
     magic = VEXO_PORT_MAGIC;
@@ -110,17 +110,17 @@ struct PacketPort : VexoPort {
   uint32_t room_left = 5000;
 };
 
-TEST_F(PrinterHpp, SlowPrinterTakesAllThatItCan) {
+TEST_F(PrinterHpp, WriteAllRepeatsPartialWrites) {
   PacketPort packets;
   Printer printer("BUF");
   printer.Open();
-  VexoPort* const printers_own = std::exchange(printer.handle()->port, &packets);
+  VexoPort* const own_port = std::exchange(printer.handle()->port, &packets);
   EXPECT_EQ(std::string(10, 'x'), printer.Read(10));
   EXPECT_EQ(4500U, printer.WriteAll(std::string(4500, '-')));
   std::error_code error;
   EXPECT_EQ(500U, printer.WriteAll(std::string(4500, '-'), &error));
   EXPECT_EQ(VEXO_ERROR_IO_WRITE_TIMEOUT, error.value());
-  printer.handle()->port = printers_own;
+  printer.handle()->port = own_port;
 }
 
 TEST_F(PrinterHpp, PartsOfAUri) {
@@ -159,7 +159,7 @@ TEST_F(PrinterHpp, ExceptionOfAProgressListenerCancelsTheDownload) {
   EXPECT_THROW(printer.DownloadFile(path,
                                     [&](int32_t) {
                                       ++calls;
-                                      throw std::runtime_error("the host has had enough");
+                                      throw std::runtime_error("error in a listener");
                                     }),
                std::runtime_error);
   EXPECT_EQ(1, calls);
@@ -169,22 +169,22 @@ TEST_F(PrinterHpp, ExceptionOfAProgressListenerCancelsTheDownload) {
 
 class JobMonitorHpp : public PrinterHpp {
  protected:
-  // Lends the printer a port object that reports.
+  // Replaces the printer's port object by one that sends job reports.
   JobMonitorHpp() {
     printer_.Open();
-    printers_own_ = std::exchange(printer_.handle()->port, &port_);
+    own_port_ = std::exchange(printer_.handle()->port, &port_);
   }
-  ~JobMonitorHpp() override { printer_.handle()->port = printers_own_; }
+  ~JobMonitorHpp() override { printer_.handle()->port = own_port_; }
 
-  std::string reports_;                     // Of jobs, that come next; set while monitoring is off.
-  std::atomic<bool> waits_for_job_{false};  // With them: they come once a job of seven bytes has been sent.
+  std::string reports_;                     // Reports to send next; set while monitoring is off.
+  std::atomic<bool> waits_for_job_{false};  // Holds them back until a job of seven bytes is sent.
   test::StreamPort port_{[this](size_t) { return waits_for_job_ ? "" : std::exchange(reports_, ""); },
                          [this](uint32_t length) {
                            waits_for_job_ = waits_for_job_ && length != 7;
                            return int32_t{VEXO_OK};
                          }};
   Printer printer_{"BUF"};
-  VexoPort* printers_own_;
+  VexoPort* own_port_;
 };
 
 TEST_F(JobMonitorHpp, EventsGoToTheListenerOrWaitToBeTaken) {
@@ -193,7 +193,7 @@ TEST_F(JobMonitorHpp, EventsGoToTheListenerOrWaitToBeTaken) {
   EXPECT_EQ(VEXO_ERROR_MONITOR_NOT_OPEN, ThrownBy([&] { monitor.SetTask(7); }));
   monitor.SetListener([&](const JobEvent& event) {
     heard += event.task == 7 && event.value == (event.ended ? 0xFFFFFFFE : 0) ? 1 : 100;
-    throw std::runtime_error("not the library's business");
+    throw std::runtime_error("error in a listener");
   });
   reports_ = test::Started("0007") + test::Ended("0007", 0xFFFFFFFE);
   monitor.Start();

@@ -11,7 +11,7 @@ using namespace std::string_literals;
 
 const std::string kHeader = "\x1b\x1c& V2";
 
-// A reply that announces `length` bytes of payload, by default as many as it has.
+// A reply whose header announces `length` bytes of payload.
 std::string Reply(const std::string& payload, size_t length, const std::string& header = kHeader) {
   return header + "abc" + LittleEndian(static_cast<uint32_t>(length), 2) + "fghijkl" + payload;
 }
@@ -35,7 +35,7 @@ TEST(ReplyAnalysis, SplitsAReply) {
   EXPECT_EQ(raw, reply.raw_reply());
 }
 
-TEST(ReplyAnalysis, ValueStartsWhereTheCommandPutsIt) {
+TEST(ReplyAnalysis, OffsetOfTheValueDependsOnTheCommand) {
   const std::tuple<std::string, std::string, std::string, bool> rows[] = {
       {kGetVal + "\x01\x00\x01\x01"s + "v", kGetVal, "v", false},
       {kGetKey + kStatus + "\x01\xcc\x00\x02"s + "v", kGetKey, "v", true},
@@ -52,7 +52,7 @@ TEST(ReplyAnalysis, ValueStartsWhereTheCommandPutsIt) {
   }
 }
 
-TEST(ReplyAnalysis, JudgesTheFrame) {
+TEST(ReplyAnalysis, InvalidFramesAreDetected) {
   const std::string payload = kGetVal + kStatus + "v";
   const struct {
     const char* scenario;
@@ -83,12 +83,12 @@ TEST(ReplyAnalysis, JudgesTheFrame) {
   EXPECT_EQ("", CAnalysisCmdBase(Reply(payload).substr(0, 17)).header());
 }
 
-TEST(ReplyAnalysis, KeyAnswerWithoutItsRecordIsThrown) {
+TEST(ReplyAnalysis, KeyAnswerWithoutItsRecordThrows) {
   EXPECT_THROW(CAnalysisCmdBase(Reply(kGetKey + kStatus)), std::out_of_range);
   EXPECT_THROW(CAnalysisCmdBase(Reply(kGetKey + kStatus + "rrr")), std::out_of_range);
 }
 
-TEST(UrlDecode, ReadsEscapesAsNumbersAreRead) {
+TEST(UrlDecode, ParsesEscapesAsTheStandardLibraryParsesNumbers) {
   const std::pair<std::string, std::string> rows[] = {
       {"", ""},           {"a%20b+c", "a b c"}, {"%41%4a%4A", "AJJ"}, {"%4z", "\x04"}, {"%zzz", "\0z"s},
       {"%%41", "\0001"s}, {"% 7", "\x07"},      {"%+7+", "\x07 "},    {"%-1", "\xff"}, {"%0x", "\0"s}};

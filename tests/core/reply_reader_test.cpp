@@ -16,7 +16,7 @@ struct Reply {
 
 class ReplyReader : public ::testing::Test {
  protected:
-  // Reads into the places 2 to 9 of a buffer of 12, from a printer that sends `steps` and then nothing more.
+  // Reads into bytes 2 to 9 of a buffer of 12. The printer sends `steps`, then nothing.
   Reply Read(const std::vector<Step>& steps, int32_t tries, int64_t pause_ms) {
     ScriptedPort port;
     for (const Step& step : steps) {
@@ -28,8 +28,8 @@ class ReplyReader : public ::testing::Test {
     uint32_t stored = 99;
     auto* const bytes = reinterpret_cast<uint8_t*>(buffer.data());
     EXPECT_EQ(0, ReadReply(&handle_, bytes, 2, 10, &stored, tries, pause_ms));
-    EXPECT_EQ("##", buffer.substr(0, 2)) << "written before the first place";
-    EXPECT_EQ("##", buffer.substr(10)) << "written behind the last place";
+    EXPECT_EQ("##", buffer.substr(0, 2)) << "written before the range";
+    EXPECT_EQ("##", buffer.substr(10)) << "written behind the range";
     EXPECT_EQ(std::vector<std::string>(port.Operations().size(), "ReadAvailable(0, 8)"), port.Operations());
     EXPECT_LE(stored, 8U);
     return {buffer.substr(2, stored), RecordedSleeps(), port.Operations().size()};
@@ -40,14 +40,14 @@ class ReplyReader : public ::testing::Test {
 
 const Step kSilence = {};
 
-TEST_F(ReplyReader, CollectsPiecesUntilNothingFollows) {
+TEST_F(ReplyReader, ReceivesUntilSilenceAfterData) {
   const Reply reply =
       Read({kSilence, {0, BytesOf("ab")}, {-332, BytesOf("cde")}, kSilence, {0, BytesOf("late")}}, 10, 20);
   EXPECT_EQ("abcde", reply.bytes);
   EXPECT_EQ(4U, reply.receives);
 }
 
-TEST_F(ReplyReader, ReceivesAtLeastOnceAndPausesAfterAllReceivesButTheFirst) {
+TEST_F(ReplyReader, ReceivesAtLeastOnceAndPausesBetweenLaterReceives) {
   const std::tuple<int32_t, int64_t, size_t, Sleeps> rows[] = {
       {-5, 20, 1, {}}, {1, 20, 1, {}}, {3, -1, 3, {}}, {5, 20, 5, {20, 20, 20, 20}}, {3, 1, 3, {1, 1}}};
   for (const auto& [tries, pause_ms, receives, sleeps] : rows) {
@@ -69,12 +69,12 @@ TEST_F(ReplyReader, AnyOtherFailureEndsTheReplyAndIsNotReported) {
 
 TEST_F(ReplyReader, BytesWithoutRoomAreDropped) {
   EXPECT_EQ("abcdefgh", Read({{0, BytesOf("abcdef")}, {0, BytesOf("ghijkl")}}, 10, 0).bytes);
-  // USB ports count the bytes of a longer packet that they dropped.
+  // USB ports also count the bytes of a packet that they dropped.
   EXPECT_EQ("abcdefgh", Read({{0, BytesOf("abcdefgh"), 64}}, 10, 0).bytes);
 }
 
-// Behind the reply others may follow: what is received is kept, and what there is no room for stays where it is.
-TEST(StreamReader, AsksForWhatFits) {
+// A stream reader must not ask for more than fits: the rest belongs to the next read.
+TEST(StreamReader, RequestsOnlyWhatFits) {
   ScriptedPort port;
   VexoPrinterHandle handle = OpenHandle(&port);
   uint8_t buffer[300];
@@ -86,13 +86,13 @@ TEST(StreamReader, AsksForWhatFits) {
   EXPECT_EQ(237U, stored);
   EXPECT_EQ((std::vector<std::string>{"ReadAvailable(0, 300)", "ReadAvailable(0, 200)", "ReadAvailable(0, 120)"}),
             port.Operations())
-      << "a packet of 64 bytes might be cut";
+      << "stops when a 64-byte packet might not fit";
   EXPECT_EQ(100, buffer[99]);
   EXPECT_EQ(80, buffer[179]);
   EXPECT_EQ(57, buffer[236]);
   port.OnRead({0, Bytes(300, 1), 400});
   EXPECT_EQ(0, ReadStream(&handle, buffer, sizeof(buffer), &stored, 10, 20));
-  EXPECT_EQ(300U, stored) << "more is counted than there is room for";
+  EXPECT_EQ(300U, stored) << "the port counted more than the buffer holds";
   handle.portOpen = 0;
   EXPECT_EQ(-309, ReadStream(&handle, buffer, sizeof(buffer), &stored, 1, 0));
 }

@@ -13,7 +13,7 @@ using Reports = std::vector<std::string>;
 constexpr ProtocolFamily kGsParenH = ProtocolFamily::kGsParenH;
 constexpr ProtocolFamily kV1 = ProtocolFamily::kV1;
 
-// "event 101 task 42 value 7", with the type in hexadecimal.
+// "event 101 task 42 value 7"; the type is hexadecimal.
 std::string Describe(const DecodeStep& step) {
   const ReportRecord& record = step.record;
   std::ostringstream text;
@@ -23,12 +23,12 @@ std::string Describe(const DecodeStep& step) {
   return text.str();
 }
 
-// A stream that arrives piece by piece.
+// Decodes a stream that arrives in pieces.
 class Stream {
  public:
   explicit Stream(ProtocolFamily family) : family_(family) {}
 
-  // The reports that are complete now.
+  // Returns the reports that are now complete.
   Reports Receive(const std::string& bytes) {
     rest_ += bytes;
     Reports reports;
@@ -58,13 +58,13 @@ TEST(ReportDecoder, FindsReportsAmongJunk) {
     ProtocolFamily family;
     std::string bytes;
     Reports reports;
-    size_t waiting = 0;  // Bytes at the end that are kept.
+    size_t waiting = 0;  // Undecoded bytes at the end.
   } rows[] = {
       {kV1, "", {}},
       {kV1, long_tail, {}, 13},
       {kV1, Started("0042"), {"event 100 task 42"}},
       {kV1, Ended("0042", 0xFFFFFFFF), {"event 101 task 42 value 4294967295"}},
-      {kV1, Frame(0x101, "?0042\x07\x01\x01"), {"event 101 task 42"}},  // Fields that a payload lacks are 0.
+      {kV1, Frame(0x101, "?0042\x07\x01\x01"), {"event 101 task 42"}},  // Missing fields are 0.
       {kV1, Frame(0x100, "?004"), {"event 100"}},
       {kV1, Frame(0x102, "?0009"), {"reply 102 task 9"}},
       {kV1, Frame(0x103, "?0009abcd"), {"reply 103"}},
@@ -77,7 +77,7 @@ TEST(ReportDecoder, FindsReportsAmongJunk) {
       {kV1, header.substr(0, 12) + Started("0001"), {"event 100 task 1"}},
       {kV1, Frame(0x103, "?" + Started("0001")), {"reply 103"}},
       {kGsParenH, "7\"0012\0"s, {"event 22 task 12"}},
-      {kGsParenH, "7\" -7x\0"s, {"event 22 task -7"}},  // Read as the standard library reads numbers.
+      {kGsParenH, "7\" -7x\0"s, {"event 22 task -7"}},  // Parsed as by strtol.
       {kGsParenH, "7\"+-12\0"s, {"event 22"}},
       {kGsParenH, "7AB", {"reply 41"}},
       {kGsParenH, "77#", {"reply 37"}},
@@ -98,8 +98,8 @@ TEST(ReportDecoder, FindsReportsAmongJunk) {
   }
 }
 
-// As many bytes from the frame's start as its payload is long: the report is due, whatever is missing.
-TEST(ReportDecoder, FrameIsTakenEarly) {
+// Compatibility: a frame is decoded when as many bytes have arrived as its payload is long, counted from its start.
+TEST(ReportDecoder, FrameIsDecodedEarly) {
   const std::string frame = Ended("0420", 0x0201);
   for (const ProtocolFamily family : {kGsParenH, kV1}) {
     for (size_t size = 0; size < frame.size(); ++size) {
@@ -108,7 +108,7 @@ TEST(ReportDecoder, FrameIsTakenEarly) {
       const std::string taken = size < 22 ? "event 101" : "event 101 task 420";
       EXPECT_EQ(size < 17 ? Reports{} : Reports{taken}, reports) << size;
       EXPECT_EQ(size < 17 ? size : 0, stream.rest().size()) << size;
-      // The missing bytes come as junk; what follows is not lost.
+      // The remaining bytes count as junk and must not hide the next report.
       EXPECT_EQ("event 100 task 7", stream.Receive(frame.substr(size) + Started("0007")).back()) << size;
     }
   }

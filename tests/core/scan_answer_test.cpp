@@ -1,4 +1,4 @@
-// Answers to a scan: lines become fields, ready printers become the list that hosts get.
+// Scan answers: lines become fields, and ready printers are listed.
 #include "discovery/scan_answer.h"
 
 #include <cstring>
@@ -14,7 +14,7 @@ std::string ListOf(const std::string& answer) {
   return list.Text();
 }
 
-TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
+TEST(ScanAnswerTest, AnswersOfReadyPrintersAreListed) {
   const std::string line(300, 'x');
   const std::tuple<const char*, std::string, std::string> cases[] = {
       {"one line", "ready", ""},
@@ -35,7 +35,7 @@ TEST(ScanAnswerTest, LinesOfReadyPrintersBecomeFields) {
   }
 }
 
-TEST(ScanAnswerTest, DescriptorNamesThePrinterInAtMost63Characters) {
+TEST(ScanAnswerTest, DescriptorHasAtMost63Characters) {
   EXPECT_EQ(ScanRecord("10.0.0.1\r\nready").DescriptorOfPrinter(), "NET,10.0.0.1,9100");
   EXPECT_EQ(ScanRecord("").DescriptorOfPrinter(), "NET,,9100");
   EXPECT_EQ(ScanRecord(std::string(2000, 'x')).DescriptorOfPrinter(), "NET," + std::string(59, 'x'));
@@ -51,7 +51,7 @@ TEST(ScanAnswerTest, OnlyDottedAddressesAreAddresses) {
   }
 }
 
-TEST(ScanAnswerTest, AddressesAreTakenAsFarAsTheReplyGoes) {
+TEST(ScanAnswerTest, AddressesOfAShortReplyAreLeftOut) {
   const std::string reply = std::string("........\x01\x02\xa8\xc0\x00\xff\xff\xff\x01\x02\x03\x04", 20);
   const std::pair<size_t, const char*> rows[] = {
       {20, "192.168.2.1;255.255.255.0;c"}, {16, "192.168.2.1;255.255.255.0;c"}, {15, "192.168.2.1;b;c"}, {11, "a;b;c"}};
@@ -64,7 +64,7 @@ TEST(ScanAnswerTest, AddressesAreTakenAsFarAsTheReplyGoes) {
   }
 }
 
-TEST(ScanAnswerTest, TextOfExactlyTheSizeHasItsZeroBehindIt) {
+TEST(ScanAnswerTest, TextOfExactlyTheSizeIsTerminatedBehindTheBuffer) {
   const struct {
     int32_t size;
     int32_t result;

@@ -1,4 +1,4 @@
-// What a scan asks the printers that it has found.
+// The network details that a scan requests from each printer found.
 #include "discovery/scan_follow_up.h"
 
 #include <atomic>
@@ -15,7 +15,7 @@ class ScanFollowUps : public DriverTest {
  protected:
   static std::string Answer(const std::string& address) { return address + "\r\nready"; }
 
-  // The list after the follow-ups.
+  // Requests the details and returns the completed list.
   std::string Ask(const std::vector<std::string>& addresses) {
     ScanList list;
     for (const std::string& address : addresses) {
@@ -25,8 +25,8 @@ class ScanFollowUps : public DriverTest {
     return list.Text();
   }
 
-  // How often each address was connected to.
-  static std::map<std::string, int> Asked() {
+  // Number of connections for each address.
+  static std::map<std::string, int> ConnectionCounts() {
     std::map<std::string, int> asked;
     for (const std::string& call : DriverCalls()) {
       const std::string begin = "NET Configure vexo:/dev/bus/NET/DEVICE?ip=";
@@ -38,7 +38,7 @@ class ScanFollowUps : public DriverTest {
   }
 };
 
-TEST_F(ScanFollowUps, AskEachAddressOnceAndFillAllItsRecords) {
+TEST_F(ScanFollowUps, ConnectOncePerAddressAndCompleteAllItsRecords) {
   DriverScript script;
   std::mutex mutex;
   std::vector<std::string> questions;
@@ -53,18 +53,19 @@ TEST_F(ScanFollowUps, AskEachAddressOnceAndFillAllItsRecords) {
     return static_cast<uint32_t>(reply.size());
   };
   SetDriverScript(script);
-  const std::string told = ";ready;;;;;;;;;192.168.2.1;255.255.255.0;;;;|";
-  const std::string untold = ";ready;;;;;;;;;;;;;;|";
+  const std::string with_details = ";ready;;;;;;;;;192.168.2.1;255.255.255.0;;;;|";
+  const std::string without_details = ";ready;;;;;;;;;;;;;;|";
   EXPECT_EQ(Ask({"10.0.0.1", "10.0.0.2", "10.0.0.1", "printer.example", "10.0.0.1"}),
-            "10.0.0.1" + told + "10.0.0.2" + told + "10.0.0.1" + told + "printer.example" + untold + "10.0.0.1" + told);
-  EXPECT_EQ(Asked(), (std::map<std::string, int>{{"10.0.0.1+port=9100", 1}, {"10.0.0.2+port=9100", 1}}));
+            "10.0.0.1" + with_details + "10.0.0.2" + with_details + "10.0.0.1" + with_details + "printer.example" +
+                without_details + "10.0.0.1" + with_details);
+  EXPECT_EQ(ConnectionCounts(), (std::map<std::string, int>{{"10.0.0.1+port=9100", 1}, {"10.0.0.2+port=9100", 1}}));
   EXPECT_EQ(questions, std::vector<std::string>(2,
                                                 "\x12"
                                                 "CER"));
 }
 
-// Sixteen at a time, and no more once the time is up; the clock is that of all threads, so that is soon.
-TEST_F(ScanFollowUps, EndInTimeWhateverAddressesAreNamed) {
+// At most sixteen connections at a time, and none after the time limit. All threads advance the same clock.
+TEST_F(ScanFollowUps, AreLimitedInTimeAndNumber) {
   std::atomic<int> at_once{0};
   std::atomic<int> most{0};
   DriverScript script;
@@ -72,7 +73,7 @@ TEST_F(ScanFollowUps, EndInTimeWhateverAddressesAreNamed) {
     ++at_once;
     EXPECT_TRUE(Eventually([&] { return at_once >= kMostFollowUps || most > 0; }));
     for (int moment = 0; moment < 1000; ++moment) {
-      std::this_thread::yield();  // One too many would come now.
+      std::this_thread::yield();  // Gives a surplus thread time to connect.
     }
     most = std::max(most.load(), at_once.load());
     AdvanceClock(kFollowUpLimitMs);
@@ -88,7 +89,7 @@ TEST_F(ScanFollowUps, EndInTimeWhateverAddressesAreNamed) {
   SetClock(0);
   EXPECT_EQ(Ask(addresses), expected);
   EXPECT_EQ(most, kMostFollowUps);
-  EXPECT_EQ(Asked().size(), static_cast<size_t>(kMostFollowUps));
+  EXPECT_EQ(ConnectionCounts().size(), static_cast<size_t>(kMostFollowUps));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The configuration: its text, the tables that are made of it, and what they tell about a printer.
+// The configuration file: parsing, the tables and their use for printer information.
 #include "config/sdk_config.h"
 
 #include <array>
@@ -42,21 +42,21 @@ std::string Describe(const SdkConfig& config) {
   return words;
 }
 
-TEST(SdkConfigTables, TakeWhatTheTextHolds) {
+TEST(SdkConfigTables, AreParsedFromText) {
   const std::string longest(64, 'x');
   const std::pair<std::string, std::string> rows[] = {
       {"[settings]\r\nbaud=9600\r\n\r\n[models]\r\n7,r,T7,,blue,1,2,3,4,0.5\r\n",
        "baud=9600;7:r/T7//blue:1/2/3/4:0.50;"},
-      {"[a]\r[b]\r7,,T7\r[c]\r8,,T8\r", "7:/T7//:0/0/0/0:0.00;"},  // No settings; the third section is not read.
+      {"[a]\r[b]\r7,,T7\r[c]\r8,,T8\r", "7:/T7//:0/0/0/0:0.00;"},  // No settings; the third section is ignored.
       {"x[\n]=1\ny=[2]\nz=3", "]=1;0:///:0/0/0/0:0.00;"},          // Any "[" opens a section.
-      // Words and values of settings.
+      // Settings.
       {"[\n  key  more =  value more\nk=a=b\n=v\nk=\nnothing\n \t\n=", "key=value;k=a=b;=v;k=;=;"},
       {"[\n" + longest + "=" + longest + "\n" + longest + "y=1\nk=" + longest + "y",
        longest + "=" + longest + ";=1;k=;"},
-      // Fields of models.
+      // Models.
       {"[\n[\n1,a,b,c,d,5,6,7,8,9.25,more,fields", "1:a/b/c/d:5/6/7/8:9.25;"},
       {"[\n[\n1," + longest + "," + longest + "y,,z", "1:" + longest + "///z:0/0/0/0:0.00;"},
-      // Numbers that fit and numbers that do not.
+      // Numbers, also out of range.
       {"[\n[\n-2147483648,,,,,2147483647,+5,+-5,\t6 7,-1.5", "-2147483648:///:2147483647/5/0/6:-1.5;"},
       {"[\n[\n2147483648,,,,,-2147483649,99999999999999999999,+,-,1e39", "0:///:0/0/0/0:0.00;"},
       {"[\n[\n1,,,,,0x10,1e3,1.9,--1,1e-1", "1:///:0/1/1/0:0.10;"},
@@ -76,9 +76,9 @@ std::string Repeat(size_t times, const std::string& line) {
   return text;
 }
 
-TEST(SdkConfigTables, AreBounded) {
+TEST(SdkConfigTables, HaveLimitedSizes) {
   const struct {
-    size_t settings, models;  // In the text.
+    size_t settings, models;  // Rows in the text.
     size_t kept_settings, kept_models;
   } rows[] = {{129, 513, 128, 512}, {300, 469, 128, 468}};
   for (const auto& row : rows) {
@@ -89,7 +89,7 @@ TEST(SdkConfigTables, AreBounded) {
   }
 }
 
-TEST(SdkConfigText, CountsItsRowsAsEditorsDo) {
+TEST(SdkConfigText, NumbersLinesAsEditorsDo) {
   const std::string text = "a\r\n\n[s]\rk=v\n[m]\n\n1\n[u]\nx";
   ConfigLines lines(text);
   std::string rows;
@@ -100,7 +100,7 @@ TEST(SdkConfigText, CountsItsRowsAsEditorsDo) {
   EXPECT_EQ("1a0 3[s]1! 4k=v1 5[m]2! 712 8[u]3! 9x3 ", rows);
 }
 
-TEST(SdkConfigText, IsStoredInAnotherAlphabet) {
+TEST(SdkConfigText, IsEncoded) {
   std::string all;
   for (int byte = 0; byte < 256; ++byte) {
     all += static_cast<char>(byte);
@@ -138,14 +138,14 @@ TEST_F(SdkConfigFile, AddsToTheBuiltInModels) {
   EXPECT_EQ("v", ViewText(config->settings[0].value));
   EXPECT_EQ(5U, config->models.size());
   EXPECT_EQ("KM500", FindModel(500)->name());
-  // The built-in models come first.
+  // Built-in models have priority.
   EXPECT_EQ("KM451", FindModel(451)->name());
   EXPECT_EQ(451, FindModelByName("KM451")->number);
   EXPECT_EQ(452, FindModelByName("KM452")->number);
   EXPECT_FALSE(FindModel(501) || FindModelByName("km500"));
 }
 
-TEST_F(SdkConfigFile, MissingOrUnreadableLeavesTheBuiltInModels) {
+TEST_F(SdkConfigFile, MissingOrUnreadableFileGivesTheBuiltInModels) {
   for (const auto prepare : {RemoveOwnFile, SetUnreadableOwnFile}) {
     prepare();
     EXPECT_EQ(0, LoadSdkConfig());
@@ -154,27 +154,27 @@ TEST_F(SdkConfigFile, MissingOrUnreadableLeavesTheBuiltInModels) {
   }
 }
 
-TEST_F(SdkConfigFile, IsReadOnceAndAgainOnceItWasReleased) {
+TEST_F(SdkConfigFile, IsReadOnceAndAgainAfterRelease) {
   SetOwnFile(Stored("[\n[\n500,,OLD"));
-  EXPECT_FALSE(FindModel(451)) << "before anything is loaded";
+  EXPECT_FALSE(FindModel(451)) << "nothing is loaded yet";
   ReleaseSdkConfig();
   EXPECT_EQ(0, LoadSdkConfig());
-  EXPECT_EQ(0, LoadSdkConfig());  // No further use.
+  EXPECT_EQ(0, LoadSdkConfig());  // Not counted as another user.
   EXPECT_EQ(1, OwnFileRequests());
   const SdkConfigReference held = LoadedSdkConfig();
   const ModelRecord* const record = held->FindModel(500);
 
   ReleaseSdkConfig();
   EXPECT_FALSE(FindModel(500) || FindModelByName("KM451"));
-  ReleaseSdkConfig();  // Nothing is left to release.
+  ReleaseSdkConfig();  // Has no effect.
   SetOwnFile(Stored("[\n[\n500,,NEW"));
   EXPECT_EQ(0, LoadSdkConfig());
   EXPECT_EQ("NEW", FindModel(500)->name());
   EXPECT_EQ("OLD", record->name());
 }
 
-// Whoever loads and releases, a record that was found and tables that are held stay whole.
-TEST_F(SdkConfigFile, ThreadsLoadAndReleaseAsTheyLike) {
+// Records and tables in use stay valid while other threads load and release.
+TEST_F(SdkConfigFile, IsLoadedAndReleasedOnSeveralThreads) {
   SetOwnFile(Stored("[\n[\n500,abc,KM500,def,ghi,1,2,3,4,5\n"));
   RunOnThreads(4, [](int /*thread*/) {
     for (int round = 0; round < 200; ++round) {
@@ -188,7 +188,7 @@ TEST_F(SdkConfigFile, ThreadsLoadAndReleaseAsTheyLike) {
   });
 }
 
-TEST_F(SdkConfigFile, TellsAboutAModel) {
+TEST_F(SdkConfigFile, ProvidesModelInformation) {
   SetOwnFile(Stored("[\n[\n500,,KM500,,,66051\n-1,," + std::string(64, 'n') + ",,,-2147483648\n70000,,BIG"));
   ASSERT_EQ(0, LoadSdkConfig());
   const std::tuple<int32_t, std::string, uint32_t, bool> rows[] = {{500, "KM500", 500U << 16 | 0x10203, true},
@@ -217,7 +217,7 @@ TEST_F(SdkConfigFile, TellsAboutAModel) {
   ReleaseSdkConfig();
   PrinterInfo info;
   EXPECT_EQ(0, InitPrinterInfo(&info, 451));
-  EXPECT_EQ("DEMO", ViewText(info.model_name)) << "nothing is loaded any more";
+  EXPECT_EQ("DEMO", ViewText(info.model_name)) << "valid after the tables were released";
 }
 
 }  // namespace

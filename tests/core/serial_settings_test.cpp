@@ -1,4 +1,4 @@
-// Serial line settings, as device URIs spell them.
+// Serial line settings in device URIs.
 #include "port/serial_settings.h"
 
 #include "core/core_test.h"
@@ -16,7 +16,7 @@ int32_t Read(const std::string& parameters, SerialSettings* settings) {
   return ReadSerialSettings(uri, settings);
 }
 
-TEST(SerialSettingsTest, TextsThatAreTakenAndRefused) {
+TEST(SerialSettingsTest, AcceptedAndRefusedTexts) {
   const std::string sound = "baudrate=9600+parity=N+bytesize=8+stopbits=1+flowcontrol=N";
   const std::tuple<const char*, const char*, int32_t, SerialSettings> rows[] = {
       {"9600", "9601", -351, {}},
@@ -59,7 +59,7 @@ TEST(SerialSettingsTest, TextsThatAreTakenAndRefused) {
   }
 }
 
-TEST(SerialSettingsTest, SlowLinesGetMoreTime) {
+TEST(SerialSettingsTest, SlowLinesHaveLongerTimeouts) {
   const std::pair<uint32_t, uint32_t> rows[] = {{1200, 16200}, {2400, 7800},  {4800, 3600},
                                                 {9600, 2000},  {14400, 2000}, {19200, 2000},
                                                 {38400, 2000}, {57600, 2000}, {115200, 2000}};

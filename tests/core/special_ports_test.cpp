@@ -1,4 +1,4 @@
-// The exports that put a port into a printer handle.
+// ScannerGunPortOpen, ScannerPortOpen and DiskPortOpen.
 #include "core/driver_test.h"
 
 namespace vexo::test {
@@ -22,15 +22,15 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
       {ScannerPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 6, 1"},
       {ScannerGunPortOpen, "USB", 0, VEXO_PORT_USB, "USB OpenDeviceOfClass 1, 5"},
       {ScannerGunPortOpen, "COM1,9600", 0, VEXO_PORT_SERIAL, "COM Open"},
-      // Left to their users to open.
+      // The caller opens these ports.
       {ScannerGunPortOpen, "LPT1", 5, VEXO_PORT_PARALLEL, "LPT Configure vexo:/dev/bus/LPT/LPT1"},
       {ScannerGunPortOpen, "NET,1.2,1", 5, VEXO_PORT_NET, "NET Configure vexo:/dev/bus/NET/DEVICE?ip=1.2+port=1"},
       {ScannerGunPortOpen, "BT,0A,1", 5, VEXO_PORT_BLUETOOTH, "BT Configure vexo:/dev/bus/BT/DEVICE?address=0A+pin=1"},
       {ScannerGunPortOpen, "BUF", 5, VEXO_PORT_BUFFER, "BT Close"},
-      // A device that does not open leaves its port closed in the handle.
+      // If the device cannot be opened, the handle holds the closed port.
       {DiskPortOpen, "USB", -321, VEXO_PORT_USB, "USB OpenDeviceOfClass 0, 1"},
       {ScannerGunPortOpen, "COM1,9600", 2, VEXO_PORT_SERIAL, "COM Open"},
-      {DiskPortOpen, "BUF", -372, VEXO_PORT_BUFFER, "COM Close"},  // Has no device file at all.
+      {DiskPortOpen, "BUF", -372, VEXO_PORT_BUFFER, "COM Close"},  // A buffer port has no device file.
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(&row - kRows);
@@ -42,7 +42,7 @@ TEST_F(SpecialPorts, EachOpensItsDevices) {
     EXPECT_EQ(row.last_call, DriverCalls().back());
     EXPECT_EQ(1U, PortLockReferenceCount());
   }
-  ++drivers_to_stay_;  // One port was Bluetooth.
+  ++expected_drivers_;  // The Bluetooth driver is kept.
 }
 
 TEST_F(SpecialPorts, ReopeningClosesTheOldPortFirst) {
@@ -56,7 +56,7 @@ TEST_F(SpecialPorts, ReopeningClosesTheOldPortFirst) {
   EXPECT_EQ(0, open_while_changing);
 }
 
-TEST_F(SpecialPorts, FailureToMakeTheNewPortLeavesNone) {
+TEST_F(SpecialPorts, FailureToCreateTheNewPortLeavesNone) {
   const std::tuple<const char*, int32_t, int32_t> kRows[] = {
       {nullptr, 0, -301}, {"FILE,x", 0, -4}, {"NET,1.2.3.4", -1, -1}};
   VexoPrinterHandle wrong = {559, nullptr, nullptr, 0};
@@ -77,9 +77,10 @@ TEST_F(SpecialPorts, FailureToMakeTheNewPortLeavesNone) {
   EXPECT_EQ(nullptr, wrong.port);
 }
 
-TEST_F(SpecialPorts, HostsOwnPortIsClosedAndStaysTheHosts) {
+TEST_F(SpecialPorts, PortObjectOfTheHostIsClosedButNotFreed) {
   VexoPrinterHandle other = handle_;
-  ASSERT_EQ(0, DiskPortOpen(&other, "USB"));  // A share in the lock that must not be given back for the host's port.
+  ASSERT_EQ(0, DiskPortOpen(&other,
+                            "USB"));  // Holds a reference to the lock, which must not be released with the host's port.
   for (const uint32_t magic : {VEXO_PORT_MAGIC, VEXO_PORT_MAGIC + 1}) {
     DiskPortOpen(&handle_, "");
     ScriptedPort hosts;
@@ -87,7 +88,7 @@ TEST_F(SpecialPorts, HostsOwnPortIsClosedAndStaysTheHosts) {
     handle_ = OpenHandle(&hosts);
     EXPECT_EQ(0, ScannerPortOpen(&handle_, "USB"));
     EXPECT_EQ(2U, PortLockReferenceCount());
-    // What is no port object is not touched.
+    // A record without the magic is not touched.
     EXPECT_EQ(magic == VEXO_PORT_MAGIC ? Calls{"Close()"} : Calls{}, hosts.Operations());
   }
   ScriptedPort without_close;

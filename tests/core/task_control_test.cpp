@@ -1,4 +1,4 @@
-// Task numbers, pending tasks and the printer's own state: what is sent, and how long an answer is waited for.
+// Task numbers, pending tasks and printer state: the commands sent and the time limits for answers.
 #include <numeric>
 
 #include "monitor_fixture.h"
@@ -42,8 +42,8 @@ TEST_F(TaskControl, SendsItsCommands) {
   }
 }
 
-// Three polls when there is no answer; each pauses for 20 ms after each receive but the first.
-TEST_F(TaskControl, AnswerIsWaitedForInStepsOfTheReadTimeout) {
+// Without an answer there are three polls. Each sleeps 20 ms after every receive but the first.
+TEST_F(TaskControl, WaitsThreeReadTimeoutsForTheAnswer) {
   const std::pair<int64_t, size_t> rows[] = {{-1000, 1}, {30, 1}, {40, 2}, {1000, 50}};
   uint32_t status = 0;
   const std::pair<size_t, std::function<int32_t()>> calls[] = {{3, [&] { return SetClearPrintTask(monitor_); }},
@@ -63,25 +63,25 @@ TEST_F(TaskControl, AnswerIsWaitedForInStepsOfTheReadTimeout) {
   }
 }
 
-TEST_F(TaskControl, AnswerEndsTheWaiting) {
+TEST_F(TaskControl, AnswerEndsTheWait) {
   Open();
   SetReadTimeOut(monitor_, 100);
-  // The receives are one before the command and five in each of three polls; the last poll's answer is not looked for.
+  // One receive before the command and five in each of three polls. The answer in the last poll is not used.
   for (const auto& [silent_receives, result] : {std::pair(1, 0), std::pair(10, 0), std::pair(11, -7003)}) {
     for (int receive = 0; receive < silent_receives; ++receive) {
-      WillHear("");
+      QueueRead("");
     }
-    WillHear(Frame(0x103, "?"));
+    QueueRead(Frame(0x103, "?"));
     EXPECT_EQ(result, SetClearPrintTask(monitor_)) << silent_receives;
   }
 }
 
-TEST_F(TaskControl, OldAnswersAndEventsAreNoAnswer) {
+TEST_F(TaskControl, EarlierAnswersAndEventsAreNotTheAnswer) {
   Open();
   SetReadTimeOut(monitor_, 0);
   for (const bool clear : {true, false}) {
-    Hear(ValueReply(1));
-    WillHear(ValueReply(2) + Started("0007"));
+    PollWith(ValueReply(1));
+    QueueRead(ValueReply(2) + Started("0007"));
     EXPECT_EQ(-7003, clear ? SetClearPrintTask(monitor_) : ResetPrinterInteriorId(monitor_, 0));
     EXPECT_EQ("task 7 status 1", TakeReport());
   }
@@ -98,8 +98,8 @@ TEST_F(TaskControl, DeviceStatusIsInverted) {
               {ValueReply(5) + ValueReply(6), 0xFFFFFFFA}};
   for (const auto& row : rows) {
     uint32_t status = 1;
-    WillHear("");
-    WillHear(row.answer);
+    QueueRead("");
+    QueueRead(row.answer);
     EXPECT_EQ(0, GetDeviceStatus(monitor_, &status));
     EXPECT_EQ(row.status, status);
   }

@@ -1,4 +1,4 @@
-// Listening for the texts that a printer sends about finished tasks.
+// GetPrinterTaskOverInfo: texts that the printer sends about finished tasks.
 #include "core/core_test.h"
 #include "monitor/last_error.h"
 
@@ -21,7 +21,7 @@ class TaskOverInfo : public ::testing::Test {
   }
   ~TaskOverInfo() override { EXPECT_EQ(4711, GetLastErrorCode()); }
 
-  // The texts in a buffer of `size`, with '.' for zeros and '#' for bytes never written, or the code.
+  // The buffer of `size` bytes, with '.' for zeros and '#' for bytes not written, or the error code.
   std::string Listen(const std::vector<Step>& steps, int32_t time_ms = 100, uint32_t size = 16) {
     for (const Step& step : steps) {
       port_.OnRead(step);
@@ -49,7 +49,7 @@ class TaskOverInfo : public ::testing::Test {
   VexoPrinterHandle handle_ = OpenHandle(&port_);
 };
 
-TEST_F(TaskOverInfo, ListensInPassesUntilTheTimeIsOver) {
+TEST_F(TaskOverInfo, ListensUntilTheTimeLimit) {
   for (const auto& [time_ms, passes] :
        {std::pair(-5, 1), std::pair(0, 1), std::pair(19, 1), std::pair(20, 2), std::pair(100, 6)}) {
     SetClock(0);
@@ -61,27 +61,28 @@ TEST_F(TaskOverInfo, ListensInPassesUntilTheTimeIsOver) {
   }
 }
 
-TEST_F(TaskOverInfo, JoinsTheTextsOfAllReplies) {
+TEST_F(TaskOverInfo, ConcatenatesTheTextsOfAllReplies) {
   const std::string two = Reply("a%7Cb") + Reply("c+d");
   EXPECT_EQ("a|b|c d.........########", ListenTo(two));
   const std::vector<Step> pieces = {{-332, BytesOf(two.substr(0, 9))}, {}, {-332, BytesOf(two.substr(9))}};
   EXPECT_EQ("a|b|c d.........########", Listen(pieces));
   EXPECT_EQ("x...............########", ListenTo("noise\x1b\x1c" + Reply("") + Reply("x") + "\x1b\x1c& V2"));
   EXPECT_EQ("................########", ListenTo("noise alone"));
-  // Replies are cut wherever a frame may start, also inside one; what comes before the first start counts as one.
+  // Every frame start begins a reply, even inside another one. Bytes before the first start count as one, too.
   EXPECT_EQ("x...............########", ListenTo(Reply("a\x1b\x1c_") + Reply("x")));
   EXPECT_EQ("x|y.............########", ListenTo(Reply("x").substr(2) + Reply("y")));
 }
 
-TEST_F(TaskOverInfo, TextNeedsRoomAndWholeEscapes) {
+TEST_F(TaskOverInfo, TextNeedsASufficientBufferAndCompleteEscapes) {
   EXPECT_EQ("abcd####################", ListenTo(Reply("abcd"), 4));
   EXPECT_EQ("-2", ListenTo(Reply("abcd"), 3));
   EXPECT_EQ(std::string(24, '#'), ListenTo("noise", 0));
   EXPECT_EQ("-1", ListenTo(Reply("a%2")));
-  // Escapes are decoded after the texts are joined.
+  // Escapes are decoded after concatenation.
   EXPECT_EQ("a\x04x.............########", ListenTo(Reply("a%4") + Reply("x")));
   const std::string packet = std::string(256 - Reply("x").size(), '#') + Reply("x");
-  EXPECT_EQ("x...............########", Listen({{0, BytesOf(packet), 300}}, 0)) << "a packet longer than the buffer";
+  EXPECT_EQ("x...............########", Listen({{0, BytesOf(packet), 300}}, 0))
+      << "the packet is longer than the buffer";
 }
 
 TEST_F(TaskOverInfo, SilenceGivesTheResultOfTheLastPass) {

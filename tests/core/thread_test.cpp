@@ -1,4 +1,4 @@
-// What hosts do from several threads at once, for ThreadSanitizer as much as for the assertions.
+// Ports and handles used by several threads. The tests also serve ThreadSanitizer.
 #include <atomic>
 #include <future>
 #include <thread>
@@ -19,7 +19,7 @@ int32_t WriteByte(VexoPort* port, uint32_t* written = nullptr) {
   return port->Write(port, &byte, 0, 1, written);
 }
 
-// Writes on a thread of its own, byte by byte, until a write fails or takes nothing; gives the last result.
+// Writes single bytes on another thread until a write fails or writes nothing. Returns the last result.
 std::future<int32_t> StartWriting(VexoPort* port) {
   std::promise<void> started;
   std::future<void> has_started = started.get_future();
@@ -38,7 +38,7 @@ std::future<int32_t> StartWriting(VexoPort* port) {
 
 using Threads = DriverTest;
 
-TEST_F(Threads, TransferMeetsTheClosingOfItsPort) {
+TEST_F(Threads, PortIsClosedDuringATransfer) {
   for (int round = 0; round < 100; ++round) {
     ASSERT_EQ(0, ScannerGunPortOpen(&handle_, round % 2 == 0 ? "NET,10.0.0.5" : "BUF"));
     VexoPort* const port = handle_.port;
@@ -50,16 +50,16 @@ TEST_F(Threads, TransferMeetsTheClosingOfItsPort) {
   }
 }
 
-// Who uses a printer handle finds it closed or open, with the old port or the new one.
-TEST_F(Threads, PrinterFunctionsMeetTheReopeningOfTheirHandle) {
+// A function sees the handle closed or open, with the old port or the new one.
+TEST_F(Threads, HandleIsReopenedWhileItIsUsed) {
   ASSERT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
   std::atomic<bool> done{false};
-  std::atomic<int> strange{0};
+  std::atomic<int> unexpected{0};
   std::thread user([&] {
     while (!done) {
       uint32_t width = 0;
       const int32_t result = GetPrintWidth(&handle_, &width);
-      strange += IsOpenOrClosed(result) || result == -332 ? 0 : 1;
+      unexpected += IsOpenOrClosed(result) || result == -332 ? 0 : 1;
     }
   });
   for (int round = 0; round < 1000; ++round) {
@@ -67,11 +67,11 @@ TEST_F(Threads, PrinterFunctionsMeetTheReopeningOfTheirHandle) {
   }
   done = true;
   user.join();
-  EXPECT_EQ(0, strange);
+  EXPECT_EQ(0, unexpected);
 }
 
-// The handle keeps one of the ports, and all others are given back.
-TEST_F(Threads, PortsAreOpenedIntoOneHandleBySeveralThreads) {
+// The handle keeps one of the ports; all others are freed.
+TEST_F(Threads, SeveralThreadsOpenPortsInOneHandle) {
   RunOnThreads(3, [&](int thread) {
     for (int round = 0; round < 500; ++round) {
       const char* const text = thread == 0 ? "COM1,9600" : thread == 1 ? "NET,10.0.0.5" : "";
@@ -80,7 +80,7 @@ TEST_F(Threads, PortsAreOpenedIntoOneHandleBySeveralThreads) {
     }
   });
   EXPECT_EQ(0, ScannerGunPortOpen(&handle_, "COM1,9600"));
-  EXPECT_EQ(drivers_to_stay_ + 1, LivingDrivers());
+  EXPECT_EQ(expected_drivers_ + 1, DriverCount());
   EXPECT_EQ(1, handle_.portOpen);
 }
 

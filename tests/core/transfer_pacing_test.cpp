@@ -6,18 +6,18 @@ namespace vexo::test {
 namespace {
 
 using Sleeps = std::vector<uint32_t>;
-using Attempts = std::vector<std::pair<uint32_t, uint32_t>>;  // How long each lasts, and the bytes it brings.
+using Attempts = std::vector<std::pair<uint32_t, uint32_t>>;  // Duration in ms, bytes.
 
-// A read budget of `budget` ms, a read interval of 20 ms.
+// Timeouts with a read budget of `budget` ms and a read interval of 20 ms.
 VexoPortTimeouts ReadLimits(uint32_t budget) { return {20, 0, budget, 0, 0, 0}; }
 
-// Close before the tick count wraps around: whatever is measured here is measured across that moment.
+// Starts shortly before the tick count wraps, so that every measurement crosses the wrap.
 class Pacing : public ::testing::Test {
  protected:
   void SetUp() override { SetClock(0xFFFFFFFF); }
 };
 
-TEST_F(Pacing, BudgetGrowsWithTheLengthAndNeverMeansForever) {
+TEST_F(Pacing, BudgetGrowsWithTheLengthAndIsNeverInfinite) {
   EXPECT_EQ(2050U, TransferBudget(5, 10, 2000));
   EXPECT_EQ(0U, TransferBudget(0, 10, 0));
   for (const auto& [multiplier, length] : {std::pair(0xFFFFFFFF, 0xFFFFFFFF), {0U, 1U}}) {
@@ -30,26 +30,26 @@ TEST_F(Pacing, BudgetGrowsWithTheLengthAndNeverMeansForever) {
   EXPECT_EQ(0xFFFFFFFEU, pacing.wait());
 }
 
-// All attempts but the last may be followed by another one, and that one waits for `wait` ms.
-TEST_F(Pacing, ReadGoesOnWhileThereIsTime) {
+// `goes_on`: another attempt follows the last one, with a limit of `wait` ms.
+TEST_F(Pacing, ReadContinuesWithinItsBudget) {
   static const struct {
     uint32_t budget;
     Attempts attempts;
     bool goes_on;
     uint32_t wait;
-    Sleeps sleeps;  // A device that answers at once and with nothing is given time, but not once data flows.
+    Sleeps sleeps;  // After attempts without data, not once data has arrived.
   } kRows[] = {
-      {100, {{90, 0}}, true, 10, {2}},  // The last ten milliseconds are not waited for.
+      {100, {{90, 0}}, true, 10, {2}},  // No attempt with less than 10 ms left.
       {100, {{91, 0}}, false, 0, {}},
-      {100, {{100, 1}}, true, 20, {}},  // Data may come until the budget is spent.
+      {100, {{100, 1}}, true, 20, {}},  // The first data may use the whole budget.
       {100, {{101, 1}}, false, 0, {}},
       {1000, {{500, 1}, {20, 1}}, true, 20, {}},  // Each further piece has the read interval.
       {1000, {{500, 1}, {21, 1}}, false, 0, {}},
       {1000, {{0, 1}, {10, 0}}, true, 20, {}},
       {1000, {{0, 1}, {10, 0}, {11, 0}}, false, 0, {}},
-      {1000, {{0, 1}, {0, 1}, {0, 1}, {0, 1}, {0, 1}}, false, 20, {}},  // Five attempts.
+      {1000, {{0, 1}, {0, 1}, {0, 1}, {0, 1}, {0, 1}}, false, 20, {}},  // At most five attempts.
       {2000, {{100, 0}, {99, 0}}, true, 1801, {100}},
-      {60, {{0, 0}, {0, 0}, {0, 0}, {0, 0}}, true, 15, {15, 15, 15, 15}},          // Its share of what is left,
+      {60, {{0, 0}, {0, 0}, {0, 0}, {0, 0}}, true, 15, {15, 15, 15, 15}},          // A share of the remaining time,
       {2000, {{0, 0}, {0, 0}, {0, 0}, {0, 0}}, true, 1700, {100, 100, 100, 100}},  // at most 100 ms.
   };
   for (const auto& row : kRows) {
@@ -71,15 +71,15 @@ TEST_F(Pacing, ReadGoesOnWhileThereIsTime) {
   }
 }
 
-// A chunk of 100 bytes has 200 ms, of a call that has 1100. Time spent on parts of earlier chunks counts, that on whole
-// chunks does not.
-TEST_F(Pacing, PartsAreHeldAgainstTheChunksBudget) {
+// A chunk of 100 bytes has 200 ms, the whole call 1100 ms. Partial transfers count against the chunk's budget, even
+// from earlier chunks; transfers of whole chunks do not.
+TEST_F(Pacing, PartialTransfersCountAgainstTheChunkBudget) {
   for (const uint32_t last : {50U, 51U}) {
     WritePacing pacing({0, 0, 0, 1, 100, 0}, 1000);
     pacing.StartTransfer();
     AdvanceClock(300);
     pacing.EndTransfer();
-    EXPECT_EQ(800U, pacing.StartTransfer()) << "what is left of the call";
+    EXPECT_EQ(800U, pacing.StartTransfer()) << "remaining time of the call";
     AdvanceClock(150);
     EXPECT_TRUE(pacing.EndPartialTransfer(100));
     pacing.StartTransfer();

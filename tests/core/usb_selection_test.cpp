@@ -1,4 +1,4 @@
-// Which USB devices are taken, how they are listed, and what a port's URI tells of them.
+// Selection and listing of USB devices, and the URI of an open USB port.
 #include "port/usb_selection.h"
 
 #include <cstdio>
@@ -32,8 +32,8 @@ TEST(UsbSelection, MakerDevicesAreThoseOfTheList) {
   }
 }
 
-// Every product id against the families as a maker writes them down.
-TEST(UsbSelection, FamiliesHaveHundredModels) {
+// Checks every product id against the list of product families.
+TEST(UsbSelection, ProductFamilies) {
   std::vector<bool> listed(0x10000);
   for (const auto& [few, many] : {std::pair("B00", "B0"),
                                   {"900", "90"},
@@ -64,7 +64,7 @@ TEST(UsbSelection, DevicesQualifyInOrder) {
   const struct {
     const char* hardware_id;
     const char* parent_id;
-    Qualification alone;  // With a configuration, all are the maker's.
+    Qualification alone;  // Without a configuration file; with one, all qualify as the maker's.
   } rows[] = {
       {"USB\\VID_1A2B&PID_1", "", Qualification::kMaker},
       {"USBSTOR\\DISK", "USB\\VID_1A2B&PID_1\\A1", Qualification::kMaker},
@@ -80,7 +80,7 @@ TEST(UsbSelection, DevicesQualifyInOrder) {
     device.parent_id = row.parent_id;
     EXPECT_EQ(row.alone, alone.Qualify(device)) << row.hardware_id;
     EXPECT_EQ(Qualification::kMaker, configured.Qualify(device)) << row.hardware_id;
-    EXPECT_EQ(&row < rows + 2 ? 0 : 2, asked) << "asked for the maker's own, or more than once in a walk";
+    EXPECT_EQ(&row < rows + 2 ? 0 : 2, asked) << "a property was read for a maker's device, or twice";
   }
 }
 
@@ -131,13 +131,13 @@ std::string List(const std::vector<UsbDevice>& printers, size_t size) {
   return buffer.c_str();
 }
 
-TEST(UsbDescription, TellsWhatTheSystemTells) {
+TEST(UsbDescription, IsBuiltFromTheDeviceProperties) {
   const std::pair<UsbDevice, const char*> rows[] = {
       {{"USB\\VID_1A2B&PID_0001&REV_0100", "PORT_#0001.hub", "USBPRINT\\MODEL\\7&1A2B3C&0&USB001",
         "USB\\VID_1A2B&PID_0001\\ABC123"},
        "USB,ABC123;ABC123;MODEL;VID_1A2B&PID_0001;USB001;PORT_#0001.HUB"},
       {{"", "", "", ""}, "USB, ; ; ;VID_ &PID_ ;;"},
-      // Nothing follows the product id, so it does not count.
+      // A product id at the end of the text is ignored.
       {{"USB\\VID_1A2B&PID_0001", "", "USBPRINT\\MODEL", "NOTHING"}, "USB, ; ; ;VID_1A2B&PID_ ;;"},
       {{"VID_1&PID_", "", "A\\b\\c&usb001", "A\\b\\"}, "USB,;;b;VID_1&PI&PID_ ;;"},
       {{"", "", "USB001&", "\\a"}, "USB,a;a; ;VID_ &PID_ ;;"},
@@ -152,7 +152,7 @@ TEST(UsbDescription, RecordsThatDoNotFitAreLeftOut) {
   const UsbDevice large = {"", "", "", "\\bbbbbbbbbb"};
   const std::string a = List({small}, 256);
   const std::string b = List({large}, 256);
-  const size_t both = a.size() + 1 + b.size() + 1;  // One byte more is needed.
+  const size_t both = a.size() + 1 + b.size() + 1;  // One byte too few.
   const std::pair<size_t, std::string> rows[] = {
       {1, ""}, {a.size() + 1, ""}, {a.size() + 2, a}, {both, a + '|' + a}, {both + 1, a + '|' + b}};
   for (const auto& [size, list] : rows) {
@@ -170,7 +170,7 @@ FoundUsbDevice Found(const char* location, const char* path, const char* serial)
   return found;
 }
 
-// The URI that an opening makes of one; opening again and again must not change it.
+// The URI after opening. Opening it again must not change it.
 std::string Opened(const std::string& configured, const FoundUsbDevice& found) {
   char uri[kUriBufferSize] = {};
   std::strcpy(uri, configured.c_str());
@@ -180,13 +180,13 @@ std::string Opened(const std::string& configured, const FoundUsbDevice& found) {
   WriteFoundDevice(uri, length, found);
   EXPECT_EQ(opened, uri);
   WriteFoundDevice(uri, LengthWithoutFoundDevice(uri), found);
-  EXPECT_EQ(opened, uri) << "a URI taken from an open port";
+  EXPECT_EQ(opened, uri) << "the URI of an open port";
   DeviceUri parsed;
   EXPECT_EQ(VEXO_OK, ParseDeviceUri(&parsed, uri)) << uri;
   return opened;
 }
 
-TEST(UsbUri, TellsWhereTheDeviceWasFound) {
+TEST(UsbUri, ContainsThePlaceOfTheDevice) {
   const std::string usb = "vexo:/dev/bus/USB/DEVICE";
   const FoundUsbDevice found = Found("PORT_#1", "\\\\?\\usb#1", "A1");
   const std::string where = "location=PORT_#1+deviceid=\\\\?\\usb#1";

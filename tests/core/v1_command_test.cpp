@@ -1,4 +1,4 @@
-// Command frames, byte for byte, and the grammar of the replies.
+// Encoding of V1 commands and the patterns of replies.
 #include "protocol/v1_command.h"
 
 #include <regex>
@@ -12,7 +12,7 @@ namespace {
 
 using namespace std::string_literals;
 
-TEST(HexText, SeparatorsGoFirstThenPairsAreRead) {
+TEST(HexText, SeparatorsAreRemovedBeforePairsAreParsed) {
   const struct {
     std::string text;
     Bytes bytes;
@@ -22,7 +22,7 @@ TEST(HexText, SeparatorsGoFirstThenPairsAreRead) {
       {"123", {0x12}},
       {"f", {}},
       {"fFaA09", {0xFF, 0xAA, 0x09}},
-      {"0X1B", {0x21, 0x1B}},  // Only a small x marks a pair; the rest is read as it comes.
+      {"0X1B", {0x21, 0x1B}},  // Only a lower-case x is a prefix.
       {"zz/0", {0x53, 0xF0}},
   };
   for (const auto& row : rows) {
@@ -32,16 +32,16 @@ TEST(HexText, SeparatorsGoFirstThenPairsAreRead) {
   }
 }
 
-TEST(V1Command, FramesGoOutByteForByte) {
+TEST(V1Command, FramesAreEncodedExactly) {
   EXPECT_EQ(BytesOf("\x1b\x1c& V1 setkey\r\n\x01\x34\x12\x02\x80\x02"s), BuildSetKeyCommand(0x34, 0x12, {0x80, 0x02}));
-  EXPECT_EQ(19U + 258U, BuildSetKeyCommand(1, 2, Bytes(258)).size()) << "sent whole";
-  EXPECT_EQ(2, BuildSetKeyCommand(1, 2, Bytes(258))[18]) << "the length byte holds what fits";
+  EXPECT_EQ(19U + 258U, BuildSetKeyCommand(1, 2, Bytes(258)).size()) << "data is sent completely";
+  EXPECT_EQ(2, BuildSetKeyCommand(1, 2, Bytes(258))[18]) << "the length is cut to one byte";
   EXPECT_EQ(BytesOf("\x1b\x1c& V1 setval \"\x00\xFF\" \"a\"b\"\r\n"s), BuildSetValCommand("\x00\xFF"s, "a\"b"));
   EXPECT_EQ(BuildDoCommand("save_param_zone"), BytesOf(kSaveParamZoneCommand));
   EXPECT_EQ(BytesOf("\x1b\x1c& V1 report"), ReportCommand());
 }
 
-TEST(ReplyPatterns, TakeTheirRepliesApart) {
+TEST(ReplyPatterns, CaptureTheFields) {
   const std::string report = "\x1b\x1c& V1 report\r\n\0\xFFmore"s;
   std::smatch match;
   ASSERT_TRUE(std::regex_search(report, match, StatusReportPattern()));

@@ -1,5 +1,4 @@
-// Downloads as vexoctl sees them: what an image file holds, and what the library's trace says. A technician
-// must never be told of a false success.
+// How vexoctl examines firmware images and interprets the library's trace. It must never report a false success.
 #include <optional>
 
 #include "core/core_test.h"
@@ -11,17 +10,13 @@ namespace {
 
 constexpr size_t kHeaderSize = 76;
 
-// A segment whose header announces `announced` bytes, followed by `body` bytes that would be a wrong length in a
-// header.
+// A segment whose header announces `announced` bytes, followed by `body` bytes, which are no valid header.
 std::string Segment(uint32_t announced, size_t body) {
   std::string segment(kHeaderSize + body, '\xFF');
-  for (size_t i = 0; i < 4; ++i) {
-    segment[4 + i] = static_cast<char>(announced >> (8 * i));
-  }
-  return segment;
+  return segment.replace(4, 4, vexo::test::LittleEndian(announced, 4));
 }
 
-TEST(FirmwareImage, SegmentsMakeUpTheFile) {
+TEST(FirmwareImage, SegmentsAndFaults) {
   const struct {
     std::string content;
     size_t whole_segments;
@@ -50,7 +45,7 @@ TEST(FirmwareImage, SegmentsMakeUpTheFile) {
 
 using Kind = DownloadPieces::Kind;
 
-TEST(DownloadTrace, FirmwareIsTakenOnlyWhenTheLastLineSaysSo) {
+TEST(DownloadTrace, FirmwareSucceedsOnlyWithTheLastLine) {
   const char* const taken = "Successfully distributed...";
   const struct {
     std::vector<const char*> lines;
@@ -78,7 +73,7 @@ TEST(DownloadTrace, FirmwareIsTakenOnlyWhenTheLastLineSaysSo) {
   }
 }
 
-TEST(DownloadTrace, PackagesBeforeTheLastLineAreThere) {
+TEST(DownloadTrace, CountsConfirmedPackages) {
   DownloadTrace trace({Kind::kPackages, 5});
   for (const char* line : {"Enter Upgrade mode...", "Ready to send file...", "package 0", "package 1", "package 2"}) {
     trace.AddLine(line);

@@ -15,8 +15,8 @@ using virtual_printer::PrinterModel;
 using virtual_printer::Time;
 
 constexpr int32_t kConnectionReset = 10054;
-constexpr uint32_t kReadTimeMs = 100;      // What a read that finds nothing takes.
-constexpr uint32_t kConnectTimeMs = 3000;  // How long the printer may take to accept a connection.
+constexpr uint32_t kReadTimeMs = 100;      // Duration of a read without data.
+constexpr uint32_t kConnectTimeMs = 3000;  // Limit for the printer to accept a connection.
 
 Time Now() { return Time(std::chrono::milliseconds(platform::TickCount())); }
 
@@ -45,8 +45,8 @@ WholePrinter::WholePrinter(WireFaultAt fault, const virtual_printer::PrinterSetu
 WholePrinter::~WholePrinter() { SetDriverScript({}); }
 
 int32_t WholePrinter::Connect() {
-  const uint64_t patience_ends = platform::TickCount() + kConnectTimeMs;
-  while (Now() < back_at_ && platform::TickCount() < patience_ends) {
+  const uint64_t deadline = platform::TickCount() + kConnectTimeMs;
+  while (Now() < back_at_ && platform::TickCount() < deadline) {
     AdvanceClock(kReadTimeMs);
   }
   if (stalled_ || Now() < back_at_) {
@@ -61,7 +61,7 @@ int32_t WholePrinter::Connect() {
 void WholePrinter::Disconnect() {
   if (connected_) {
     connected_ = false;
-    TakeIn(model_.Disconnect(connection_, Now()));
+    HandleEvents(model_.Disconnect(connection_, Now()));
   }
   to_host_.clear();
 }
@@ -70,7 +70,7 @@ int32_t WholePrinter::Receive(const uint8_t* bytes, uint32_t length) {
   virtual_printer::Bytes arrived;
   for (const uint8_t* byte = bytes; byte < bytes + length; ++byte) {
     uint8_t carried = *byte;
-    if (Carry(WireDirection::kToPrinter, &carried)) {
+    if (Transmit(WireDirection::kToPrinter, &carried)) {
       arrived.push_back(carried);
     }
   }
@@ -78,16 +78,16 @@ int32_t WholePrinter::Receive(const uint8_t* bytes, uint32_t length) {
     return kConnectionReset;
   }
   const bool all_arrived = arrived.size() == length;
-  TakeIn(model_.Receive(connection_, arrived.data(), arrived.size(), Now()));
+  HandleEvents(model_.Receive(connection_, arrived.data(), arrived.size(), Now()));
   return all_arrived ? VEXO_OK : VEXO_ERROR_IO_WRITE_TIMEOUT;
 }
 
 uint32_t WholePrinter::Send(uint8_t* buffer, uint32_t room) {
   const auto has_arrived = [this] { return !to_host_.empty() && to_host_.front().arrives_at <= Now(); };
-  TakeIn(model_.Advance(Now()));
+  HandleEvents(model_.Advance(Now()));
   if (!has_arrived()) {
     AdvanceClock(kReadTimeMs);
-    TakeIn(model_.Advance(Now()));
+    HandleEvents(model_.Advance(Now()));
   }
   uint32_t sent = 0;
   for (; sent < room && has_arrived(); ++sent) {
@@ -97,11 +97,11 @@ uint32_t WholePrinter::Send(uint8_t* buffer, uint32_t room) {
   return sent;
 }
 
-void WholePrinter::TakeIn(const PrinterModel::Events& events) {
+void WholePrinter::HandleEvents(const PrinterModel::Events& events) {
   for (const virtual_printer::WireEvent& event : events) {
     if (event.direction == virtual_printer::WireEvent::Direction::kSent && connected_) {
       for (uint8_t byte : event.message.bytes) {
-        if (Carry(WireDirection::kToHost, &byte)) {
+        if (Transmit(WireDirection::kToHost, &byte)) {
           to_host_.push_back({byte, Now() + event.message.pause});
         }
       }
@@ -119,8 +119,8 @@ void WholePrinter::TakeIn(const PrinterModel::Events& events) {
   }
 }
 
-// @return whether the byte arrives, as which it may be changed.
-bool WholePrinter::Carry(WireDirection direction, uint8_t* byte) {
+// Applies the fault to the byte. @return whether it arrives.
+bool WholePrinter::Transmit(WireDirection direction, uint8_t* byte) {
   const size_t position = passed_[static_cast<size_t>(direction)]++;
   if (direction == fault_.direction && position == fault_.position) {
     if (fault_.fault == WireFault::kNoise) {

@@ -1,5 +1,5 @@
-// A whole virtual printer behind the fake drivers, in virtual time, and a wire between the two that can be cut, blocked
-// or disturbed at any byte.
+// Connects the fake drivers to the model of the virtual printer, in virtual time. The connection can be dropped,
+// blocked or disturbed at any byte.
 #ifndef VEXO_TESTS_CORE_WHOLE_PRINTER_H_
 #define VEXO_TESTS_CORE_WHOLE_PRINTER_H_
 
@@ -16,20 +16,19 @@ namespace vexo::test {
 enum class WireFault {
   kNone,
   kDrop,   // The connection is lost; a new one works.
-  kStall,  // Nothing passes from here on, whatever is done.
-  kNoise   // One byte arrives as another.
+  kStall,  // No byte passes from here on, even over a new connection.
+  kNoise   // One byte is altered.
 };
 
 enum class WireDirection { kToPrinter, kToHost };
 
-// Where the wire is at fault.
 struct WireFaultAt {
   WireFault fault = WireFault::kNone;
   WireDirection direction = WireDirection::kToPrinter;
-  size_t position = 0;  // In all bytes of this direction, whichever connection brings them.
+  size_t position = 0;  // Counts all bytes of this direction, over all connections.
 };
 
-// The only printer there is, for every kind of port, while it lives.
+// While it exists, ports of every kind are connected to this printer.
 class WholePrinter {
  public:
   explicit WholePrinter(WireFaultAt fault = {}, const virtual_printer::PrinterSetup& setup = {});
@@ -37,10 +36,10 @@ class WholePrinter {
   WholePrinter(const WholePrinter&) = delete;
   WholePrinter& operator=(const WholePrinter&) = delete;
 
-  // Bytes that have entered the wire.
+  // Number of bytes sent in this direction.
   size_t Passed(WireDirection direction) const { return passed_[static_cast<size_t>(direction)]; }
 
-  // What downloads have brought, in their order.
+  // Completed downloads, in order.
   const std::vector<virtual_printer::Bytes>& Stored() const { return stored_; }
 
  private:
@@ -48,21 +47,21 @@ class WholePrinter {
   void Disconnect();
   int32_t Receive(const uint8_t* bytes, uint32_t length);
   uint32_t Send(uint8_t* buffer, uint32_t room);
-  void TakeIn(const virtual_printer::PrinterModel::Events& events);
-  bool Carry(WireDirection direction, uint8_t* byte);
+  void HandleEvents(const virtual_printer::PrinterModel::Events& events);
+  bool Transmit(WireDirection direction, uint8_t* byte);
 
   const WireFaultAt fault_;
-  std::mutex mutex_;  // The reader thread of a monitor listens, too.
+  std::mutex mutex_;  // A monitor's reader thread reads, too.
   virtual_printer::PrinterModel model_;
   int connection_ = 0;
   bool connected_ = false;
   bool stalled_ = false;
   virtual_printer::Time back_at_;
-  struct ByteUnderway {
+  struct ByteInTransit {
     uint8_t byte;
     virtual_printer::Time arrives_at;
   };
-  std::deque<ByteUnderway> to_host_;
+  std::deque<ByteInTransit> to_host_;
   size_t passed_[2] = {};
   std::vector<virtual_printer::Bytes> stored_;
 };

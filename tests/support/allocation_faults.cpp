@@ -10,22 +10,22 @@
 
 namespace {
 
-thread_local uint32_t t_countdown = 0;  // Allocations until the one that fails, which is counted too; 0: none fails.
-thread_local bool t_struck = false;
-std::atomic<int64_t> g_living_bytes{0};
+thread_local uint32_t t_countdown = 0;  // 1: the next allocation fails; 0: none does.
+thread_local bool t_failed = false;
+std::atomic<int64_t> g_allocated_bytes{0};
 
 void* AllocateOrNull(size_t size) {
   if (t_countdown > 0 && --t_countdown == 0) {
-    t_struck = true;
+    t_failed = true;
     return nullptr;
   }
   void* const memory = std::malloc(size > 0 ? size : 1);
-  g_living_bytes += static_cast<int64_t>(malloc_usable_size(memory));
+  g_allocated_bytes += static_cast<int64_t>(malloc_usable_size(memory));
   return memory;
 }
 
 void Free(void* memory) {
-  g_living_bytes -= static_cast<int64_t>(malloc_usable_size(memory));
+  g_allocated_bytes -= static_cast<int64_t>(malloc_usable_size(memory));
   std::free(memory);
 }
 
@@ -39,7 +39,7 @@ void* AllocateOrThrow(size_t size) {
 
 }  // namespace
 
-// All forms are replaced: a sanitizer's own array forms would not come by here.
+// All forms are replaced because the sanitizers' array forms do not call the scalar ones.
 void* operator new(size_t size) { return AllocateOrThrow(size); }
 void* operator new[](size_t size) { return AllocateOrThrow(size); }
 void* operator new(size_t size, const std::nothrow_t& /*tag*/) noexcept { return AllocateOrNull(size); }
@@ -54,16 +54,16 @@ void operator delete[](void* memory, const std::nothrow_t& /*tag*/) noexcept { F
 namespace vexo::test {
 
 AllocationFault::AllocationFault(uint32_t nth) {
-  t_struck = false;
+  t_failed = false;
   t_countdown = nth;
 }
 
 bool AllocationFault::Lift() {
   t_countdown = 0;
-  return t_struck;
+  return t_failed;
 }
 
-int64_t LivingBytes() { return g_living_bytes; }
+int64_t AllocatedBytes() { return g_allocated_bytes; }
 
 UncountedAllocations::UncountedAllocations() : countdown_(std::exchange(t_countdown, 0)) {}
 

@@ -1,4 +1,4 @@
-// Memory that runs out on request: the test programs' operator new counts, and fails once where a test wants it to.
+// Simulated memory shortage: replaces operator new so that a test can make a chosen allocation fail.
 #ifndef VEXO_TESTS_SUPPORT_ALLOCATION_FAULTS_H_
 #define VEXO_TESTS_SUPPORT_ALLOCATION_FAULTS_H_
 
@@ -6,7 +6,7 @@
 
 namespace vexo::test {
 
-// Makes one allocation of this thread fail: the `nth` from here on, counted from 1. One fault at a time.
+// Makes the `nth` allocation of this thread fail, counted from 1; 0: none. Only one fault may be active at a time.
 class AllocationFault {
  public:
   explicit AllocationFault(uint32_t nth);
@@ -14,12 +14,12 @@ class AllocationFault {
   AllocationFault& operator=(const AllocationFault&) = delete;
   ~AllocationFault() { Lift(); }
 
-  // There is memory again from now on. Whether the fault struck: false when fewer allocations were made.
+  // Ends the fault. @return whether an allocation has failed; false if there were fewer than `nth`.
   bool Lift();
 };
 
-// While one lives, allocations of this thread are not counted: what scripted ports and drivers need is not the
-// product's.
+// Excludes allocations of this thread from the count while it exists. Test doubles use it: only the library's own
+// allocations should fail.
 class UncountedAllocations {
  public:
   UncountedAllocations();
@@ -31,8 +31,8 @@ class UncountedAllocations {
   const uint32_t countdown_;
 };
 
-// Bytes that are allocated now, on all threads.
-int64_t LivingBytes();
+// Bytes currently allocated, on all threads.
+int64_t AllocatedBytes();
 
 }  // namespace vexo::test
 

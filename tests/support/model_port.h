@@ -1,5 +1,5 @@
-// A host's own port object with a whole virtual printer behind it. Everything arrives at once, in the test's own
-// thread.
+// A port object supplied by a host, connected to the model of the virtual printer. Transfers are synchronous: they run
+// on the caller's thread and take no time.
 #ifndef VEXO_TESTS_SUPPORT_MODEL_PORT_H_
 #define VEXO_TESTS_SUPPORT_MODEL_PORT_H_
 
@@ -23,15 +23,15 @@ class ModelPort : public VexoPort {
     VexoPort::Close = [](VexoPort* /*port*/) -> int32_t { return VEXO_OK; };
     VexoPort::Write = [](VexoPort* port, const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
       *written = length;
-      static_cast<ModelPort*>(port)->TakeIn(buffer + offset, length);
+      static_cast<ModelPort*>(port)->Receive(buffer + offset, length);
       return int32_t{VEXO_OK};
     };
     VexoPort::Read = [](VexoPort* port, uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
-      *read = static_cast<ModelPort*>(port)->GiveOut(buffer + offset, length);
+      *read = static_cast<ModelPort*>(port)->Send(buffer + offset, length);
       return int32_t{*read < length ? VEXO_ERROR_IO_READ_TIMEOUT : VEXO_OK};
     };
     VexoPort::ReadAvailable = [](VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
-      *read = static_cast<ModelPort*>(port)->GiveOut(buffer + from, to - from);
+      *read = static_cast<ModelPort*>(port)->Send(buffer + from, to - from);
       return int32_t{VEXO_OK};
     };
   }
@@ -39,24 +39,24 @@ class ModelPort : public VexoPort {
  private:
   static constexpr int kConnection = 1;
 
-  void TakeIn(const uint8_t* bytes, uint32_t length) {
+  void Receive(const uint8_t* bytes, uint32_t length) {
     const std::lock_guard<std::mutex> guard(mutex_);
-    Keep(model_.Receive(kConnection, bytes, length, now_));
+    QueueReplies(model_.Receive(kConnection, bytes, length, now_));
     static_cast<void>(model_.TakeSideEffects());
   }
 
-  // A look takes no time here; for the printer it takes a while, so what it does later it has done by the next one.
-  uint32_t GiveOut(uint8_t* buffer, uint32_t room) {
+  // Each read advances the printer's clock by 100 ms, so that delayed replies become due.
+  uint32_t Send(uint8_t* buffer, uint32_t room) {
     const std::lock_guard<std::mutex> guard(mutex_);
     now_ += std::chrono::milliseconds(100);
-    Keep(model_.Advance(now_));
+    QueueReplies(model_.Advance(now_));
     const auto count = static_cast<uint32_t>(std::min<size_t>(room, to_host_.size()));
     std::copy_n(to_host_.begin(), count, buffer);
     to_host_.erase(to_host_.begin(), to_host_.begin() + count);
     return count;
   }
 
-  void Keep(const virtual_printer::PrinterModel::Events& events) {
+  void QueueReplies(const virtual_printer::PrinterModel::Events& events) {
     for (const virtual_printer::WireEvent& event : events) {
       if (event.direction == virtual_printer::WireEvent::Direction::kSent) {
         to_host_.insert(to_host_.end(), event.message.bytes.begin(), event.message.bytes.end());
@@ -64,7 +64,7 @@ class ModelPort : public VexoPort {
     }
   }
 
-  std::mutex mutex_;  // A monitor's reader thread looks, too.
+  std::mutex mutex_;  // A monitor's reader thread reads, too.
   virtual_printer::PrinterModel model_;
   virtual_printer::Time now_;
   std::deque<uint8_t> to_host_;

@@ -56,7 +56,7 @@ platform::OwnedFile platform::OpenOwnFile(const char* name) {
     return nullptr;
   }
   if (!g_folder.readable) {
-    return OwnedFile(std::fopen("/", "rb"));  // Reading a folder fails.
+    return OwnedFile(std::fopen("/", "rb"));  // Opens, but reading a folder fails.
   }
   OwnedFile file(std::tmpfile());
   const std::string content = *g_folder.file;

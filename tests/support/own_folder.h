@@ -1,4 +1,4 @@
-// The library's own folder as tests want it: it holds at most one file, whatever name is asked for.
+// Simulates the library's folder. It holds at most one file, which is found under any name.
 #ifndef VEXO_TESTS_SUPPORT_OWN_FOLDER_H_
 #define VEXO_TESTS_SUPPORT_OWN_FOLDER_H_
 
@@ -9,12 +9,12 @@ namespace vexo::test {
 
 void SetOwnFile(const std::string& content);
 
-// A file that can be opened, but not read.
+// The file can be opened, but reading it fails.
 void SetUnreadableOwnFile();
 
 void RemoveOwnFile();
 
-// How often a file was asked for since one of these calls, and by which name last.
+// Number of requests for a file since the last of these calls, and the name in the latest request.
 int32_t OwnFileRequests();
 std::string LastOwnFileName();
 

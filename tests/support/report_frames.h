@@ -1,4 +1,4 @@
-// What printers report, byte for byte, built without the library's own builders.
+// Builds the printer's report frames independently of the library's code.
 #ifndef VEXO_TESTS_SUPPORT_REPORT_FRAMES_H_
 #define VEXO_TESTS_SUPPORT_REPORT_FRAMES_H_
 
@@ -20,7 +20,7 @@ inline std::string Frame(uint16_t type, const std::string& payload) {
          payload;
 }
 
-// `task`: four digits.
+// `task` has four digits.
 inline std::string Started(const std::string& task) { return Frame(0x100, '?' + task); }
 inline std::string Ended(const std::string& task, uint32_t value) {
   return Frame(0x101, '?' + task + LittleEndian(value, 4));

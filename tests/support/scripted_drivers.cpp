@@ -20,19 +20,19 @@ namespace {
 std::mutex g_mutex;
 test::DriverScript g_script;
 std::vector<std::string> g_calls;
-std::atomic<int32_t> g_living{0};
+std::atomic<int32_t> g_driver_count{0};
 std::atomic<int32_t> g_open{0};
 
 class FakeDriver : public DevicePort {
  public:
-  explicit FakeDriver(const char* name) : DevicePort({1, 2, 3, 4, 5, 6}), name_(name) { ++g_living; }
+  explicit FakeDriver(const char* name) : DevicePort({1, 2, 3, 4, 5, 6}), name_(name) { ++g_driver_count; }
   ~FakeDriver() override {
     g_open -= open_ ? 1 : 0;
-    --g_living;
+    --g_driver_count;
   }
 
   int32_t Configure(const char* uri) override {
-    const int32_t result = Note("Configure ", uri).configure_result;
+    const int32_t result = Record("Configure ", uri).configure_result;
     DeviceUri parsed;
     if (result == VEXO_OK && ParseDeviceUri(&parsed, uri) == VEXO_OK) {
       SetConfigured(parsed);
@@ -41,19 +41,19 @@ class FakeDriver : public DevicePort {
   }
 
   int32_t Open() override {
-    const test::DriverScript script = Note("Open");
+    const test::DriverScript script = Record("Open");
     return MarkOpen(script.on_open ? script.on_open() : script.open_result);
   }
 
   int32_t OpenDeviceOfClass(uint32_t first_class, uint32_t class_count) override {
     const test::UncountedAllocations uncounted;
     const std::string classes = std::to_string(first_class) + ", " + std::to_string(class_count);
-    return MarkOpen(Note("OpenDeviceOfClass ", classes.c_str()).open_result);
+    return MarkOpen(Record("OpenDeviceOfClass ", classes.c_str()).open_result);
   }
 
   int32_t Close() override {
     g_open -= open_.exchange(false) ? 1 : 0;
-    Note("Close");
+    Record("Close");
     return 5;
   }
 
@@ -89,14 +89,14 @@ class FakeDriver : public DevicePort {
   }
 
  private:
-  test::DriverScript Note(const char* operation, const char* details = "", bool kept = true) const {
+  test::DriverScript Record(const char* operation, const char* details = "", bool recorded = true) const {
     const test::UncountedAllocations uncounted;
     const std::string call = std::string(name_) + " " + operation + details;
     test::DriverScript script;
     {
       const std::lock_guard<std::mutex> guard(g_mutex);
       script = g_script;
-      if (kept) {
+      if (recorded) {
         g_calls.push_back(call);
       }
     }
@@ -115,7 +115,7 @@ class FakeDriver : public DevicePort {
   int32_t Transfer(const char* name, uint32_t length, Operation operation) const {
     char details[16];
     (void)std::snprintf(details, sizeof(details), " %u", length);
-    const test::DriverScript script = Note(name, details, false);
+    const test::DriverScript script = Record(name, details, false);
     if (IsAborted()) {
       return VEXO_OK;
     }
@@ -134,7 +134,7 @@ namespace test {
 void SetDriverScript(DriverScript script) {
   const std::lock_guard<std::mutex> guard(g_mutex);
   g_script = std::move(script);
-  g_calls = {};  // Without the memory that it took.
+  g_calls = {};  // Also releases the capacity.
 }
 
 std::vector<std::string> DriverCalls() {
@@ -142,7 +142,7 @@ std::vector<std::string> DriverCalls() {
   return g_calls;
 }
 
-int32_t LivingDrivers() { return g_living; }
+int32_t DriverCount() { return g_driver_count; }
 
 int32_t OpenDevices() { return g_open; }
 

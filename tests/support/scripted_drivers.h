@@ -1,5 +1,5 @@
-// The driver table of the test programs: buffer ports as in the product, no driver for files, and for every other kind
-// a fake device that keeps a record of what it is asked.
+// The driver table of the test programs: real buffer ports, no driver for files, and for every other kind a fake device
+// that records its calls.
 #ifndef VEXO_TESTS_SUPPORT_SCRIPTED_DRIVERS_H_
 #define VEXO_TESTS_SUPPORT_SCRIPTED_DRIVERS_H_
 
@@ -10,28 +10,27 @@
 
 namespace vexo::test {
 
-// How all fake devices behave from now on. Unless told otherwise they take every byte and never send any (-332; 0 from
-// ReadAvailable). They fail transfers with -309 while they are closed and end them with 0 bytes once aborted. Closing
-// works, but says 5.
+// Behaviour of all fake devices. By default they accept every byte and send none: Read gives -332, ReadAvailable 0
+// bytes. Transfers fail with -309 while the device is closed and give 0 bytes after Abort. Close works, but returns 5.
 struct DriverScript {
   int32_t configure_result = 0;
   int32_t open_result = 0;
-  // Called during each operation, with its name, "NET Open", "NET Write 21".
+  // Called during each operation with its name, for example "NET Open" or "NET Write 21".
   std::function<void(const std::string& call)> during = {};
-  std::function<int32_t()> on_open = {};  // Instead of open_result.
+  std::function<int32_t()> on_open = {};  // Replaces open_result.
   std::function<int32_t(const uint8_t* bytes, uint32_t length)> on_write = {};
-  std::function<uint32_t(uint8_t* buffer, uint32_t room)> on_read = {};  // Gives the bytes sent; 0: none.
-  int32_t read_failure = 0;                                              // What Read ends with instead.
+  std::function<uint32_t(uint8_t* buffer, uint32_t room)> on_read = {};  // Returns the number of bytes.
+  int32_t read_failure = 0;                                              // If not 0, the result of Read.
 };
 
-// Forgets the record.
+// Also clears the recorded calls.
 void SetDriverScript(DriverScript script);
 
-// The operations since then but for the transfers: "USB OpenDeviceOfClass 1, 5", "COM Open".
+// Operations since SetDriverScript, without transfers: "USB OpenDeviceOfClass 1, 5", "COM Open".
 std::vector<std::string> DriverCalls();
 
-// Fake drivers that exist now, and fake devices that are open.
-int32_t LivingDrivers();
+// Existing fake drivers, and fake devices that are open.
+int32_t DriverCount();
 int32_t OpenDevices();
 
 }  // namespace vexo::test

@@ -36,31 +36,31 @@ ScriptedPort::ScriptedPort() : VexoPort() {
   };
   VexoPort::Write = [](VexoPort* port, const uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* written) {
     const UncountedAllocations uncounted;
-    From(port).Note("Write", offset, length);
+    From(port).Record("Write", offset, length);
     From(port).written_.emplace_back(buffer + offset, buffer + offset + length);
     return Finish(Take(&From(port).writes_, VEXO_OK), length, written);
   };
   VexoPort::Read = [](VexoPort* port, uint8_t* buffer, uint32_t offset, uint32_t length, uint32_t* read) {
     const UncountedAllocations uncounted;
-    From(port).Note("Read", offset, length);
+    From(port).Record("Read", offset, length);
     return From(port).TakeRead(VEXO_ERROR_IO_READ_TIMEOUT, buffer + offset, length, read);
   };
   VexoPort::ReadAvailable = [](VexoPort* port, uint8_t* buffer, uint32_t from, uint32_t to, uint32_t* read) {
     const UncountedAllocations uncounted;
-    From(port).Note("ReadAvailable", from, to);
+    From(port).Record("ReadAvailable", from, to);
     return From(port).TakeRead(VEXO_OK, buffer + from, to - from, read);
   };
 }
 
-void ScriptedPort::Note(const char* operation, uint32_t first, uint32_t second) {
+void ScriptedPort::Record(const char* operation, uint32_t first, uint32_t second) {
   operations_.push_back(std::string(operation) + "(" + std::to_string(first) + ", " + std::to_string(second) + ")");
 }
 
 int32_t ScriptedPort::TakeRead(int32_t otherwise, uint8_t* to, uint32_t room, uint32_t* read) {
   const Step step = Take(&reads_, otherwise);
-  const size_t brought = std::min<size_t>(step.bytes.size(), room);
-  std::copy_n(step.bytes.begin(), brought, to);
-  return Finish(step, static_cast<uint32_t>(brought), read);
+  const size_t copied = std::min<size_t>(step.bytes.size(), room);
+  std::copy_n(step.bytes.begin(), copied, to);
+  return Finish(step, static_cast<uint32_t>(copied), read);
 }
 
 }  // namespace vexo::test

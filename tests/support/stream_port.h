@@ -1,4 +1,4 @@
-// A port object for tests with many threads: it brings whatever a source makes, without end and without a record.
+// A port object for tests with several threads: reads return what a generator function produces. Nothing is recorded.
 #ifndef VEXO_TESTS_SUPPORT_STREAM_PORT_H_
 #define VEXO_TESTS_SUPPORT_STREAM_PORT_H_
 
@@ -16,7 +16,7 @@ namespace vexo::test {
 
 class StreamPort : public VexoPort {
  public:
-  using Source = std::function<std::string(size_t room)>;  // Gives the next bytes; `room` is 64 or more.
+  using Source = std::function<std::string(size_t room)>;  // Returns the next bytes, at most `room` (64 or more).
   using WriteResult = std::function<int32_t(uint32_t length)>;
 
   explicit StreamPort(

@@ -1,4 +1,4 @@
-// Several threads at once, and waiting for what they are about to do.
+// Helpers to run several threads and to wait for a condition.
 #ifndef VEXO_TESTS_SUPPORT_THREADS_H_
 #define VEXO_TESTS_SUPPORT_THREADS_H_
 
@@ -8,7 +8,7 @@
 
 namespace vexo::test {
 
-// Runs work(0), work(1) and so on, each on a thread of its own, until all have returned.
+// Runs work(0) to work(count - 1), each on its own thread, and joins them.
 template <typename Work>
 void RunOnThreads(int count, Work work) {
   std::vector<std::thread> threads;
@@ -20,12 +20,12 @@ void RunOnThreads(int count, Work work) {
   }
 }
 
-// False: the condition never comes true. The bound is one that only a fault exceeds.
+// Waits for the condition. @return false after two minutes, a limit that only a fault exceeds.
 template <typename Condition>
 bool Eventually(Condition condition) {
-  const auto patience_ends = std::chrono::steady_clock::now() + std::chrono::seconds(120);
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(120);
   while (!condition()) {
-    if (std::chrono::steady_clock::now() >= patience_ends) {
+    if (std::chrono::steady_clock::now() >= deadline) {
       return false;
     }
     std::this_thread::yield();

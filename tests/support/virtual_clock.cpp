@@ -17,8 +17,8 @@ std::mutex g_mutex;
 uint64_t g_milliseconds = 0;
 std::vector<uint32_t> g_sleeps;
 std::condition_variable g_changed;
-std::thread::id g_awake;  // None: sleeps end on every thread.
-size_t g_held = 0;
+std::thread::id g_only_awake;  // While set, sleeps end on this thread only.
+size_t g_sleepers = 0;
 
 uint64_t Now() {
   const std::lock_guard<std::mutex> guard(g_mutex);
@@ -32,7 +32,7 @@ namespace test {
 void SetClock(uint64_t milliseconds) {
   const std::lock_guard<std::mutex> guard(g_mutex);
   g_milliseconds = milliseconds;
-  g_sleeps = {};  // Without the memory that it took.
+  g_sleeps = {};  // Also releases the capacity.
 }
 
 void AdvanceClock(uint32_t milliseconds) {
@@ -47,17 +47,17 @@ std::vector<uint32_t> RecordedSleeps() {
 
 HeldSleepers::HeldSleepers() {
   const std::lock_guard<std::mutex> guard(g_mutex);
-  g_awake = std::this_thread::get_id();
+  g_only_awake = std::this_thread::get_id();
 }
 
 bool HeldSleepers::Await(size_t threads) const {
   std::unique_lock<std::mutex> lock(g_mutex);
-  return g_changed.wait_for(lock, std::chrono::seconds(60), [&] { return g_held >= threads; });
+  return g_changed.wait_for(lock, std::chrono::seconds(60), [&] { return g_sleepers >= threads; });
 }
 
 void HeldSleepers::Release() {
   const std::lock_guard<std::mutex> guard(g_mutex);
-  g_awake = {};
+  g_only_awake = {};
   g_changed.notify_all();
 }
 
@@ -74,10 +74,11 @@ int64_t PerformanceFrequency() { return kStepsPerMillisecond * 1000; }
 void SleepMs(uint32_t milliseconds) {
   {
     std::unique_lock<std::mutex> lock(g_mutex);
-    ++g_held;
+    ++g_sleepers;
     g_changed.notify_all();
-    g_changed.wait(lock, [] { return g_awake == std::thread::id() || g_awake == std::this_thread::get_id(); });
-    --g_held;
+    g_changed.wait(lock,
+                   [] { return g_only_awake == std::thread::id() || g_only_awake == std::this_thread::get_id(); });
+    --g_sleepers;
     g_milliseconds += milliseconds;
     if (g_sleeps.size() < kMostSleeps) {
       g_sleeps.push_back(milliseconds);

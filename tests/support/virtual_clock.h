@@ -1,5 +1,5 @@
-// The clock that tests are linked with instead of the system's: time passes only when somebody sleeps or a test says
-// so. Safe to use from any thread; a sleep on one thread passes the time of all.
+// Replaces the system's clock in tests. Time advances only when a thread sleeps or a test advances it, and is the same
+// for all threads. Thread-safe.
 #ifndef VEXO_TESTS_SUPPORT_VIRTUAL_CLOCK_H_
 #define VEXO_TESTS_SUPPORT_VIRTUAL_CLOCK_H_
 
@@ -9,16 +9,16 @@
 
 namespace vexo::test {
 
-// Time goes on from `milliseconds`; the sleeps so far are forgotten.
+// Sets the time and clears the recorded sleeps.
 void SetClock(uint64_t milliseconds);
 
 void AdvanceClock(uint32_t milliseconds);
 
-// The first thousand sleeps since SetClock, in order, whichever thread slept.
+// The first thousand sleeps of all threads since SetClock, in order.
 std::vector<uint32_t> RecordedSleeps();
 
-// While one lives, a sleep on any thread but its own does not end: a background thread stands still at a known place.
-// Must end before such a thread is joined.
+// While this object exists, sleeps end only on the thread that created it, so background threads stop at a known point.
+// Release before such a thread is joined.
 class HeldSleepers {
  public:
   HeldSleepers();
@@ -26,7 +26,7 @@ class HeldSleepers {
   HeldSleepers& operator=(const HeldSleepers&) = delete;
   ~HeldSleepers() { Release(); }
 
-  // Waits until this many threads sleep. False: they never do.
+  // Waits until this many threads sleep. @return false if they do not within a minute.
   bool Await(size_t threads) const;
 
   void Release();
