@@ -1,4 +1,4 @@
-// What people and scripts write and read.
+// Text formats of the virtual printer: console commands, options, file names and trace.
 #include <gtest/gtest.h>
 
 #include <optional>
@@ -26,7 +26,7 @@ std::string Hex(const Bytes& bytes) {
   return hex;
 }
 
-TEST(ConsoleLine, IsACommandOrAnError) {
+TEST(ConsoleLine, ValidAndInvalidLines) {
   const struct {
     const char* line;
     std::optional<ConsoleCommand> expected;
@@ -52,14 +52,14 @@ TEST(ConsoleLine, IsACommandOrAnError) {
   }
 }
 
-TEST(DownloadFault, HasAKindAStepAndACount) {
+TEST(DownloadFault, InvalidTextsAreRefused) {
   for (const char* text : {"", "drop", "drop@", "@1", "dropp@1", "drop@-1", "drop@1x", "drop@1x0", "drop@x2",
                            "drop@1x2x", "drop@4294967296", "drop@mode1"}) {
     EXPECT_FALSE(ParseDownloadFault(text)) << text;
   }
 }
 
-TEST(DownloadFileName, NeverLeadsOutOfTheFolder) {
+TEST(DownloadFileName, NeverLeavesTheFolder) {
   const std::tuple<DownloadKind, std::string, int, std::string> rows[] = {
       {DownloadKind::kFile, "ignored", 3, "file-3.bin"},
       {DownloadKind::kYmodem, "C:\\data\\logo.bmp", 1, "ymodem-logo.bmp.bin"},
@@ -88,8 +88,8 @@ TEST(SplitAnswer, IsDelayedOnlyOnce) {
   EXPECT_EQ(pieces, "70:01 5:02 5:03 ");
 }
 
-// The other frames are understood by the library, in whole conversations.
-TEST(ReportFrames, OfStatesAndV2AnswersHaveTheirBytes) {
+// Other frames are tested by decoding them with the library, in tests/core.
+TEST(ReportFrames, JobStateAndV2Answer) {
   EXPECT_EQ(Hex(JobState(0).bytes), "1B1C26205631207265706F7274020105000030303030");
   EXPECT_EQ(Hex(TaskOver(7).bytes),
             "1B1C26205632000000300000000000000000"
@@ -97,7 +97,7 @@ TEST(ReportFrames, OfStatesAndV2AnswersHaveTheirBytes) {
             "7461736B2533443030303725334273746174652533446F6B");
 }
 
-TEST(NetworkScan, HasAQuestionForEachPortAndAShortAnswer) {
+TEST(NetworkScan, QuestionDependsOnThePortAndTheAnswerIsShort) {
   const std::string question = "getval \"printer_message\"";
   const std::string command = "\x1B\x1C& V1 " + question + "\r\n";
   const std::tuple<std::string, bool, bool> rows[] = {
@@ -111,7 +111,7 @@ TEST(NetworkScan, HasAQuestionForEachPortAndAShortAnswer) {
     EXPECT_EQ(IsScanQuestion(ScanKind::kLabelPrinters, datagram), label) << datagram;
   }
   const std::string text(32, 'x');
-  EXPECT_LE(ScanAnswer({text, text, 200, {250, 250, 250, 250}}).bytes.size(), 255U) << "longer than a host's record";
+  EXPECT_LE(ScanAnswer({text, text, 200, {250, 250, 250, 250}}).bytes.size(), 255U) << "must fit a host's record";
 }
 
 }  // namespace

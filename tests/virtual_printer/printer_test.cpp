@@ -1,6 +1,6 @@
-// What the printer makes of single commands, of jobs and connections over time, and of downloads that the library would
-// not send. What the library sends is in whole conversations of the two, in tests/core; how bytes are cut into pieces
-// makes no difference, which the fuzz target checks.
+// The printer model: single commands, jobs and connections over time, and downloads that the library would not send.
+// The library's own conversations are tested in tests/core. The fuzz target checks that fragmentation makes no
+// difference.
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -17,7 +17,7 @@ namespace {
 struct PrinterFixture {
   explicit PrinterFixture(const PrinterSetup& setup = {}) : model(setup) {}
 
-  // The host connects if it has not yet.
+  // Connects the host if necessary.
   PrinterModel::Events Send(int host, const std::string& bytes) {
     model.Connect(host);
     return model.Receive(host, reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size(), now);
@@ -73,12 +73,12 @@ const std::string kLoaderMode = "\x1D\x75\x55\xAA";
 using Lines = std::vector<std::string>;
 const std::string kMonitoringOn = "setval \"job_monitor\" \"on\", by V1 reports";
 const std::string kGsHMonitoringOn = "GS ( H, monitoring on, by 37 replies";
-// Reports of type 259, of which the last byte counts; and of type 260, with four bytes of status.
+// Reports of type 259, whose last byte is the value, and of type 260, with four bytes of status.
 const std::string kDone = "<-1B1C26205631207265706F7274030102000001";
 const std::string kIsOff = "<-1B1C26205631207265706F7274030102000000";
 const std::string kStatusZero = "<-1B1C26205631207265706F7274040105000000000000";
 
-// What the printer understands, in words, and the bytes that it answers.
+// Commands, their descriptions and the bytes of the answers.
 const struct {
   const char* name;
   std::string sent;
@@ -158,7 +158,7 @@ TEST(Commands, AreUnderstoodAndAnsweredAndLeaveTheParserInStep) {
   }
 }
 
-// Something that happens to the printer.
+// An event for the printer.
 using Action = std::function<PrinterModel::Events(PrinterFixture& printer)>;
 Action Send(int host, const std::string& bytes) {
   return [=](PrinterFixture& printer) { return printer.Send(host, bytes); };
@@ -175,8 +175,8 @@ Action Leave(int host) {
   return [=](PrinterFixture& printer) { return printer.model.Disconnect(host, printer.now); };
 }
 
-// `1> words` for data from host 1, `1< words` for what it is sent; then the side effects. Commands and packages are
-// left out.
+// Describes the result: `1> text` for data from host 1, `1< text` for data to it, then side effects. Commands and
+// packages are omitted.
 std::string Perform(const Action& action, PrinterFixture& printer) {
   std::string words;
   const auto add = [&](const std::string& text) { words += (words.empty() ? "" : ", ") + text; };
@@ -347,7 +347,7 @@ TEST(Printer, GoesThroughScenarios) {
   }
 }
 
-// Each row begins with a job whose first data has just arrived.
+// Each row starts with a job whose first data has just arrived.
 TEST(Job, IsCompleteAfter) {
   const struct {
     const char* name;

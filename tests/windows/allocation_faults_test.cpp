@@ -1,5 +1,5 @@
-// Every export while memory runs out: each of its first allocations fails once, alone and with all that follow. The
-// portable tests do the same to the library's own allocations; here those of the compiler's libraries count, too.
+// Calls every export with each of its first allocations failing, alone and together with all later ones. The portable
+// tests cover the library's own allocations; here those of the compiler's libraries fail, too.
 #include "windows/loopback_printer.h"
 
 #include <gtest/gtest.h>
@@ -26,10 +26,10 @@ namespace {
 constexpr uint32_t kAllocations = 12;
 constexpr size_t kFirmwareHeaderSize = 76;
 constexpr size_t kFirmwareBodySize = 74;
-constexpr int32_t kBadAlloc = 1'000'001;  // In place of a result: the exception left the call.
+constexpr int32_t kBadAlloc = 1'000'001;  // Stands for std::bad_alloc thrown by the call.
 constexpr int32_t kOtherThrown = 1'000'002;
 
-// One host with everything that an export may need, made without faults.
+// Everything that an export may need, created without faults.
 struct Host {
   FaultyLibrary library;
   ModelPort port;
@@ -79,7 +79,7 @@ struct Scenario {
   const char* name;
   void (*prepare)(Host&);
   int32_t (*call)(Host&);
-  Codes documented;  // While memory runs out, beside 0.
+  Codes documented;  // Failures allowed when memory runs out.
 };
 
 const Codes kPortCodes = {-2, -9, ERROR_NOT_ENOUGH_MEMORY, -372, -309};
@@ -222,12 +222,12 @@ class AllocationFaults : public ::testing::TestWithParam<Scenario> {
  protected:
   AllocationFaults() : file_("allocation_faults_" + std::to_string(GetCurrentProcessId())) {
     std::string content(kFirmwareHeaderSize + kFirmwareBodySize, 'x');
-    content.replace(4, 4, LittleEndian(kFirmwareBodySize, 4));  // As a firmware image it is one segment.
+    content.replace(4, 4, LittleEndian(kFirmwareBodySize, 4));  // As a firmware image, it is one segment.
     std::ofstream(file_, std::ios::binary) << content;
   }
   ~AllocationFaults() override { std::remove(file_.c_str()); }
 
-  // The printer in its update mode, for as many hosts as come.
+  // Acts as a printer in update mode for any number of connections.
   void TakeFirmware() {
     for (Connection host = printer_.Accept(); !done_; host = printer_.Accept()) {
       if (host.Receive(kFirmwareHeaderSize).size() == kFirmwareHeaderSize) {
@@ -240,7 +240,7 @@ class AllocationFaults : public ::testing::TestWithParam<Scenario> {
     }
   }
 
-  // Prepares, calls under the fault, and gives everything back. @return whether the fault struck.
+  // Prepares, calls the export with the fault, and releases everything. @return whether an allocation failed.
   bool Call(const AllocationFaultPlan& plan) {
     SCOPED_TRACE(testing::Message() << "allocation " << plan.first << (plan.all_that_follow ? " and on" : ""));
     Host host;
@@ -278,7 +278,7 @@ class AllocationFaults : public ::testing::TestWithParam<Scenario> {
   const std::string file_;
 };
 
-TEST_P(AllocationFaults, EndInDocumentedCodes) {
+TEST_P(AllocationFaults, ExportReturnsDocumentedCodes) {
   std::thread update_mode([this] { TakeFirmware(); });
   for (const bool all_that_follow : {false, true}) {
     bool struck = true;
@@ -287,7 +287,7 @@ TEST_P(AllocationFaults, EndInDocumentedCodes) {
     }
   }
   done_ = true;
-  printer_.Visit();
+  printer_.ConnectOnce();
   update_mode.join();
 }
 

@@ -1,4 +1,4 @@
-// The Bluetooth port: its real failure where there is no Bluetooth, and the whole driver over a loopback socket.
+// The Bluetooth port, tested over a loopback socket, and its failure on a machine without Bluetooth.
 #include "windows/loopback_printer.h"
 
 #include <gtest/gtest.h>
@@ -13,7 +13,7 @@
 namespace vexo::test {
 namespace {
 
-// Everything but the kind of socket and the address.
+// The real driver except for the socket type and address.
 class LoopbackBluetoothPort : public BluetoothPort {
  public:
   uint16_t printer_port = 0;
@@ -47,7 +47,7 @@ class BluetoothPortTest : public DriverPortTest<LoopbackBluetoothPort, VEXO_PORT
   LoopbackPrinter printer_;
 };
 
-TEST_F(BluetoothPortTest, CarriesJobsAndAnswersAndComesBack) {
+TEST_F(BluetoothPortTest, TransfersDataAndReconnects) {
   ASSERT_EQ(port_->SetTimeouts(port_, {5000, 0, 5000, 0, 20'000, 20'000}), VEXO_OK);
   ASSERT_EQ(port_->Open(port_), VEXO_OK);
   Connection first = printer_.Accept();
@@ -55,14 +55,14 @@ TEST_F(BluetoothPortTest, CarriesJobsAndAnswersAndComesBack) {
   EXPECT_EQ(first.Receive(5), "first");
   first.Send("answer");
   EXPECT_EQ(Read(port_, 6), Reading(VEXO_OK, 6, "answer"));
-  first.Reset();  // A printer that dropped the connection is connected to again.
+  first.Reset();  // The next Write reconnects.
   EXPECT_EQ(Write(port_, "job"), Written(VEXO_OK, 3));
   EXPECT_EQ(printer_.Accept().Receive(3), "job");
   EXPECT_EQ(driver_->sockets_made, 2);
   EXPECT_EQ(driver_->binds, 2);
 }
 
-// Kept: a socket that the stack binds to the printer's address is taken for connected.
+// Compatibility: if the stack can bind the socket to the printer's address, the port counts as connected.
 TEST_F(BluetoothPortTest, BindingCountsAsConnecting) {
   driver_->binding_connects = true;
   EXPECT_EQ(port_->Open(port_), VEXO_OK);
@@ -70,7 +70,7 @@ TEST_F(BluetoothPortTest, BindingCountsAsConnecting) {
   EXPECT_EQ(port_->Close(port_), VEXO_OK);
 }
 
-// The calls that a Bluetooth stack gets, and what it was told in them.
+// Arguments of the calls to the Bluetooth stack.
 struct {
   std::string socket;
   std::string bound;
@@ -95,7 +95,7 @@ int WSAAPI StartToConnect(SOCKET /*socket*/, const sockaddr* address, int length
   return 0;
 }
 
-TEST(RealBluetoothPortTest, MeetsThePrinterOnItsSerialChannel) {
+TEST(RealBluetoothPortTest, ConnectsToTheSerialPortService) {
   const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
                               {{"WSASocketA", reinterpret_cast<void*>(MakeSocket)},
                                {"bind", reinterpret_cast<void*>(Bind)},
@@ -105,14 +105,14 @@ TEST(RealBluetoothPortTest, MeetsThePrinterOnItsSerialChannel) {
   EXPECT_EQ(port->Open(port), VEXO_OK);
   EXPECT_EQ(ClosePort(port), VEXO_ERROR_NOT_SUPPORTED_PRINTER);
   EXPECT_EQ(g_stack.socket, "32 1 3 1");
-  // The family, the address, the service 00000003-0000-1000-8000-00805F9B34FB, channel 1: packed, little-endian.
+  // Family, address, service 00000003-0000-1000-8000-00805F9B34FB, channel 1; packed, little-endian.
   const std::string address(
       "\x20\0\xBB\x22\xFF\xAA\x11\0\0\0\x03\0\0\0\0\0\0\x10\x80\0\0\x80\x5F\x9B\x34\xFB\x01\0\0\0", 30);
   EXPECT_EQ(g_stack.connected, address);
   EXPECT_EQ(g_stack.bound, address.substr(0, 16));
 }
 
-TEST(RealBluetoothPortTest, FailsAsTheSystemDoes) {
+TEST(RealBluetoothPortTest, ReturnsTheSystemError) {
   VexoPort* port = nullptr;
   EXPECT_EQ(OpenPort(&port, "vexo:/dev/bus/BT/DEVICE"), VEXO_ERROR_IO_SETTING);
   ASSERT_EQ(OpenPort(&port, "BT,0011AAFF22BB,0000"), VEXO_OK);

@@ -1,4 +1,4 @@
-// A driver of the test's own behind a port object.
+// Fixture: a port object with a driver that the test supplies.
 #ifndef VEXO_TESTS_WINDOWS_DRIVER_PORT_TEST_H_
 #define VEXO_TESTS_WINDOWS_DRIVER_PORT_TEST_H_
 

@@ -1,4 +1,4 @@
-// A copy of the DLL, loaded for itself, whose memory a test takes away.
+// A separately loaded copy of the DLL whose allocations can be made to fail.
 #ifndef VEXO_TESTS_WINDOWS_FAULTY_LIBRARY_H_
 #define VEXO_TESTS_WINDOWS_FAULTY_LIBRARY_H_
 
@@ -9,9 +9,9 @@
 
 namespace vexo::test {
 
-// From the next allocation of the DLL on, counted from 1, `first` fails: that one alone, on the thread that asked for
-// the fault, or with all that follow, on every thread. Allocations are what the DLL imports to make memory, events,
-// semaphores, timers and threads with; its runtime libraries use the same.
+// The allocation number `first` of the calling thread fails, counted from 1: either that one only, or also all later
+// ones on every thread. Allocations are the imported functions that create memory, events, semaphores, timers and
+// threads. The DLL's runtime libraries use them, too.
 struct AllocationFaultPlan {
   uint32_t first = 0;  // 0: none.
   bool all_that_follow = false;

@@ -1,5 +1,4 @@
-// An open port object on a named pipe in the place of a printer's device file, in virtual time. The test is the
-// printer.
+// Fixture: an open port on a named pipe instead of a device file, in virtual time. The test acts as the printer.
 #ifndef VEXO_TESTS_WINDOWS_FILE_PORT_FIXTURE_H_
 #define VEXO_TESTS_WINDOWS_FILE_PORT_FIXTURE_H_
 
@@ -22,8 +21,8 @@ namespace vexo::test {
 
 using Milliseconds = std::vector<uint32_t>;
 
-// Keeps the boundaries of what either side writes at once. A pipe without room takes a write only when the printer
-// reads, as a printer that is out of paper does.
+// A message pipe, so each write arrives as one packet. With kNoRoom, a write completes only when the printer reads, as
+// with a printer that is out of paper.
 class PrinterPipe {
  public:
   static constexpr DWORD kRoom = 64 * 1024;
@@ -38,13 +37,13 @@ class PrinterPipe {
 
   const std::string& path() const { return path_; }
 
-  // One packet to the host; it may be empty.
+  // Sends one packet, which may be empty.
   void Send(const std::string& packet) {
     DWORD written = 0;
     EXPECT_NE(WriteFile(end_.get(), packet.data(), static_cast<DWORD>(packet.size()), &written, nullptr), 0);
   }
 
-  // What the host wrote at once; empty when there is nothing.
+  // Returns the next packet from the host; empty if there is none.
   std::string Receive() {
     DWORD length = 0;
     PeekNamedPipe(end_.get(), nullptr, 0, nullptr, nullptr, &length);
@@ -92,14 +91,14 @@ class FilePortFixture : public ::testing::Test {
     }
   }
 
-  // Puts `driver` behind a port object in place of the last one.
+  // Replaces the port by one with this driver.
   void Make(std::unique_ptr<PortDriver> driver, uint32_t kind = VEXO_PORT_USB) {
     Time() = {};
     Release();
     port_ = MakePort(kind, std::move(driver));
   }
 
-  // Opens a port on a pipe of its own.
+  // Opens a port on a new pipe.
   void OpenOnPipe(DWORD room = PrinterPipe::kRoom, bool gated = false) {
     printer_ = std::make_unique<PrinterPipe>(room);
     Make(std::make_unique<UsbPipePort>(printer_->path(), gated));
@@ -107,20 +106,20 @@ class FilePortFixture : public ::testing::Test {
     ASSERT_EQ(port_->Open(port_), VEXO_OK);
   }
 
-  // During the next wait of the port, the printer sends a packet, takes a piece, or goes.
+  // During the port's next wait, the printer sends a packet, reads one or is unplugged.
   void SendLater(uint32_t after_ms, const std::string& packet, bool too_late = false) {
-    Time().happenings.push_back({after_ms, [=] { printer_->Send(packet); }, too_late});
+    Time().wait_events.push_back({after_ms, [=] { printer_->Send(packet); }, too_late});
   }
-  void TakeLater(uint32_t after_ms, bool too_late = false) {
-    Time().happenings.push_back({after_ms, [=] { taken_ += printer_->Receive(); }, too_late});
+  void ReceiveLater(uint32_t after_ms, bool too_late = false) {
+    Time().wait_events.push_back({after_ms, [=] { received_ += printer_->Receive(); }, too_late});
   }
   void UnplugLater() {
-    Time().happenings.push_back({1, [this] { printer_->Unplug(); }});
+    Time().wait_events.push_back({1, [this] { printer_->Unplug(); }});
   }
 
   VexoPort* port_ = nullptr;
   std::unique_ptr<PrinterPipe> printer_;
-  std::string taken_;
+  std::string received_;
 };
 
 }  // namespace vexo::test

@@ -1,4 +1,4 @@
-// Ports on device files: when they are open, how long transfers wait for what, and what becomes of the bytes.
+// Ports on device files: opening, time limits of transfers and errors.
 #include <optional>
 
 #include "windows/file_port_fixture.h"
@@ -17,8 +17,8 @@ class FilePortTest : public FilePortFixture {
   }
 };
 
-// The Aborts that were refused meanwhile have no effect later.
-TEST_F(FilePortTest, OpensOnlyWhatIsConfiguredAndThereAndClosesAndOpensAgain) {
+// A refused Abort must not affect later transfers.
+TEST_F(FilePortTest, OpensAndClosesRepeatedlyAndOnlyWhenConfigured) {
   Make(std::make_unique<UsbPipePort>("\\\\.\\pipe\\vexo_no_such_printer"));
   ExpectTimeouts(port_, {10, 5, 2000, 10, 2000, 1000});
   EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
@@ -45,10 +45,10 @@ struct Arrival {
   bool too_late = false;
 };
 
-// Some devices complete every read at once, with nothing, until the printer has an answer; and systems wake threads
-// late, so a piece may come in time for its wait and yet behind the interval.
-TEST_F(FilePortTest, ReadsWaitFor) {
-  constexpr std::nullopt_t kDefault = std::nullopt;  // 5 ms a byte and 2000 ms; an interval of 10 ms.
+// Some devices complete reads at once without data until the printer answers. Threads may wake late, so data may arrive
+// after the wait's limit.
+TEST_F(FilePortTest, ReadTimeLimits) {
+  constexpr std::nullopt_t kDefault = std::nullopt;  // 2000 ms and 5 ms a byte; read interval 10 ms.
   const Arrival kEmpty = {0, ""};
   constexpr int32_t kTimeout = VEXO_ERROR_IO_READ_TIMEOUT;
   const struct {
@@ -61,7 +61,7 @@ TEST_F(FilePortTest, ReadsWaitFor) {
     Milliseconds sleeps = {};
   } kCases[] = {
       {"the default budget", kDefault, {}, 20, {kTimeout, 0, ""}, {2100}},
-      {"all pieces", kDefault, {{1500, "abcd"}, {10, "efghij"}}, 10, {VEXO_OK, 10, "abcdefghij"}, {2050, 10}},
+      {"several packets", kDefault, {{1500, "abcd"}, {10, "efghij"}}, 10, {VEXO_OK, 10, "abcdefghij"}, {2050, 10}},
       {"a share of the budget after an empty answer",
        VexoPortTimeouts{10, 0, 40, 10, 2000, 1000},
        {kEmpty, kEmpty, kEmpty, kEmpty, kEmpty, kEmpty},
@@ -69,7 +69,7 @@ TEST_F(FilePortTest, ReadsWaitFor) {
        {kTimeout, 0, ""},
        {40, 40, 30, 20, 10},
        {10, 10, 10, 10}},
-      {"what comes with the end of the wait", kDefault, {{2020, "abcd", true}}, 4, {VEXO_OK, 4, "abcd"}, {2020}},
+      {"data that arrives at the end of the wait", kDefault, {{2020, "abcd", true}}, 4, {VEXO_OK, 4, "abcd"}, {2020}},
   };
   for (const auto& test : kCases) {
     SCOPED_TRACE(test.scenario);
@@ -96,7 +96,7 @@ TEST_F(FilePortTest, ReadAvailableWaitsOnce) {
   EXPECT_EQ(ReadWith(&VexoPort::ReadAvailable, port_, 10, kOffset - 1), Reading(VEXO_ERROR_PARAMETER, 0, ""));
 }
 
-TEST_F(FilePortTest, PiecesShareTheWriteBudgetAndTheLastIsCancelled) {
+TEST_F(FilePortTest, ChunksShareTheWriteBudgetAndTheLastIsCancelled) {
   OpenOnPipe();
   EXPECT_EQ(Write(port_, Pattern(5000)), Written(VEXO_OK, 5000));
   EXPECT_TRUE(printer_->Receive() == Pattern(4096));
@@ -105,29 +105,29 @@ TEST_F(FilePortTest, PiecesShareTheWriteBudgetAndTheLastIsCancelled) {
 
   OpenOnPipe(PrinterPipe::kNoRoom);
   const std::string data = Pattern(12'288);
-  TakeLater(100'000);
-  TakeLater(20'000);
+  ReceiveLater(100'000);
+  ReceiveLater(20'000);
   EXPECT_EQ(Write(port_, data), Written(VEXO_ERROR_IO_WRITE_TIMEOUT, 8192));
   EXPECT_EQ(Time().waits, Milliseconds({10 * 12'288 + 2000, 24'880, 4'880}));
-  EXPECT_EQ(taken_, data.substr(0, 8192));
-  EXPECT_EQ(printer_->Receive(), "") << "the cancelled piece";
+  EXPECT_EQ(received_, data.substr(0, 8192));
+  EXPECT_EQ(printer_->Receive(), "") << "the cancelled chunk";
 
   OpenOnPipe(PrinterPipe::kNoRoom);
   ASSERT_EQ(port_->SetTimeouts(port_, {10, 5, 2000, 3, 7, 1000}), VEXO_OK);
-  TakeLater(3 * 5000 + 7, /*too_late=*/true);
+  ReceiveLater(3 * 5000 + 7, /*too_late=*/true);
   EXPECT_EQ(Write(port_, Pattern(5000)), Written(VEXO_ERROR_IO_WRITE_TIMEOUT, 4096))
-      << "taken with the end of the wait";
+      << "completed at the end of the wait";
   EXPECT_EQ(Time().waits, Milliseconds({3 * 5000 + 7}));
 }
 
-TEST_F(FilePortTest, AbortStopsBeforeTheNextPiece) {
+TEST_F(FilePortTest, AbortStopsBeforeTheNextChunk) {
   OpenOnPipe(PrinterPipe::kNoRoom);
   const auto abort_later = [this](const char* answer) {
-    Time().happenings.push_back({1, [=] {
-                                   EXPECT_EQ(port_->Abort(port_), VEXO_OK);
-                                   printer_->Receive();
-                                   printer_->Send(answer);
-                                 }});
+    Time().wait_events.push_back({1, [=] {
+                                    EXPECT_EQ(port_->Abort(port_), VEXO_OK);
+                                    printer_->Receive();
+                                    printer_->Send(answer);
+                                  }});
   };
   abort_later("");
   EXPECT_EQ(Write(port_, Pattern(5000)), Written(VEXO_OK, 4096));
@@ -141,7 +141,7 @@ TEST_F(FilePortTest, AbortStopsBeforeTheNextPiece) {
   EXPECT_EQ(Read(port_, 10), Reading(VEXO_OK, 0, ""));
 }
 
-TEST_F(FilePortTest, SystemErrorsArePassedOnWithTheCountSoFar) {
+TEST_F(FilePortTest, SystemErrorsAreReturnedWithThePartialCount) {
   OpenOnPipe();
   SendLater(1, "ab");
   UnplugLater();
@@ -149,7 +149,7 @@ TEST_F(FilePortTest, SystemErrorsArePassedOnWithTheCountSoFar) {
   EXPECT_EQ(ReadAvailable(port_, 10), Reading(ERROR_BROKEN_PIPE, 0, ""));
 
   OpenOnPipe(PrinterPipe::kNoRoom);
-  TakeLater(1);
+  ReceiveLater(1);
   UnplugLater();
   EXPECT_EQ(Write(port_, Pattern(5000)), Written(ERROR_BROKEN_PIPE, 4096));
   EXPECT_EQ(Write(port_, "more"), Written(ERROR_NO_DATA, 0));

@@ -1,4 +1,4 @@
-// What printers that flood and hosts that do too much at once try to break, on the DLL as hosts load it.
+// The DLL with printers that flood the host and hosts that call from several threads.
 #include "windows/loopback_printer.h"
 
 #include <gtest/gtest.h>
@@ -19,72 +19,72 @@
 namespace vexo::test {
 namespace {
 
-// A printer that has a lot to say at once, and answers each question behind that.
-class TalkativePort : public StreamPort {
+// A printer that sends a long stream. Each answer is appended to it.
+class FloodingPort : public StreamPort {
  public:
-  explicit TalkativePort(std::string talk)
+  explicit FloodingPort(std::string stream)
       : StreamPort([this](size_t room) { return Take(room); }, [this](uint32_t /*length*/) { return Answer(); }),
-        talk_(std::move(talk)) {}
+        stream_(std::move(stream)) {}
 
  private:
   std::string Take(size_t room) {
     const std::lock_guard<std::mutex> guard(mutex_);
-    const std::string piece = talk_.substr(taken_, room);
-    taken_ += piece.size();
+    const std::string piece = stream_.substr(sent_, room);
+    sent_ += piece.size();
     return piece;
   }
 
   int32_t Answer() {
     const std::lock_guard<std::mutex> guard(mutex_);
-    talk_ += ValueReply(3);
+    stream_ += ValueReply(3);
     return VEXO_OK;
   }
 
   std::mutex mutex_;
-  std::string talk_;
-  size_t taken_ = 0;
+  std::string stream_;
+  size_t sent_ = 0;
 };
 
 constexpr uint32_t kEvents = 10'000;
 CVEXOPrinterReadHelper* g_monitor = nullptr;
 std::atomic<uint32_t> g_events{0};
-std::atomic<uint32_t> g_wrong{0};
+std::atomic<uint32_t> g_errors{0};
 
-void AskAtEachEvent(int32_t event, int32_t task, uint32_t value) {
-  g_wrong += event == 2 && task == 7 && value == g_events + 1 ? 0 : 1;
+void QueryAtEachEvent(int32_t event, int32_t task, uint32_t value) {
+  g_errors += event == 2 && task == 7 && value == g_events + 1 ? 0 : 1;
   ++g_events;
   uint32_t status = 0;
   const int32_t result = GetDeviceStatus(g_monitor, &status);
-  g_wrong += result == VEXO_OK || result == VEXO_ERROR_MONITOR_NO_ANSWER ? 0 : 1;
+  g_errors += result == VEXO_OK || result == VEXO_ERROR_MONITOR_NO_ANSWER ? 0 : 1;
 }
 
-DWORD WINAPI AskOnce(void* monitor) {
+DWORD WINAPI QueryOnce(void* monitor) {
   uint32_t status = 0;
   return static_cast<DWORD>(GetDeviceStatus(static_cast<CVEXOPrinterReadHelper*>(monitor), &status));
 }
 
-// On the reader thread, and on a thread of the host with little stack.
-TEST(HostilePeers, TenThousandEventsAtOnceReachACallbackThatAsks) {
-  // With frames of 32 bytes no receive ends in the middle of one: half a frame would be an event, but not its own.
+// Runs on the reader thread, then on a host thread with a small stack.
+TEST(HostilePeers, TenThousandEventsAtOnceReachACallbackThatQueries) {
+  // Frames of 32 bytes are never split between two receives. A partial frame would be decoded with missing fields.
   std::string burst;
   for (uint32_t event = 1; event <= kEvents; ++event) {
-    burst += Frame(0x101, "?0007" + LittleEndian(event, 4) + "spared");
+    burst += Frame(0x101, "?0007" + LittleEndian(event, 4) + "filler");
   }
   for (const bool on_host_thread : {false, true}) {
     SCOPED_TRACE(on_host_thread);
-    g_events = g_wrong = 0;
-    TalkativePort port(burst);
+    g_events = g_errors = 0;
+    FloodingPort port(burst);
     VexoPrinterHandle handle = OpenHandle(&port);
     g_monitor = GetReprintMonitorObj();
     int64_t id = 0;
     ASSERT_EQ(SetReadTimeOut(g_monitor, 0), VEXO_OK);
     ASSERT_EQ(RegisterPrinter(g_monitor, &handle), VEXO_OK);
-    ASSERT_EQ(AddReprintMonitorFun(g_monitor, AskAtEachEvent, &id), VEXO_OK);
+    ASSERT_EQ(AddReprintMonitorFun(g_monitor, QueryAtEachEvent, &id), VEXO_OK);
     if (on_host_thread) {
       constexpr SIZE_T kStack = 256 * 1024;
       while (g_events < kEvents) {
         const HANDLE thread =
-            CreateThread(nullptr, kStack, AskOnce, g_monitor, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
+            CreateThread(nullptr, kStack, QueryOnce, g_monitor, STACK_SIZE_PARAM_IS_A_RESERVATION, nullptr);
         ASSERT_EQ(WaitForSingleObject(thread, 60'000), WAIT_OBJECT_0);
         CloseHandle(thread);
       }
@@ -95,12 +95,12 @@ TEST(HostilePeers, TenThousandEventsAtOnceReachACallbackThatAsks) {
     }
     EXPECT_EQ(DestroyReprintMonitorObj(g_monitor), VEXO_OK);
     EXPECT_EQ(g_events, kEvents);
-    EXPECT_EQ(g_wrong, 0U);
+    EXPECT_EQ(g_errors, 0U);
   }
 }
 
-TEST(HostilePeers, RepliesThatNobodyTakesDoNotPileUp) {
-  constexpr size_t kKept = 1024 * 512;  // More than a thousand replies take.
+TEST(HostilePeers, UnusedRepliesUseBoundedMemory) {
+  constexpr size_t kLimit = 1024 * 512;  // More than the 1024 kept replies need.
   std::atomic<uint32_t> reads{0};
   StreamPort port([&](size_t /*room*/) {
     ++reads;
@@ -117,11 +117,11 @@ TEST(HostilePeers, RepliesThatNobodyTakesDoNotPileUp) {
   const size_t before = CountHeapBytes();
   ASSERT_EQ(OpenReprintMonitorWork(monitor), VEXO_OK);
   EXPECT_TRUE(Eventually([&] { return reads > 1000; }));
-  EXPECT_LT(CountHeapBytes(), before + kKept);
+  EXPECT_LT(CountHeapBytes(), before + kLimit);
   EXPECT_EQ(DestroyReprintMonitorObj(monitor), VEXO_OK);
 }
 
-TEST(HostilePeers, ThreadsThatOpenPortsIntoOneHandleLoseNone) {
+TEST(HostilePeers, SeveralThreadsOpenPortsInOneHandleWithoutLeaks) {
   VexoPrinterHandle handle = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
   const auto open = [&](const char* text) {
     const int32_t result = ScannerGunPortOpen(&handle, text);
@@ -144,11 +144,11 @@ TEST(HostilePeers, ThreadsThatOpenPortsIntoOneHandleLoseNone) {
       handles = CountHandles();
     }
   }
-  EXPECT_LT(CountHandles(), handles + 100) << "900 ports were made since; locks and threads keep a few handles";
+  EXPECT_LT(CountHandles(), handles + 100) << "of 900 new ports; locks and threads keep a few handles";
 }
 
-// Whenever the closing comes: nothing reaches a printer that is back after it.
-TEST(HostilePeers, NothingIsSentAfterAPortWasClosed) {
+// Whenever the port is closed during a Write, no connection is made afterwards.
+TEST(HostilePeers, ClosedPortDoesNotReconnect) {
   LoopbackPrinter printer;
   VexoPrinterHandle handle = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
   for (const int delay_ms : {0, 50, 150, 250}) {
@@ -165,7 +165,7 @@ TEST(HostilePeers, NothingIsSentAfterAPortWasClosed) {
     const auto [result, written] = write.get();
     EXPECT_TRUE(result == VEXO_ERROR_IO_NOT_OPEN || result == VEXO_ERROR_IO_OPEN_FAILED) << result;
     EXPECT_EQ(written, 0U);
-    EXPECT_FALSE(printer.HasVisitor());
+    EXPECT_FALSE(printer.HasPendingConnection());
   }
   EXPECT_EQ(ScannerGunPortOpen(&handle, ""), VEXO_ERROR_IO_SETTING);
 }

@@ -87,9 +87,9 @@ void LoopbackPrinter::Listen() {
   EXPECT_EQ(listen(listener_.get(), 5), 0) << WSAGetLastError();
 }
 
-bool LoopbackPrinter::HasVisitor() const { return AwaitReadable(listener_, 0); }
+bool LoopbackPrinter::HasPendingConnection() const { return AwaitReadable(listener_, 0); }
 
-void LoopbackPrinter::Visit() const {
+void LoopbackPrinter::ConnectOnce() const {
   const Socket host(socket(AF_INET, SOCK_STREAM, IPPROTO_TCP));
   const sockaddr_in address = AddressOf(ip_, port_);
   EXPECT_EQ(connect(host.get(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)), 0) << WSAGetLastError();

@@ -1,4 +1,4 @@
-// A network printer on a loopback address, played by the test.
+// A network printer on a loopback address, operated by the test.
 #ifndef VEXO_TESTS_WINDOWS_LOOPBACK_PRINTER_H_
 #define VEXO_TESTS_WINDOWS_LOOPBACK_PRINTER_H_
 
@@ -28,17 +28,17 @@ class Socket {
   SOCKET handle_;
 };
 
-// The printer's end of a connection. Whatever must come is waited for with a bound that only a fault exceeds.
+// The printer's end of a connection. Receive gives up after 30 seconds without data, which only a fault exceeds.
 class Connection {
  public:
   explicit Connection(Socket socket) : socket_(std::move(socket)) {}
 
-  // The next `length` bytes; fewer when the host closed the connection or sends no more.
+  // The next `length` bytes, or fewer if the host closed the connection or sends no more.
   std::string Receive(size_t length);
   std::string ReceiveRest() { return Receive(SIZE_MAX); }
   void Send(const std::string& bytes);
 
-  // Ends the connection in good order, or as a printer does that is switched off and on again.
+  // Close ends the connection in order; Reset does it like a printer that was switched off and on.
   void Close() { socket_.Close(); }
   void Reset();
 
@@ -48,10 +48,10 @@ class Connection {
 
 enum class PrinterState {
   kListening,
-  kRefusing,  // It serves another host.
+  kRefusing,  // Bound, but not listening.
 };
 
-// "127.9.x.y" for "127.9": an address that no other test run on this machine uses.
+// "127.9.x.y" for "127.9", derived from the process id: parallel test runs use different addresses.
 std::string OwnIp(const std::string& network);
 
 class LoopbackPrinter {
@@ -66,18 +66,18 @@ class LoopbackPrinter {
   std::string descriptor() const { return "NET," + ip_ + ',' + std::to_string(port_); }
   std::string uri() const { return "vexo:/dev/bus/NET/DEVICE?ip=" + ip_ + "+port=" + std::to_string(port_); }
 
-  // The next connection that hosts have made.
+  // The next connection from a host.
   Connection Accept();
 
-  // Refuses connections from now on, and takes them again.
+  // StopListening refuses connections, Listen accepts them again.
   void StopListening() { listener_.Close(); }
   void Listen();
 
-  // Whether a host has connected that was not accepted yet.
-  bool HasVisitor() const;
+  // Whether a connection waits to be accepted.
+  bool HasPendingConnection() const;
 
-  // A host connects and leaves again: ends an Accept on another thread.
-  void Visit() const;
+  // Connects and disconnects, to end Accept on another thread.
+  void ConnectOnce() const;
 
  private:
   const std::string ip_;

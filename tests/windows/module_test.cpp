@@ -1,4 +1,4 @@
-// The DLL as hosts load it: what it exports, which version it is, and that it leaves nothing behind.
+// The DLL as hosts load it: its exports, its version, and leaks after unloading.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -25,7 +25,7 @@ const T* AtOffset(HMODULE library, DWORD offset) {
   return reinterpret_cast<const T*>(reinterpret_cast<const char*>(library) + offset);
 }
 
-// Each is followed by a space.
+// The names, each followed by a space.
 std::string ExportedNames(HMODULE library) {
   const auto* const dos = AtOffset<IMAGE_DOS_HEADER>(library, 0);
   const auto* const header = AtOffset<IMAGE_NT_HEADERS>(library, static_cast<DWORD>(dos->e_lfanew));
@@ -61,7 +61,7 @@ TEST(ModuleTest, CarriesItsVersion) {
   EXPECT_EQ(version->dwFileVersionLS, 0x0002'0002U);
 }
 
-// Thread-local slots that a program may still take; there are about a thousand for all its libraries.
+// Free thread-local slots. A process has about a thousand.
 size_t CountFreeSlots() {
   std::vector<DWORD> slots;
   for (DWORD slot = TlsAlloc(); slot != TLS_OUT_OF_INDEXES; slot = TlsAlloc()) {
@@ -78,7 +78,7 @@ Export* Find(HMODULE library, const char* name) {
   return reinterpret_cast<Export*>(reinterpret_cast<void*>(GetProcAddress(library, name)));
 }
 
-// What is used of the library between its loading and unloading depends on the round; a monitor takes its time.
+// The round determines which functions are used. Monitors are slow, so only few rounds make one.
 void LoadAndUnload(const std::string& file, size_t round) {
   const HMODULE library = LoadLibraryA(file.c_str());
   ASSERT_NE(library, nullptr);
@@ -100,9 +100,9 @@ void LoadAndUnload(const std::string& file, size_t round) {
 }
 
 // This program holds its own DLL for good, so a copy is loaded.
-TEST(ModuleTest, ThousandLoadsLeaveNothingBehind) {
+TEST(ModuleTest, ThousandLoadsLeakNothing) {
   constexpr size_t kRounds = 1000;
-  constexpr size_t kLostBytes = 1024;  // In a round: the compiler's thread library never gives back some 500.
+  constexpr size_t kLeakLimit = 1024;  // Per round: the compiler's thread library leaks about 500 bytes.
   const std::string copy = "vexoextend_copy_" + std::to_string(GetCurrentProcessId()) + ".dll";
   ASSERT_NE(CopyFileA(LibraryPath().c_str(), copy.c_str(), FALSE), 0);
   for (size_t round = 0; round <= 100; ++round) {
@@ -118,7 +118,7 @@ TEST(ModuleTest, ThousandLoadsLeaveNothingBehind) {
   EXPECT_EQ(CountHandles(), handles);
   EXPECT_EQ(CountThreads(), threads);
   EXPECT_EQ(CountFreeSlots(), slots);
-  EXPECT_LT(CountHeapBytes(), bytes + kRounds * kLostBytes);
+  EXPECT_LT(CountHeapBytes(), bytes + kRounds * kLeakLimit);
   EXPECT_NE(DeleteFileA(copy.c_str()), 0);
 }
 

@@ -1,4 +1,4 @@
-// The end of the job monitor's reader thread, a thread of the DLL. What it does, the portable tests show.
+// End of the job monitor's reader thread in the DLL. The portable tests cover what the thread does.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -39,7 +39,7 @@ TEST(MonitorExports, DestroyEndsTheReaderAndIsRefusedOnTheReader) {
   ASSERT_EQ(SetPollingTime(g_monitor, 1), VEXO_OK);
   ASSERT_EQ(RegisterPrinter(g_monitor, &handle), VEXO_OK);
   ASSERT_EQ(OpenReprintMonitorWork(g_monitor), VEXO_OK);
-  // Reading takes nothing out of a buffer: the event comes again and again.
+  // Reads do not remove data from a buffer port, so the event is delivered repeatedly.
   const std::string event = Started("0001");
   EXPECT_EQ(handle.port->Write(handle.port, reinterpret_cast<const uint8_t*>(event.data()), 0,
                                static_cast<uint32_t>(event.size()), nullptr),
@@ -50,7 +50,7 @@ TEST(MonitorExports, DestroyEndsTheReaderAndIsRefusedOnTheReader) {
   EXPECT_EQ(DestroyReprintMonitorObj(g_monitor), VEXO_OK);
   const int calls = g_calls;
   ScannerGunPortOpen(&handle, "");
-  EXPECT_EQ(g_calls, calls) << "a callback after the end";
+  EXPECT_EQ(g_calls, calls) << "called after DestroyReprintMonitorObj";
 }
 
 }  // namespace

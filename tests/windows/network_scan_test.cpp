@@ -1,4 +1,4 @@
-// Scans of the network on loopback sockets: the test is the printers.
+// Network scans on loopback sockets. The test acts as the printers.
 #include "windows/loopback_printer.h"
 
 #include <gtest/gtest.h>
@@ -21,15 +21,15 @@ constexpr int64_t kTimeLimitMs = 500;
 constexpr char kReceiptQuestion[] = "getval \"printer_message\"";
 constexpr char kLabelQuestion[] = "\x1b\x1c& V1 getval \"printer_message\"\r\n\"";  // The host's address follows.
 
-// An answer without an address: nobody is asked over TCP.
+// An answer without an address, so the scan makes no TCP connection.
 std::string Ready(const std::string& name) { return "\r\nready\r\n" + name + '\0'; }
 std::string Record(const std::string& name) { return ";ready;" + name + ";;;;;;;;;;;;;|"; }
 
-// Where printers are asked who they are.
+// The printers' UDP socket.
 class QuestionSocket {
  public:
   QuestionSocket(const std::string& ip, uint16_t port) : socket_(::socket(AF_INET, SOCK_DGRAM, IPPROTO_UDP)) {
-    const BOOL shared = TRUE;  // With the library, which listens on the port of every address.
+    const BOOL shared = TRUE;  // The library binds the same port on all addresses.
     setsockopt(socket_.get(), SOL_SOCKET, SO_REUSEADDR, reinterpret_cast<const char*>(&shared), sizeof(shared));
     sockaddr_in address = {};
     address.sin_family = AF_INET;
@@ -39,7 +39,7 @@ class QuestionSocket {
         << WSAGetLastError();
   }
 
-  // Empty when none comes.
+  // The next question; empty if none arrives.
   std::string Receive() {
     fd_set set = {};
     FD_SET(socket_.get(), &set);
@@ -82,7 +82,7 @@ class NetworkScanTest : public ::testing::TestWithParam<Variant> {
     return result;
   }
 
-  // A scan that these answers come to, in one burst.
+  // Scans with these answers, sent in one burst.
   int32_t ScanWithAnswers(const std::vector<std::string>& answers, int32_t size = kRoom) {
     const std::future<void> printers = std::async(std::launch::async, [&] {
       question_ = questions_.Receive();
@@ -109,7 +109,7 @@ INSTANTIATE_TEST_SUITE_P(Exports, NetworkScanTest,
                          [](const auto& variant) { return std::string(variant.param.name); });
 
 TEST_P(NetworkScanTest, ReadyPrintersAreListed) {
-  // As many as the smallest buffer of a socket holds, whenever this thread gets to run.
+  // As many answers as the smallest socket buffer holds, in case the scan's thread runs late.
   std::vector<std::string> answers = {Ready("one"), "\r\nbusy\r\n", Ready("two"), "junk", Ready("one")};
   std::string expected = Record("one") + Record("two") + Record("one");
   for (const char* const name : {"3", "4", "5", "6", "7", "8", "9", "10", "11", "12"}) {
@@ -133,7 +133,7 @@ TEST_P(NetworkScanTest, ReadyPrintersAreListed) {
   EXPECT_EQ(ScanWithAnswers({Ready("a printer_message")}), label ? VEXO_ERROR_NO_PRINTER : VEXO_OK);
 }
 
-TEST_P(NetworkScanTest, ShortAnswerEndsInTheRemainderOfALongerOne) {
+TEST_P(NetworkScanTest, ShortAnswerIsFollowedByTheRestOfALongerOne) {
   const std::string longest = Ready(std::string(2048 - 9 - 3, 'x')).substr(0, 2045) + "end";
   ASSERT_EQ(longest.size(), 2048U);
   EXPECT_EQ(ScanWithAnswers({longest, "\r\nready\r\nabc"}), VEXO_OK);
@@ -141,7 +141,7 @@ TEST_P(NetworkScanTest, ShortAnswerEndsInTheRemainderOfALongerOne) {
   EXPECT_EQ(text_, cut + ";ready;abc" + std::string(245, 'x') + '|');
 }
 
-TEST_P(NetworkScanTest, ReadyPrintersTellTheirAddressesOverTcp) {
+TEST_P(NetworkScanTest, AddressesAreRequestedOverTcp) {
   LoopbackPrinter printer(PrinterState::kListening, ip_, 9100);
   std::future<std::string> question = std::async(std::launch::async, [&] {
     Connection connection = printer.Accept();
@@ -156,8 +156,8 @@ TEST_P(NetworkScanTest, ReadyPrintersTellTheirAddressesOverTcp) {
             "CER");
 }
 
-// Anybody may send answers: neither many of them nor addresses where nobody is keep the scan from its end.
-TEST_P(NetworkScanTest, ForgedAnswersDoNotKeepTheScanFromItsEnd) {
+// Forged answers with unreachable addresses must not prolong the scan.
+TEST_P(NetworkScanTest, ForgedAnswersDoNotBlockTheScan) {
   constexpr int kForged = 40;
   const std::string network = OwnIp("127.11");
   std::string expected;
@@ -180,14 +180,14 @@ TEST_P(NetworkScanTest, ForgedAnswersDoNotKeepTheScanFromItsEnd) {
   EXPECT_EQ(text_, expected);
 }
 
-TEST_P(NetworkScanTest, WithoutTimeTheQuestionIsSentAllTheSame) {
+TEST_P(NetworkScanTest, QuestionIsSentEvenWithoutTime) {
   EXPECT_EQ(Scan(INT64_MIN), VEXO_ERROR_NO_PRINTER);
   EXPECT_EQ(questions_.Receive().rfind(GetParam().question, 0), 0U);
   EXPECT_EQ(GetParam().scan(1, nullptr, 256, ip_.c_str()), VEXO_ERROR_PARAMETER);
   EXPECT_EQ(GetParam().scan(1, text_.data(), 0, nullptr), VEXO_ERROR_PARAMETER);
 }
 
-TEST_P(NetworkScanTest, FloodDoesNotKeepTheScanFromItsEnd) {
+TEST_P(NetworkScanTest, FloodDoesNotBlockTheScan) {
   std::atomic<bool> ended(false);
   const std::future<void> flood = std::async(std::launch::async, [&] {
     questions_.Receive();
@@ -201,7 +201,7 @@ TEST_P(NetworkScanTest, FloodDoesNotKeepTheScanFromItsEnd) {
   ended = true;
 }
 
-TEST_P(NetworkScanTest, NothingIsLeftBehind) {
+TEST_P(NetworkScanTest, LeaksNoHandles) {
   Scan(1);
   const size_t handles = CountHandles();
   for (int i = 0; i < 20; ++i) {

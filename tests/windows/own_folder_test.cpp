@@ -1,4 +1,4 @@
-// Files beside the library: here it is a part of this program.
+// Files beside the library, which is linked into this program.
 #include "platform/own_folder.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +16,7 @@ std::string ProgramFolder() {
   return std::string(path).substr(0, std::string(path).find_last_of('\\') + 1);
 }
 
-TEST(OwnFolderTest, IsWhereTheProgramIsAndNotWhereItRuns) {
+TEST(OwnFolderTest, IsTheProgramsFolderNotTheCurrentDirectory) {
   const std::string name = "own_folder_test_" + std::to_string(GetCurrentProcessId()) + ".tmp";
   const std::string path = ProgramFolder() + name;
   char current[MAX_PATH] = {};

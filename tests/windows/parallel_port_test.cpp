@@ -1,5 +1,5 @@
-// The parallel port through the exports, on a device of the system. run_parallel_tests.sh puts a file in its place: it
-// keeps what is written, and reads on from there.
+// The parallel port through the exports, on a system device. run_parallel_tests.sh replaces the device by a file that
+// stores what is written.
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kDevice[] = "LPT5";
 
-// The printer's side of the device while no port has it open.
+// The printer's side of the device, used while no port has it open.
 class Device {
  public:
   Device() : file_(CreateFileA(kDevice, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {
@@ -60,7 +60,7 @@ TEST_F(ParallelPortTest, JobArrivesByteExact) {
   EXPECT_EQ(port()->Close(port()), VEXO_OK);
   EXPECT_TRUE(Device().Content() == job);
   ASSERT_EQ(port()->Open(port()), VEXO_OK);
-  EXPECT_EQ(ReadAvailable(port(), 2), Reading(VEXO_OK, 2, Pattern(2))) << "from the file's beginning";
+  EXPECT_EQ(ReadAvailable(port(), 2), Reading(VEXO_OK, 2, Pattern(2))) << "from the beginning of the file";
 }
 
 TEST_F(ParallelPortTest, StatusFlagIsKept) {

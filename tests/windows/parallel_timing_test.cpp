@@ -1,4 +1,4 @@
-// How a parallel port paces its reads: byte by byte, with pauses while the printer says nothing.
+// Pacing of reads on a parallel port: byte by byte, with sleeps while the printer sends nothing.
 #include <cstdio>
 
 #include "port/windows/parallel_port.h"
@@ -17,14 +17,14 @@ class ParallelTimingTest : public FilePortFixture {
   }
 };
 
-// The device is a file: at its end, reads bring nothing and return at once, like those of an idle reverse channel.
+// The device is a file. At its end, reads return at once without data, as on an idle reverse channel.
 TEST_F(ParallelTimingTest, SilenceEndsAfterTheBudget) {
   const char kDevice[] = "parallel_timing_test.device";
   const struct {
     const char* scenario;
     uint32_t multiplier;
     uint32_t constant;
-    uint32_t call_ms;  // How long a read takes.
+    uint32_t call_ms;  // Duration of a read.
     Milliseconds sleeps;
   } kCases[] = {
       {"shortest pause", 0, 3, 0, {10}},
@@ -50,7 +50,7 @@ TEST_F(ParallelTimingTest, SilenceEndsAfterTheBudget) {
   std::remove(kDevice);
 }
 
-TEST_F(ParallelTimingTest, BytesAndSystemErrorsArePassedOn) {
+TEST_F(ParallelTimingTest, DataAndSystemErrorsAreReturned) {
   PrinterPipe printer;
   Open(printer.path(), {10, 0, 50, 10, 2000, 0});
   printer.Send("ab");

@@ -1,4 +1,4 @@
-// Short forms of the port object's transfers, with all that a caller gets to see of them in one value.
+// Wrappers for the port object's transfers, which return the result code, the count and the data as one value.
 #ifndef VEXO_TESTS_WINDOWS_PORT_CALLS_H_
 #define VEXO_TESTS_WINDOWS_PORT_CALLS_H_
 
@@ -17,9 +17,9 @@
 namespace vexo::test {
 
 using Written = std::pair<int32_t, uint32_t>;                // Result, bytes written.
-using Reading = std::tuple<int32_t, uint32_t, std::string>;  // Result, bytes counted, bytes handed over.
+using Reading = std::tuple<int32_t, uint32_t, std::string>;  // Result, bytes counted, data.
 
-// Buffers start one byte early, so that an offset that is forgotten shows.
+// Data starts at this offset, so that an ignored offset is detected.
 inline constexpr uint32_t kOffset = 1;
 inline constexpr uint32_t kStaleCount = 4711;
 
@@ -37,8 +37,8 @@ Reading ReadWith(Operation operation, VexoPort* port, uint32_t length, uint32_t 
   std::string buffer(kOffset + length + 1, '?');
   uint32_t read = kStaleCount;
   const int32_t result = (port->*operation)(port, reinterpret_cast<uint8_t*>(buffer.data()), kOffset, last, &read);
-  EXPECT_EQ(buffer.front(), '?') << "bytes before the caller's place";
-  EXPECT_EQ(buffer.back(), '?') << "bytes behind the caller's place";
+  EXPECT_EQ(buffer.front(), '?') << "written before the caller's range";
+  EXPECT_EQ(buffer.back(), '?') << "written behind the caller's range";
   return {result, read, buffer.substr(kOffset, std::min(read, length))};
 }
 
@@ -54,7 +54,7 @@ inline void ExpectTimeouts(VexoPort* port, const VexoPortTimeouts& expected) {
   EXPECT_EQ(std::memcmp(&timeouts, &expected, sizeof(timeouts)), 0);
 }
 
-// Bytes that differ from their neighbours, and over a longer stretch than any packet.
+// Test data whose period is longer than any packet.
 inline std::string Pattern(size_t length, size_t first = 0) {
   std::string bytes(length, '\0');
   for (size_t i = 0; i < length; ++i) {

@@ -11,7 +11,7 @@
 
 namespace vexo::test {
 
-// As the system lists them: the layout of the list is not in its headers.
+// The system's headers do not declare the layout of this list.
 size_t CountHandles() {
   struct Entry {
     void* object;

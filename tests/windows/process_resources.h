@@ -1,4 +1,4 @@
-// What this process holds of the system, to show that nothing of it is lost.
+// System resources of this process, to detect leaks.
 #ifndef VEXO_TESTS_WINDOWS_PROCESS_RESOURCES_H_
 #define VEXO_TESTS_WINDOWS_PROCESS_RESOURCES_H_
 
@@ -9,7 +9,7 @@ namespace vexo::test {
 size_t CountHandles();
 size_t CountThreads();
 
-// What is allocated on all heaps, in bytes.
+// Bytes allocated on all heaps.
 size_t CountHeapBytes();
 
 }  // namespace vexo::test

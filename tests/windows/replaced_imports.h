@@ -1,4 +1,4 @@
-// Functions that a loaded library imports, replaced by the test's own.
+// Replaces functions that a loaded library imports by the test's own.
 #ifndef VEXO_TESTS_WINDOWS_REPLACED_IMPORTS_H_
 #define VEXO_TESTS_WINDOWS_REPLACED_IMPORTS_H_
 
@@ -9,19 +9,19 @@
 
 namespace vexo::test {
 
-// Names of functions, and what to call instead.
+// Function names and their replacements.
 using ReplacedImports = std::vector<std::pair<const char*, void*>>;
 
-// For the calls of `library` alone. @return how many of its imports were replaced.
+// Affects calls from `library` only. @return the number of imports replaced.
 int ReplaceImports(HMODULE library, const ReplacedImports& replacements);
 
-// The system's own, whatever an import has been replaced by.
+// The system's own function, even if an import of it is replaced.
 template <typename Function>
 Function* SystemFunction(const char* library, const char* name) {
   return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(GetModuleHandleA(library), name)));
 }
 
-// Replaces imports from one library of the system while it lives; `replacements` must be found, all of them.
+// Replaces imports from one system library while it exists. All `replacements` must be found.
 class ScopedImports {
  public:
   ScopedImports(HMODULE importer, const char* library, ReplacedImports replacements);

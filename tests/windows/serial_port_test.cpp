@@ -1,4 +1,4 @@
-// Serial ports on a line of the system. run_serial_tests.sh connects COM5, the host's end, with COM6, the printer's.
+// Serial ports on a real line. run_serial_tests.sh connects COM5 (host) with COM6 (printer).
 #include <gtest/gtest.h>
 #include <windows.h>
 
@@ -17,7 +17,7 @@ namespace {
 
 constexpr char kUri[] = "vexo:/dev/bus/COM/COM5?baudrate=";
 
-// What the system says of the line when the port has set it up.
+// Reads the line's settings from the system after the port has set them.
 class ObservedSerialPort : public SerialPort {
  public:
   using SerialPort::FillLine;
@@ -39,7 +39,7 @@ class ObservedSerialPort : public SerialPort {
   }
 };
 
-// The printer's end.
+// The printer's end of the line.
 class Printer {
  public:
   Printer() : end_(CreateFileA("\\\\.\\COM6", GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr)) {
@@ -87,7 +87,7 @@ TEST_F(SerialPortTest, SetsUpTheLine) {
     EXPECT_EQ(line.fOutX != 0, row.xon_xoff);
     EXPECT_EQ(line.fInX != 0, row.xon_xoff);
 
-    // A terminal has no DSR line and no parity, so the rest is seen in what the system is given.
+    // A terminal has no DSR line and no parity, so these fields are checked in the structure passed to the system.
     for (const DWORD found : {0U, 1U}) {
       DCB given = {};
       given.fOutxCtsFlow = given.fOutxDsrFlow = given.fOutX = given.fInX = given.fNull = found;
@@ -105,12 +105,12 @@ TEST_F(SerialPortTest, SetsUpTheLine) {
                 hardware ? static_cast<DWORD>(row.dsr ? DTR_CONTROL_ENABLE : DTR_CONTROL_DISABLE) : before.fDtrControl);
       EXPECT_EQ(given.fRtsControl, hardware ? static_cast<DWORD>(row.cts ? RTS_CONTROL_HANDSHAKE : RTS_CONTROL_DISABLE)
                                             : before.fRtsControl);
-      EXPECT_EQ(given.fNull, found) << "not the port's business";
+      EXPECT_EQ(given.fNull, found) << "must stay unchanged";
     }
   }
 }
 
-// A slow line gets the time for a whole chunk, unless the caller knows better.
+// The time limits allow for a whole chunk at the line's speed, unless the caller has set them.
 TEST_F(SerialPortTest, TimeLimitsReachTheSystem) {
   const std::pair<const char*, DWORD> rows[] = {{"9600", 2000}, {"4800", 3600}, {"2400", 7800}, {"1200", 16200}};
   for (const auto& [speed, write_constant] : rows) {
@@ -132,7 +132,7 @@ TEST_F(SerialPortTest, RefusalsLeaveThePortClosed) {
   EXPECT_EQ(Open("9601+parity=N+bytesize=8+stopbits=1+flowcontrol=N"), VEXO_ERROR_SERIAL_BAUDRATE);
   EXPECT_EQ(Open("9600+parity=q+bytesize=8+stopbits=1+flowcontrol=N"), VEXO_ERROR_IO_SET_ATTRIBUTES);
   EXPECT_EQ(port_->CheckOpen(port_), VEXO_ERROR_IO_NOT_OPEN);
-  ASSERT_EQ(Open(kPlain), VEXO_OK) << "the refused attempts let go of the device";
+  ASSERT_EQ(Open(kPlain), VEXO_OK) << "the failed attempts released the device";
   EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
   uint32_t returned = 0;
   EXPECT_EQ(port_->Control(port_, 1, nullptr, nullptr, 0, nullptr, 0, &returned), VEXO_ERROR_NOT_IMPLEMENTED);
@@ -140,15 +140,15 @@ TEST_F(SerialPortTest, RefusalsLeaveThePortClosed) {
   ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/COM/COM255?baudrate=9600+flowcontrol=N"), VEXO_OK);
   EXPECT_EQ(port_->Open(port_), ERROR_FILE_NOT_FOUND);
 
-  // A device that is no line.
+  // Not a serial line.
   platform::ScopedHandle pipe(
       CreateNamedPipeA("\\\\.\\pipe\\vexo_no_line", PIPE_ACCESS_DUPLEX | FILE_FLAG_OVERLAPPED, 0, 1, 0, 0, 0, nullptr));
   ASSERT_EQ(port_->Configure(port_, "vexo:/dev/bus/COM/pipe\\vexo_no_line?baudrate=9600+flowcontrol=N"), VEXO_OK);
   EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_GET_ATTRIBUTES);
 }
 
-// Also where the line's own limit ends the read.
-TEST_F(SerialPortTest, AnswersAreReadAsFarAsTheyCome) {
+// Also when the line's own time limit ends the read.
+TEST_F(SerialPortTest, PartialAnswersAreReturned) {
   ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 50, 10, 2000, 0}), VEXO_OK);
   ASSERT_EQ(Open(kPlain), VEXO_OK);
   EXPECT_EQ(Read(port_, 5), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 0, ""));
@@ -161,14 +161,14 @@ TEST_F(SerialPortTest, AnswersAreReadAsFarAsTheyCome) {
   EXPECT_EQ(ReadAvailable(port_, 2), Reading(VEXO_OK, 1, "z"));
 }
 
-// A download closes the port when it is done, and a job monitor may be looking for reports on it.
+// A download closes its port at the end, while a job monitor may be reading from it.
 TEST_F(SerialPortTest, ClosingEndsTheReadOfAnotherThread) {
   ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 300'000, 10, 2000, 0}), VEXO_OK);
   ASSERT_EQ(Open(kPlain), VEXO_OK);
   std::future<Reading> late = std::async(std::launch::async, [this] { return Read(port_, 5); });
   ASSERT_TRUE(Eventually([this] { return driver_->reads.load(); }));
   EXPECT_EQ(port_->Close(port_), VEXO_OK);
-  EXPECT_GT(std::get<0>(late.get()), 0) << "the system's word for it";
+  EXPECT_GT(std::get<0>(late.get()), 0) << "a system error";
   Printer printer;
   ASSERT_EQ(Open(kPlain), VEXO_OK);
   printer.Send("xyz");

@@ -26,12 +26,12 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// More than all buffers between the two ends hold.
+// More than the socket buffers of both ends hold.
 constexpr uint32_t kLarge = 16 * 1024 * 1024;
 
 class ObservedTcpPort : public TcpPort {
  public:
-  SOCKET socket = INVALID_SOCKET;  // The latest one.
+  SOCKET socket = INVALID_SOCKET;  // The latest socket.
   int sockets_made = 0;
   bool network_down = false;
   std::function<void(const std::string& step)> before;  // "socket 2", "options 2", "connect 2".
@@ -68,7 +68,7 @@ class ObservedTcpPort : public TcpPort {
 tcp_keepalive g_keep_alive = {};
 int g_keep_alive_calls = 0;
 
-// Fails once.
+// Fails at the first call.
 int WSAAPI SetKeepAlive(SOCKET /*socket*/, DWORD /*code*/, void* times, DWORD /*size*/, void* /*output*/,
                         DWORD /*output_size*/, DWORD* /*returned*/, WSAOVERLAPPED* /*overlapped*/,
                         LPWSAOVERLAPPED_COMPLETION_ROUTINE /*routine*/) {
@@ -76,8 +76,8 @@ int WSAAPI SetKeepAlive(SOCKET /*socket*/, DWORD /*code*/, void* times, DWORD /*
   return ++g_keep_alive_calls > 1 ? 0 : SOCKET_ERROR;
 }
 
-// The system takes a piece and the thread is not run for a while.
-int WSAAPI SendAndLoseTime(SOCKET socket, const char* bytes, int length, int flags) {
+// Sends a piece, then simulates a thread that is not scheduled for a while.
+int WSAAPI SendAndStall(SOCKET socket, const char* bytes, int length, int flags) {
   const int sent = SystemFunction<decltype(send)>("ws2_32.dll", "send")(socket, bytes, length, flags);
   for (const DWORD started = GetTickCount(); GetTickCount() - started < 60;) {
   }
@@ -86,7 +86,7 @@ int WSAAPI SendAndLoseTime(SOCKET socket, const char* bytes, int length, int fla
 
 class TcpPortTest : public DriverPortTest<ObservedTcpPort, VEXO_PORT_NET> {
  protected:
-  // Limits that no machine is too slow for. The read interval is part of every successful Read, too.
+  // Sufficient on any machine. The read interval also applies within every successful Read.
   static constexpr VexoPortTimeouts kPatient = {20'000, 0, 20'000, 0, 20'000, 20'000};
 
   void Configure(const LoopbackPrinter& printer, VexoPortTimeouts timeouts) {
@@ -94,14 +94,14 @@ class TcpPortTest : public DriverPortTest<ObservedTcpPort, VEXO_PORT_NET> {
     ASSERT_EQ(port_->SetTimeouts(port_, timeouts), VEXO_OK);
   }
 
-  // Opens the port; the printer's end is the result.
+  // Opens the port and returns the printer's end.
   Connection Connect(VexoPortTimeouts timeouts = kPatient) {
     Configure(printer_, timeouts);
     EXPECT_EQ(port_->Open(port_), VEXO_OK);
     return printer_.Accept();
   }
 
-  // The transfers on a thread of their own.
+  // Run the transfer on another thread.
   std::future<Written> StartWrite(const std::string& bytes) {
     return std::async(std::launch::async, [=] { return Write(port_, bytes); });
   }
@@ -123,7 +123,7 @@ class TcpPortTest : public DriverPortTest<ObservedTcpPort, VEXO_PORT_NET> {
 TEST_F(TcpPortTest, PortNumberIs9100UnlessGiven) {
   EXPECT_EQ(port_->Configure(port_, "vexo:/dev/bus/NET/DEVICE?ip=+port=9100"), VEXO_ERROR_IO_SETTING);
   EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_SETTING);
-  const std::string ip = OwnIp("127.9");  // Where port 9100 is free.
+  const std::string ip = OwnIp("127.9");  // Port 9100 is free at this address.
   LoopbackPrinter printer(PrinterState::kListening, ip, 9100);
   for (const char* port : {"", "+port=91x"}) {
     SCOPED_TRACE(port);
@@ -138,12 +138,12 @@ TEST_F(TcpPortTest, SocketIsSetUpForShortCommands) {
   const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
                               {{"WSAIoctl", reinterpret_cast<void*>(SetKeepAlive)}});
   Connection connection = Connect({10, 0, 2100, 0, 2200, 20'000});
-  EXPECT_EQ(g_keep_alive_calls, 2) << "tried once more";
+  EXPECT_EQ(g_keep_alive_calls, 2) << "repeated once";
   EXPECT_EQ(g_keep_alive.onoff, 1U);
   EXPECT_EQ(g_keep_alive.keepalivetime, 3000U);
   EXPECT_EQ(g_keep_alive.keepaliveinterval, 2000U);
   const auto expect_option = [this](int level, int name, int expected_value) {
-    int value = 0;  // The system may write one byte of it.
+    int value = 0;  // The system may write only one byte.
     int size = sizeof(value);
     EXPECT_EQ(getsockopt(driver_->socket, level, name, reinterpret_cast<char*>(&value), &size), 0);
     EXPECT_EQ(value, expected_value) << level << ", " << name;
@@ -160,9 +160,9 @@ TEST_F(TcpPortTest, SocketIsSetUpForShortCommands) {
   EXPECT_EQ(driver_->sockets_made, 1);
 }
 
-// A printer may refuse because it serves another host, and a network may be away for a moment: each is given the whole
-// time, twice.
-TEST_F(TcpPortTest, PrinterThatDoesNotAnswerIsTriedTwice) {
+// The printer may refuse while it serves another host, or the network may be down briefly. Each attempt has the full
+// time limit.
+TEST_F(TcpPortTest, ConnectIsAttemptedTwice) {
   const LoopbackPrinter refusing(PrinterState::kRefusing);
   for (const std::string& uri : {refusing.uri(), std::string("vexo:/dev/bus/NET/DEVICE?ip=no.address")}) {
     SCOPED_TRACE(uri);
@@ -179,17 +179,17 @@ TEST_F(TcpPortTest, PrinterThatDoesNotAnswerIsTriedTwice) {
 TEST_F(TcpPortTest, ClosedPortTransfersNothing) {
   Connection connection = Connect();
   EXPECT_EQ(port_->Close(port_), VEXO_OK);
-  EXPECT_EQ(connection.Receive(1), "") << "the printer sees the end of the connection";
+  EXPECT_EQ(connection.Receive(1), "") << "the connection is closed";
   EXPECT_EQ(Write(port_, "abc"), Written(VEXO_ERROR_IO_NOT_OPEN, 0));
   EXPECT_EQ(Read(port_, 3), Reading(VEXO_ERROR_IO_NOT_OPEN, 0, ""));
   EXPECT_EQ(ReadAvailable(port_, 3), Reading(VEXO_ERROR_IO_NOT_OPEN, 0, ""));
   EXPECT_EQ(port_->CheckOpen(port_), VEXO_OK);
   EXPECT_EQ(port_->Abort(port_), VEXO_OK);
   Connection next = Connect();
-  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3)) << "no Abort of the closed port is left";
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3)) << "Abort of the closed port has no effect";
 }
 
-// The host has its own use of Winsock, which a Close too many would end.
+// An unbalanced WSACleanup would end the host's own use of Winsock.
 TEST_F(TcpPortTest, UsesOfWinsockAreBalanced) {
   Connect();
   EXPECT_EQ(port_->Close(port_), VEXO_OK);
@@ -209,9 +209,9 @@ TEST_F(TcpPortTest, UsesOfWinsockAreBalanced) {
     });
   }
   EXPECT_EQ(WSACleanup(), 0);
-  EXPECT_EQ(WSACleanup(), SOCKET_ERROR) << "a use was left behind";
+  EXPECT_EQ(WSACleanup(), SOCKET_ERROR) << "WSAStartup without WSACleanup";
   WSADATA data = {};
-  EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0) << "for the printer's own end";
+  EXPECT_EQ(WSAStartup(MAKEWORD(2, 2), &data), 0) << "for the printer's end";
 }
 
 TEST_F(TcpPortTest, SilenceEndsAfterTheBudgetAndGapsAfterTheInterval) {
@@ -220,13 +220,13 @@ TEST_F(TcpPortTest, SilenceEndsAfterTheBudgetAndGapsAfterTheInterval) {
   EXPECT_EQ(Read(port_, 10), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 0, ""));
   EXPECT_GE(steady_clock::now() - started, milliseconds(100));
 
-  // Were the gap not limited by the interval, the read would not end.
+  // The budget is very long, so only the read interval can end this read.
   ASSERT_EQ(port_->SetTimeouts(port_, {10, 0, 3'000'000, 0, 2000, 20'000}), VEXO_OK);
   connection.Send("abcd");
   EXPECT_EQ(Read(port_, 10), Reading(VEXO_ERROR_IO_READ_TIMEOUT, 4, "abcd"));
 }
 
-TEST_F(TcpPortTest, NoBudgetIsNoLimit) {
+TEST_F(TcpPortTest, ZeroBudgetMeansNoLimit) {
   Connection connection = Connect({10, 0, 0, 0, 0, 20'000});
   std::future<Reading> read = StartRead(4);
   EXPECT_EQ(read.wait_for(milliseconds(100)), std::future_status::timeout);
@@ -241,7 +241,7 @@ TEST_F(TcpPortTest, NoBudgetIsNoLimit) {
   EXPECT_EQ(write.get(), Written(VEXO_OK, kLarge));
 }
 
-TEST_F(TcpPortTest, EachByteHasItsShareOfTheBudget) {
+TEST_F(TcpPortTest, BudgetGrowsWithTheLength) {
   Connection connection = Connect({20'000, 20'000, 1, 1, 1, 20'000});
   std::future<Reading> read = StartRead(4);
   EXPECT_EQ(read.wait_for(milliseconds(100)), std::future_status::timeout);
@@ -253,9 +253,9 @@ TEST_F(TcpPortTest, EachByteHasItsShareOfTheBudget) {
   EXPECT_EQ(write.get(), Written(VEXO_OK, kLarge));
 }
 
-// A printer that takes nothing for as long as the budget is one thing, a budget that is used up between two pieces
-// another.
-TEST_F(TcpPortTest, WriteSaysHowFarItCame) {
+// The result is a timeout if the printer accepts nothing for the whole budget, but OK if the budget is exceeded between
+// two chunks.
+TEST_F(TcpPortTest, WriteReturnsThePartialCount) {
   Connection connection = Connect({10, 0, 2000, 0, 50, 20'000});
   const auto [result, written] = Write(port_, Pattern(kLarge));
   EXPECT_EQ(result, VEXO_ERROR_IO_WRITE_TIMEOUT);
@@ -265,7 +265,7 @@ TEST_F(TcpPortTest, WriteSaysHowFarItCame) {
 
   Connection second = Connect({10, 0, 2000, 0, 50, 20'000});
   const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
-                              {{"send", reinterpret_cast<void*>(SendAndLoseTime)}});
+                              {{"send", reinterpret_cast<void*>(SendAndStall)}});
   EXPECT_EQ(Write(port_, Pattern(kLarge)), Written(VEXO_OK, 8192));
 }
 
@@ -273,8 +273,8 @@ TEST_F(TcpPortTest, ReadAvailableDoesNotWait) {
   Connection connection = Connect();
   EXPECT_EQ(ReadAvailable(port_, 4), Reading(VEXO_OK, 0, ""));
   connection.Send("abcdef");
-  EXPECT_EQ(Read(port_, 1), Reading(VEXO_OK, 1, "a")) << "the packet is there";
-  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3)) << "waiting data is no drop";
+  EXPECT_EQ(Read(port_, 1), Reading(VEXO_OK, 1, "a")) << "waits for the packet";
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3)) << "unread data does not count as a lost connection";
   EXPECT_EQ(ReadAvailable(port_, 4), Reading(VEXO_OK, 4, "bcde"));
   EXPECT_EQ(ReadAvailable(port_, 4), Reading(VEXO_OK, 1, "f"));
 }
@@ -295,7 +295,7 @@ TEST_F(TcpPortTest, DroppedConnectionIsRestoredBeforeAWrite) {
     (connection.*drop)();
     driver_->network_down = true;
     EXPECT_EQ(Write(port_, "abc"), Written(WSAENETDOWN, 0));
-    EXPECT_EQ(Read(port_, 3), Reading(WSAENOTSOCK, 0, "")) << "only a Write connects again";
+    EXPECT_EQ(Read(port_, 3), Reading(WSAENOTSOCK, 0, "")) << "only a Write reconnects";
     EXPECT_EQ(ReadAvailable(port_, 3), Reading(WSAENOTSOCK, 0, ""));
     EXPECT_EQ(port_->Open(port_), VEXO_ERROR_IO_ALREADY_OPEN);
     driver_->network_down = false;
@@ -307,7 +307,7 @@ TEST_F(TcpPortTest, DroppedConnectionIsRestoredBeforeAWrite) {
   }
 }
 
-TEST_F(TcpPortTest, RestGoesOverTheRestoredConnectionWhichIsRestoredOnce) {
+TEST_F(TcpPortTest, RestIsSentOverTheNewConnectionAndOnlyOneIsMade) {
   const std::string data = Pattern(kLarge);
   for (const bool again : {false, true}) {
     Connection connection = Connect();
@@ -322,7 +322,7 @@ TEST_F(TcpPortTest, RestGoesOverTheRestoredConnectionWhichIsRestoredOnce) {
       second.Reset();
     } else {
       rest += second.ReceiveRest();
-      EXPECT_TRUE(data.compare(data.size() - rest.size(), rest.size(), rest) == 0) << "the end of the data, in order";
+      EXPECT_TRUE(data.compare(data.size() - rest.size(), rest.size(), rest) == 0) << "not the end of the data";
     }
     const auto [result, written] = write.get();
     EXPECT_EQ(result, again ? WSAECONNRESET : VEXO_OK);
@@ -332,8 +332,8 @@ TEST_F(TcpPortTest, RestGoesOverTheRestoredConnectionWhichIsRestoredOnce) {
   }
 }
 
-// Another thread closes the port while a transfer, or the opening itself, connects: nothing is connected or sent any
-// more, though the printer would take it.
+// Another thread closes the port while Open or a transfer connects. After that, nothing is connected or sent, even if
+// the printer is reachable.
 TEST_F(TcpPortTest, PortClosedWhileItConnectsStaysClosed) {
   for (const char* const transfer : {"Write", "Read", "Open"}) {
     for (const char* const step : {"socket 1", "options 1", "connect 1", "socket 2", "options 2", "connect 2"}) {
@@ -357,7 +357,7 @@ TEST_F(TcpPortTest, PortClosedWhileItConnectsStaysClosed) {
             printer_.Listen();
             EXPECT_TRUE(!opens_again || port_->Open(port_) == VEXO_OK);
           });
-          if (now.front() != 'c') {  // A connect that has begun is waited for by the closing.
+          if (now.front() != 'c') {  // Close waits for a connect that has started.
             closing.wait();
           }
         };
@@ -376,14 +376,14 @@ TEST_F(TcpPortTest, PortClosedWhileItConnectsStaysClosed) {
           port_->Close(port_);
           EXPECT_EQ(second.ReceiveRest(), "a");
         }
-        EXPECT_FALSE(printer_.HasVisitor());
+        EXPECT_FALSE(printer_.HasPendingConnection());
       }
     }
   }
 }
 
-// The system gives the number of a closed socket to whoever makes the next one.
-TEST_F(TcpPortTest, ThreadThatIsLateTakesNoBytesOfAnotherPort) {
+// The system reuses the number of a closed socket for the next one.
+TEST_F(TcpPortTest, LateThreadReadsNoDataOfAnotherPort) {
   Configure(printer_, kPatient);
   LoopbackPrinter other_printer;
   VexoPort* const other = MakePort(VEXO_PORT_NET, std::make_unique<TcpPort>());
@@ -413,7 +413,7 @@ TEST_F(TcpPortTest, ThreadThatIsLateTakesNoBytesOfAnotherPort) {
   EXPECT_EQ(ClosePort(other), VEXO_OK);
 }
 
-TEST_F(TcpPortTest, AbortStopsTransfersBetweenPieces) {
+TEST_F(TcpPortTest, AbortStopsTransfersBetweenChunks) {
   Connection connection = Connect();
   std::future<Written> write = StartWrite(Pattern(kLarge));
   EXPECT_EQ(connection.Receive(1).size(), 1U);

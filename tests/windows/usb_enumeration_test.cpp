@@ -1,4 +1,4 @@
-// USB devices through the exports: listed, found and opened. The system's devices are the test's.
+// Listing, finding and opening USB devices through the exports. The test registers the devices with the system.
 #include <gtest/gtest.h>
 #include <windows.h>
 // After windows.h.
@@ -41,15 +41,15 @@ const DeviceEntry kNameless = {"USB\\VID_1A2D&PID_0101\\9&1", "USB\\VID_1A2D&PID
 constexpr char kModelRecord[] = "USB,ABC123;ABC123;MODEL;VID_1A2B&PID_0001;USB001;PORT_#0001.HUB_#0002";
 constexpr char kForeignRecord[] = "USB,XYZ789;XYZ789; ;VID_04B8&PID_0202;;PORT_#0004";
 
-// The device above all others, when a test has one: the system here knows none.
+// The parent of all devices, if a test defines one. Wine itself knows none.
 struct ParentDevice {
   const char* id = nullptr;
-  const char* location = nullptr;  // Null: it has none.
+  const char* location = nullptr;  // Null: no location.
 };
 ParentDevice g_parent;
 constexpr DEVINST kParent = 4711;
 
-// The devices that the system makes below those of the test: what a driver calls a printer.
+// Child devices by parent, as the system creates them with the name that the driver gives the printer.
 std::map<std::string, std::string> g_children;
 std::string g_child;
 constexpr DEVINST kChild = 4712;
@@ -80,7 +80,7 @@ CONFIGRET WINAPI GetRegistryProperty(DEVINST device, ULONG property, ULONG* /*ty
   if (device != kParent || property != CM_DRP_LOCATION_INFORMATION || g_parent.location == nullptr) {
     return CR_NO_SUCH_VALUE;
   }
-  *size = static_cast<ULONG>(strlen(g_parent.location));  // A text in the registry need not end.
+  *size = static_cast<ULONG>(strlen(g_parent.location));  // A registry text need not be terminated.
   memcpy(text, g_parent.location, *size);
   return CR_SUCCESS;
 }
@@ -101,7 +101,7 @@ FARPROC WINAPI FindFunction(HMODULE library, const char* name) {
 
 class UsbEnumerationTest : public ::testing::Test {
  protected:
-  // Before the library has looked the functions up, which it does once.
+  // The library looks these functions up once, so they must be replaced first.
   static void SetUpTestSuite() {
     EXPECT_EQ(
         ReplaceImports(GetModuleHandleA("vexoextend.dll"), {{"GetProcAddress", reinterpret_cast<void*>(FindFunction)}}),
@@ -126,7 +126,7 @@ class UsbEnumerationTest : public ::testing::Test {
     return buffer.c_str();
   }
 
-  // A closed port on USB. Its Open looks for a printer.
+  // Creates a closed USB port. Open searches for the printer.
   VexoPort* Make(const std::string& descriptor) {
     ScannerGunPortOpen(&handle_, descriptor.c_str());
     EXPECT_NE(handle_.port, nullptr) << descriptor;
@@ -140,7 +140,7 @@ class UsbEnumerationTest : public ::testing::Test {
     return uri;
   }
 
-  // What the port found: it tells even when nothing answers at the path.
+  // The path of the device found, known even if it cannot be opened.
   std::string FoundPath() const {
     const std::string uri = Uri();
     const std::string key = "+deviceid=";
@@ -148,7 +148,7 @@ class UsbEnumerationTest : public ::testing::Test {
     return at != std::string::npos ? uri.substr(at + key.size(), uri.find('+', at + 1) - at - key.size()) : "";
   }
 
-  // In an empty directory of the test's own.
+  // Writes the file in a new directory and changes to it.
   void WriteConfiguration(const std::string& content) {
     GetCurrentDirectoryA(sizeof(home_), home_);
     ASSERT_NE(CreateDirectoryA("usb_configuration", nullptr), 0);
@@ -169,7 +169,7 @@ class UsbEnumerationTest : public ::testing::Test {
   char home_[MAX_PATH] = "";
 };
 
-TEST_F(UsbEnumerationTest, ListTellsOfEachPrinter) {
+TEST_F(UsbEnumerationTest, ListContainsEachPrinter) {
   EXPECT_EQ(List(), "");
   Plug(kForeign);
   DeviceEntry unplugged = kOtherModel;
@@ -196,11 +196,11 @@ TEST_F(UsbEnumerationTest, ListTellsOfEachPrinter) {
   EXPECT_EQ(List(), "");
 }
 
-TEST_F(UsbEnumerationTest, ConfigurationLetsEveryDeviceThrough) {
+TEST_F(UsbEnumerationTest, WithAConfigurationFileEveryDeviceQualifies) {
   const std::string path = Plug(kForeign).path();
   Plug(kGated);
   const char* const foreign_printer = "USB,VID_0X04B8,PID_0X0202";
-  EXPECT_EQ(Make("USB,XYZ789")->Open(handle_.port), VEXO_OK + ERROR_FILE_NOT_FOUND) << "the gated printer is taken";
+  EXPECT_EQ(Make("USB,XYZ789")->Open(handle_.port), VEXO_OK + ERROR_FILE_NOT_FOUND) << "the gated printer is selected";
   EXPECT_EQ(FoundPath(), devices_[1]->path());
   devices_.pop_back();
   EXPECT_EQ(Make(foreign_printer)->Open(handle_.port), VEXO_ERROR_USB_NOT_FOUND);
@@ -213,8 +213,8 @@ TEST_F(UsbEnumerationTest, ConfigurationLetsEveryDeviceThrough) {
   }
 }
 
-// Nothing answers at the devices' paths, as if they had been unplugged when they had just been found.
-TEST_F(UsbEnumerationTest, PathIsThatOfTheDeviceThatIsMeant) {
+// The devices cannot be opened, as if they had been unplugged after they were found.
+TEST_F(UsbEnumerationTest, DescriptorSelectsTheDevice) {
   const std::string model = Plug(kModel).path();
   const std::string other = Plug(kOtherModel).path();
   Plug(kForeign);
@@ -230,7 +230,7 @@ TEST_F(UsbEnumerationTest, PathIsThatOfTheDeviceThatIsMeant) {
       {"vexo:/dev/bus/USB/DEVICE?vid=1a2b+pid=0001", model},
       {"vexo:/dev/bus/USB/DEVICE?location=port_#0002+vid=9+pid=9", other},
       {"USB,XYZ789", ""},
-      {"USB,9&1", ""},  // Without a location it is not looked at.
+      {"USB,9&1", ""},  // A device without a location is ignored.
   };
   for (const auto& [descriptor, path] : rows) {
     EXPECT_EQ(Make(descriptor)->Open(handle_.port),
@@ -241,7 +241,7 @@ TEST_F(UsbEnumerationTest, PathIsThatOfTheDeviceThatIsMeant) {
   }
 }
 
-TEST_F(UsbEnumerationTest, PrinterIsOpenedAndItsPlaceIsTold) {
+TEST_F(UsbEnumerationTest, PrinterIsOpenedAndItsUriContainsThePlace) {
   const std::string path = Plug(kModel).path();
   DeviceFile file(path);
   VexoPort* const port = Make("USB");
@@ -260,7 +260,7 @@ TEST_F(UsbEnumerationTest, PrinterIsOpenedAndItsPlaceIsTold) {
   EXPECT_EQ(Uri(), uri);
 }
 
-TEST_F(UsbEnumerationTest, GatedPrinterIsTakenWhateverTheUriSays) {
+TEST_F(UsbEnumerationTest, GatedPrinterIsSelectedByAnyUri) {
   const auto is_gated = [](VexoPort* port) {
     uint8_t gated = 2;
     EXPECT_EQ(port->Control(port, VEXO_CONTROL_USB_GET_READ_GATED, nullptr, nullptr, 0, &gated, 1, nullptr), VEXO_OK);
@@ -271,7 +271,7 @@ TEST_F(UsbEnumerationTest, GatedPrinterIsTakenWhateverTheUriSays) {
   ASSERT_EQ(port->Open(port), VEXO_OK);
   EXPECT_EQ(is_gated(port), 1);
   port->Close(port);
-  devices_.clear();  // Its place is taken by another printer.
+  devices_.clear();  // Another printer replaces it.
   DeviceFile other_file(Plug(kModel).path());
   ASSERT_EQ(port->Open(port), VEXO_OK);
   EXPECT_EQ(is_gated(port), 0);
@@ -303,8 +303,8 @@ TEST_F(UsbEnumerationTest, ExportsSearchTheirClasses) {
   }
 }
 
-// A disk says of itself only what any disk says.
-TEST_F(UsbEnumerationTest, DiskIsKnownByThePrinterAboveIt) {
+// A disk's own properties do not identify the printer; those of its parent do.
+TEST_F(UsbEnumerationTest, DiskIsIdentifiedByItsParent) {
   DeviceEntry disk = {"USBSTOR\\DISK&VEN_X\\7&1", "USBSTOR\\DiskX"};
   disk.device_class = kDiskClass;
   const std::string path = Plug(disk).path();
@@ -331,7 +331,7 @@ TEST_F(UsbEnumerationTest, DiskIsKnownByThePrinterAboveIt) {
   }
 }
 
-TEST_F(UsbEnumerationTest, LeavesNothingBehind) {
+TEST_F(UsbEnumerationTest, LeaksNothing) {
   DeviceFile file(Plug(kModel).path());
   Plug(kForeign);
   WriteConfiguration("");

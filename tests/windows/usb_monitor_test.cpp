@@ -1,5 +1,4 @@
-// The USB hot-plug monitor as a host sees it: the DLL, its thread and its hidden window, which receives what the system
-// sends when a device comes or goes.
+// The USB hot-plug monitor of the DLL: its thread and its hidden window, which receives the system's device messages.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -30,7 +29,7 @@ constexpr char kPath[] = R"(\\?\USB#VID_1A2B&PID_0001#abc123#{28d78fad-5a12-11d1
 
 using Texts = std::vector<std::string>;
 
-// Of this process: others may be watching, too.
+// The monitor windows of this process.
 std::vector<HWND> Windows() {
   std::vector<HWND> windows;
   for (HWND window = nullptr; (window = FindWindowExA(nullptr, window, kMonitorClass, "USBMonitor")) != nullptr;) {
@@ -48,21 +47,22 @@ HWND AwaitWindow() {
   return Windows().front();
 }
 
-// A callback's context: what it was told, and what else it does. Callbacks have returned before the test looks.
+// A callback's context: the events received and an additional action. Broadcast returns after the callbacks, so no lock
+// is needed.
 struct Listener {
   Texts Take() { return std::exchange(events, {}); }
 
   Texts events;
   std::thread::id thread;
-  std::function<void()> also;
+  std::function<void()> action;
 };
 
 void Listen(void* context, const char* device, int32_t event) {
   auto* const listener = static_cast<Listener*>(context);
   listener->events.push_back(std::string(device) + " " + std::to_string(event));
   listener->thread = std::this_thread::get_id();
-  if (listener->also) {
-    listener->also();
+  if (listener->action) {
+    listener->action();
   }
 }
 
@@ -72,7 +72,8 @@ class UsbMonitor : public ::testing::Test {
     EXPECT_EQ(StopUSBMonitorThread(), 0);
     EXPECT_TRUE(Windows().empty());
     WNDCLASSEXA description = {};
-    EXPECT_EQ(GetClassInfoExA(GetModuleHandleA(nullptr), kMonitorClass, &description), 0) << "its code may be unloaded";
+    EXPECT_EQ(GetClassInfoExA(GetModuleHandleA(nullptr), kMonitorClass, &description), 0)
+        << "a window class may outlive its code";
   }
 
   static HWND Start() {
@@ -84,12 +85,13 @@ class UsbMonitor : public ::testing::Test {
   Listener other_;
 };
 
-TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
+TEST_F(UsbMonitor, CallbacksReceiveArrivalsAndRemovals) {
   EXPECT_EQ(AddUSBMonitor(Listen, &other_), reinterpret_cast<intptr_t>(&Listen));
   const HWND window = Start();
-  EXPECT_EQ(AddUSBMonitor(Listen, &listener_), reinterpret_cast<intptr_t>(&Listen)) << "the second context counts";
+  EXPECT_EQ(AddUSBMonitor(Listen, &listener_), reinterpret_cast<intptr_t>(&Listen))
+      << "the second context replaces the first";
   EXPECT_EQ(AddUSBMonitor(nullptr, &listener_), 0);
-  EXPECT_EQ(Start(), window) << "it runs already";
+  EXPECT_EQ(Start(), window) << "already running";
   EXPECT_EQ(Windows().size(), 1U);
   Broadcast(window, DBT_DEVICEARRIVAL, kPath);
   Broadcast(window, DBT_DEVICEREMOVECOMPLETE, R"(\\?\USB#VID_1A2B&PID_0001#7&1a2b&0&1#{28d78fad})");
@@ -110,7 +112,7 @@ TEST_F(UsbMonitor, ArrivalAndRemovalOfPrintersReachTheCallbacks) {
   EXPECT_EQ(listener_.Take(), Texts{});
 }
 
-// What the library has asked the system for.
+// The library's calls to the system.
 struct {
   int registered = 0;
   int unregistered = 0;
@@ -130,7 +132,7 @@ BOOL WINAPI Unregister(HDEVNOTIFY notification) {
   return TRUE;
 }
 
-TEST_F(UsbMonitor, AsksTheSystemForNotificationsAndGivesThemBack) {
+TEST_F(UsbMonitor, RegistersAndUnregistersNotifications) {
   const ScopedImports imports(GetModuleHandleA("vexoextend.dll"), "user32.dll",
                               {{"RegisterDeviceNotificationA", reinterpret_cast<void*>(Register)},
                                {"UnregisterDeviceNotification", reinterpret_cast<void*>(Unregister)}});
@@ -145,11 +147,11 @@ TEST_F(UsbMonitor, AsksTheSystemForNotificationsAndGivesThemBack) {
   EXPECT_EQ(memcmp(&g_notifications.filter.dbcc_classguid, &kPrinterClass, sizeof(GUID)), 0);
 }
 
-TEST_F(UsbMonitor, StopWaitsForCallbacksAndForgetsThem) {
+TEST_F(UsbMonitor, StopWaitsForCallbacksAndRemovesThem) {
   std::atomic<bool> called{false};
   std::atomic<bool> stopping{false};
   std::atomic<bool> returned{false};
-  listener_.also = [&] {
+  listener_.action = [&] {
     called = true;
     Eventually([&] { return stopping.load(); });
     returned = true;
@@ -163,16 +165,15 @@ TEST_F(UsbMonitor, StopWaitsForCallbacksAndForgetsThem) {
   EXPECT_TRUE(returned);
   system.join();
   Broadcast(Start(), DBT_DEVICEARRIVAL, kPath);
-  EXPECT_EQ(listener_.Take(), Texts{"ABC123 0"}) << "only before the stop";
+  EXPECT_EQ(listener_.Take(), Texts{"ABC123 0"}) << "removed by the stop";
 }
 
-TEST_F(UsbMonitor, CallbackThatStopsIsToldAndTheThreadEnds) {
+TEST_F(UsbMonitor, StopInACallbackThrowsAndEndsTheThread) {
   std::atomic<int> error{0};
-  listener_.also = [&] {
+  listener_.action = [&] {
     try {
       StopUSBMonitorThread();
     } catch (const std::system_error& deadlock) {
-      EXPECT_EQ(std::string(deadlock.what()).find("resource deadlock would occur"), 0U) << deadlock.what();
       EXPECT_EQ(std::string(deadlock.what()).find("resource deadlock would occur"), 0U) << deadlock.what();
       error = deadlock.code().value();
       throw;
@@ -183,10 +184,10 @@ TEST_F(UsbMonitor, CallbackThatStopsIsToldAndTheThreadEnds) {
   EXPECT_EQ(error, EDEADLK);
   EXPECT_TRUE(Eventually([] { return Windows().empty(); }));
   EXPECT_EQ(StartUSBMonitorThread(), 0);
-  EXPECT_TRUE(Windows().empty()) << "it is to be stopped first";
+  EXPECT_TRUE(Windows().empty()) << "must be stopped first";
 }
 
-// Whoever ends the loop or closes the window: a stop does not wait for a thread that waits for nothing.
+// The stop must not hang after another program has closed the window or ended the message loop.
 TEST_F(UsbMonitor, StopsAfterItsWindowHasBeenClosed) {
   for (const UINT ending : {UINT{WM_CLOSE}, UINT{WM_QUIT}, kStopMessage}) {
     PostMessageA(Start(), ending, 0, 0);
@@ -195,12 +196,12 @@ TEST_F(UsbMonitor, StopsAfterItsWindowHasBeenClosed) {
   }
 }
 
-TEST_F(UsbMonitor, RoundsLeaveNothingBehind) {
+TEST_F(UsbMonitor, RepeatedStartAndStopLeakNothing) {
   constexpr size_t kRounds = 200;
   size_t handles = 0;
   size_t threads = 0;
   for (size_t round = 0; round < kRounds + 10; ++round) {
-    if (round == 10) {  // The system has set itself up for notifications.
+    if (round == 10) {  // The system has initialised its notifications.
       handles = CountHandles();
       threads = CountThreads();
     }
@@ -211,12 +212,12 @@ TEST_F(UsbMonitor, RoundsLeaveNothingBehind) {
     ASSERT_EQ(StopUSBMonitorThread(), 0);
     ASSERT_TRUE(Windows().empty());
   }
-  // The system's own threads for the notifications come and go; a loss would be at least one in each round.
+  // The number of the system's own notification threads varies. A leak would be at least one in each round.
   EXPECT_LT(CountHandles(), handles + kRounds / 2);
   EXPECT_LT(CountThreads(), threads + kRounds / 2);
 }
 
-TEST_F(UsbMonitor, AnyThreadMayCallAtAnyTime) {
+TEST_F(UsbMonitor, ExportsOnSeveralThreads) {
   RunOnThreads(4, [this](int thread) {
     for (int round = 0; round < 200; ++round) {
       StartUSBMonitorThread();
@@ -250,7 +251,7 @@ TEST_F(UsbMonitor, LibraryStaysLoadedUntilTheStop) {
   EXPECT_NE(DeleteFileA(copy.c_str()), 0);
 }
 
-TEST(UsbMonitorDeathTest, ProcessMayEndWhileTheMonitorRuns) {
+TEST(UsbMonitorDeathTest, ProcessExitsWhileTheMonitorRuns) {
   EXPECT_EXIT(
       {
         StartUSBMonitorThread();

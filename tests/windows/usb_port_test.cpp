@@ -1,4 +1,4 @@
-// What USB printer ports have of their own: whole packets, and a switch for reading.
+// Features specific to USB printer ports: reads of whole packets and the switch that enables reading.
 #include "windows/file_port_fixture.h"
 
 namespace vexo::test {
@@ -10,7 +10,7 @@ class UsbPortTest : public FilePortFixture {
     return port_->Control(port_, code, nullptr, &value, length, nullptr, 0, nullptr);
   }
 
-  // The value, or a negative code.
+  // The value, or a negative error code.
   int Get(int32_t code, uint32_t length = 1) {
     uint8_t output = 0xEE;
     uint32_t returned = kStaleCount;
@@ -20,7 +20,7 @@ class UsbPortTest : public FilePortFixture {
   }
 };
 
-TEST_F(UsbPortTest, ReadsTakeWholePackets) {
+TEST_F(UsbPortTest, ReadsUseWholePackets) {
   const std::string packet = Pattern(64, 100);
   const std::string large = Pattern(300, 100);
   const struct {
@@ -49,7 +49,7 @@ TEST_F(UsbPortTest, ReadsTakeWholePackets) {
   }
 }
 
-TEST_F(UsbPortTest, OnlyGatedPrintersAreReadAsTheSwitchSays) {
+TEST_F(UsbPortTest, SwitchAffectsOnlyGatedPrinters) {
   for (const bool gated : {false, true}) {
     SCOPED_TRACE(gated);
     OpenOnPipe(PrinterPipe::kRoom, gated);
@@ -68,7 +68,7 @@ TEST_F(UsbPortTest, OnlyGatedPrintersAreReadAsTheSwitchSays) {
   }
 }
 
-TEST_F(UsbPortTest, ControlNeedsRoomAndAKnownCode) {
+TEST_F(UsbPortTest, ControlNeedsABufferAndAKnownCode) {
   OpenOnPipe();
   EXPECT_EQ(Set(VEXO_CONTROL_USB_SET_READ_ENABLED, 0, /*length=*/0), VEXO_ERROR_PARAMETER);
   EXPECT_EQ(Get(VEXO_CONTROL_USB_GET_READ_ENABLED, /*length=*/0), VEXO_ERROR_BUFFER_TOO_SMALL);

@@ -6,7 +6,7 @@
 namespace vexo {
 namespace {
 
-constexpr DWORD kPatienceMs = 20'000;  // For what the system is about to complete, however busy the machine is.
+constexpr DWORD kPatienceMs = 20'000;  // For transfers that the system is about to complete.
 
 }  // namespace
 
@@ -22,7 +22,7 @@ using test::Time;
 uint32_t TickCount() { return Time().now += Time().tick_step; }
 int64_t PerformanceCounter() { return Time().now; }
 int64_t PerformanceFrequency() { return 1000; }
-void YieldThread() { ++Time().now; }  // Loops that only yield must come to their end.
+void YieldThread() { ++Time().now; }  // So that loops that only yield end.
 
 void SleepMs(uint32_t milliseconds) {
   Time().sleeps.push_back(milliseconds);
@@ -36,16 +36,16 @@ DWORD WaitForHandle(HANDLE handle, DWORD milliseconds) {
     return WaitForSingleObject(handle, kPatienceMs);
   }
   Time().waits.push_back(milliseconds);
-  if (Time().happenings.empty()) {
+  if (Time().wait_events.empty()) {
     Time().now += milliseconds;
     return WaitForSingleObject(handle, 0);
   }
-  const test::Happening happening = Time().happenings.front();
-  Time().happenings.pop_front();
-  Time().now += happening.after_ms;
-  happening.event();
+  const test::WaitEvent event = Time().wait_events.front();
+  Time().wait_events.pop_front();
+  Time().now += event.after_ms;
+  event.action();
   const DWORD waited = WaitForSingleObject(handle, kPatienceMs);
-  return happening.too_late ? static_cast<DWORD>(WAIT_TIMEOUT) : waited;
+  return event.too_late ? static_cast<DWORD>(WAIT_TIMEOUT) : waited;
 }
 
 }  // namespace platform

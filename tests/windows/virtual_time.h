@@ -1,5 +1,5 @@
-// Time that passes only while the library waits or sleeps. Linked instead of the system's clock and waits, so that
-// every time limit has its scenario, which takes no time and always goes the same way.
+// Replaces the system's clock and waits: time passes only while the library waits or sleeps. Tests of time limits are
+// thus fast and deterministic.
 #ifndef VEXO_TESTS_WINDOWS_VIRTUAL_TIME_H_
 #define VEXO_TESTS_WINDOWS_VIRTUAL_TIME_H_
 
@@ -10,19 +10,19 @@
 
 namespace vexo::test {
 
-// What happens while the library waits for a transfer.
-struct Happening {
-  uint32_t after_ms;            // Since the wait began; may lie behind its end, as systems wake threads late.
-  std::function<void()> event;  // Completes the transfer.
-  bool too_late = false;        // The wait reports that its time is over all the same.
+// An event during a wait for a transfer.
+struct WaitEvent {
+  uint32_t after_ms;             // From the start of the wait. May exceed its limit, since threads may wake late.
+  std::function<void()> action;  // Completes the transfer.
+  bool too_late = false;         // The wait reports a timeout nevertheless.
 };
 
 struct VirtualTime {
-  // Close to the wrap of the tick count, which every scenario therefore crosses.
+  // Shortly before the tick count wraps, so that every test crosses the wrap.
   uint32_t now = static_cast<uint32_t>(-50);
-  uint32_t tick_step = 0;            // Added by every look at the clock.
-  std::deque<Happening> happenings;  // One for each wait to come. A wait without one passes in silence.
-  std::vector<uint32_t> waits;       // Limits of the waits for transfers, in milliseconds.
+  uint32_t tick_step = 0;             // Added at each call of TickCount.
+  std::deque<WaitEvent> wait_events;  // One for each wait. Without one, a wait times out.
+  std::vector<uint32_t> waits;        // Limits of the waits for transfers, in milliseconds.
   std::vector<uint32_t> sleeps;
 };
 
