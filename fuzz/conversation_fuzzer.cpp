@@ -1,9 +1,8 @@
-// Whole conversations: hosts that do anything in any order, with a printer that answers anything. The input says what
-// happens, step by step. Everything runs on the virtual clock, in one thread but for the monitors' readers, which stand
-// still; what they would do is a step of its own.
+// Conversations of a host that calls the exports in any order with a printer that answers anything. The input
+// determines each step. Everything runs on one thread with the virtual clock; the monitors' reader threads are stopped,
+// and polling is a step of its own.
 //
-// No call may crash or hang, nothing may be left behind, and every call gives a code, or the exceptions that it
-// documents.
+// No call may crash, hang or leak, and every call must return a result code or throw a documented exception.
 #include <unistd.h>
 
 #include <algorithm>
@@ -30,9 +29,9 @@ namespace {
 constexpr size_t kHandles = 3;
 constexpr size_t kMonitors = 2;
 constexpr int kMostCallbackSteps = 3;
-constexpr size_t kMostTransfers = 5000;  // A printer that never gives what a download waits for has its time.
+constexpr size_t kMostTransfers = 5000;  // Limits downloads that wait for an answer the printer never sends.
 
-// What is left of the input.
+// The unread part of the input.
 class Input {
  public:
   Input(const uint8_t* data, size_t size) : data_(data), size_(size) {}
@@ -58,14 +57,14 @@ class Input {
   size_t size_;
 };
 
-// Whether a firmware image adds up: others wait for setCancel.
+// Whether the segments add up to the file: the download of other images does not end before setCancel.
 bool EndsByItself(const std::string& image) {
   constexpr size_t kHeader = 76;
   const size_t body = image.size() > 4 ? static_cast<uint8_t>(image[4]) : 0;
   return image.size() < kHeader || (kHeader + body <= image.size() && image.size() < kHeader + body + kHeader);
 }
 
-// A host that the input drives, with its printers.
+// A host controlled by the input, and its printers.
 class Host {
  public:
   explicit Host(Input* input) : input_(input) {
@@ -114,7 +113,7 @@ class Host {
   void StepOfJobs();
   void Download();
 
-  // Hosts copy records; both then lead to one port, which either may close.
+  // Hosts may copy a handle. Both then refer to one port, and either may close it.
   static void Copy(const VexoPrinterHandle& from, VexoPrinterHandle* to) {
     if (&from != to) {
       to->magic = VEXO_PRINTER_MAGIC;
@@ -123,7 +122,7 @@ class Host {
     }
   }
 
-  // For as long as that takes, the other monitor's reader is awake, too. It hears nothing.
+  // The other monitor's reader runs meanwhile, too, but receives nothing.
   void Destroy(CVEXOPrinterReadHelper** monitor) {
     if (*monitor != nullptr && deliveries_ == 0) {
       quiet_ = true;
@@ -142,7 +141,7 @@ class Host {
     Require(held_->Await(static_cast<size_t>(readers)));
   }
 
-  // The printer takes what it gets, and answers what the input says, or what a printer would.
+  // The printer accepts all data. Its answer comes from the input or from the printer model.
   int32_t Write(const uint8_t* bytes, uint32_t length) {
     if (quiet_) {
       return VEXO_OK;
@@ -175,7 +174,7 @@ class Host {
       }
       case 2: {
         printer_.Read(&printer_, buffer, 0, room, &number_);
-        return number_ + input_->Byte();  // As USB ports count a longer packet.
+        return number_ + input_->Byte();  // Counts more than was read, as USB ports do with longer packets.
       }
       default:
         printer_.Read(&printer_, buffer, 0, std::min<uint32_t>(room, 1U + input_->Byte() % 255), &number_);
@@ -188,7 +187,7 @@ class Host {
     current->Event();
   }
 
-  // A callback that does what hosts do in callbacks.
+  // A callback, which may call exports or throw.
   void Event() {
     if (quiet_) {
       return;
@@ -199,7 +198,7 @@ class Host {
     }
     --deliveries_;
     if (Chance(5)) {
-      throw std::runtime_error("a callback's own trouble");
+      throw std::runtime_error("error in a callback");
     }
   }
 
@@ -341,7 +340,7 @@ void Host::Download() {
   };
   std::string content = input_->Text(200);
   if (content.size() >= 8) {
-    content[5] = content[6] = content[7] = '\0';  // Of a firmware image, the length of the body.
+    content[5] = content[6] = content[7] = '\0';  // The body length in a firmware image.
   }
   std::FILE* const file = std::fopen(kFile.c_str(), "wb");
   Require(file != nullptr && std::fwrite(content.data(), 1, content.size(), file) == content.size());
@@ -393,7 +392,7 @@ void Host::Step() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool quiet = std::freopen("/dev/null", "w", stdout) != nullptr;  // The accounts of the downloads.
+  static const bool quiet = std::freopen("/dev/null", "w", stdout) != nullptr;  // Hides the downloads' traces.
   Require(quiet);
   Input input(data, size);
   {

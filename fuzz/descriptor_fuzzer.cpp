@@ -1,5 +1,5 @@
-// Whatever a caller names a port with: the conversion stays within its buffers, and what it accepts is a device URI of
-// a known kind, unless its fields leave the URI without a device, with an empty end or with too many parameters.
+// Converts any descriptor. The conversion must stay within its buffers, and its result must be a device URI of a known
+// kind, unless the fields give it no device, an empty end or too many parameters.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -18,7 +18,7 @@ bool IsRefusedByTheParser(const std::string& uri) {
   return std::strchr("=?/", uri.back()) != nullptr || parameters > vexo::kMaxUriParameters;
 }
 
-// The way of an accepted descriptor through the factory: parsed, given a kind, written back for the driver.
+// The steps of the port factory for an accepted descriptor: parse, select the kind, format for the driver.
 void RequireUsable(const std::string& text) {
   vexo::DeviceUri uri;
   const int32_t parsed = vexo::ParseDeviceUri(&uri, text.c_str());
@@ -36,7 +36,7 @@ void RequireUsable(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string descriptor(reinterpret_cast<const char*>(data), size);
-  // Exactly as large as it must be, so that no byte beyond its end is touched unnoticed.
+  // Exact size, so that the sanitizer detects any access beyond the end.
   const auto copy = std::make_unique<char[]>(size + 1);
   std::memcpy(copy.get(), descriptor.c_str(), size + 1);
 

@@ -1,5 +1,5 @@
-// What the parser accepts, the formatter writes back the same, but for an ignored tail; and that reads as the same URI
-// again, unless only the tail kept its end from being empty.
+// Formatting a parsed URI must give the same text without the ignored tail. Parsing that text must give the same URI
+// again, unless it now ends in an empty value.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -20,7 +20,7 @@ void RequireSame(const vexo::DeviceUri& left, const vexo::DeviceUri& right) {
   }
 }
 
-// What follows the formatted part begins with a parameter that has no "=".
+// The ignored tail must begin with a parameter without "=".
 void RequireIgnorable(const std::string& tail) {
   if (!tail.empty()) {
     Require(tail[0] == '?' || tail[0] == '+');

@@ -1,5 +1,5 @@
-// Whatever a file holds: its packages and blocks are, byte for byte, what a slow builder that follows the layouts
-// makes, and no answer to a package is confirmed but the one.
+// For any file content, packages and blocks must equal those of a simple reference builder, and only the correct answer
+// may confirm a package.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -15,7 +15,7 @@ namespace {
 
 using vexo::Bytes;
 
-// Input bytes, one after the other; zeros when there are none left.
+// Input bytes in order, then zeros.
 class Input {
  public:
   Input(const uint8_t* data, size_t size) : left_(data, data + size) {}
@@ -38,7 +38,7 @@ class Input {
   Bytes left_;
 };
 
-uint32_t SlowSum(const Bytes& bytes, size_t count) {
+uint32_t ReferenceSum(const Bytes& bytes, size_t count) {
   uint32_t sum = 0;
   for (size_t i = 0; i < count; ++i) {
     sum = (sum + bytes[i]) % 65536;
@@ -52,8 +52,8 @@ void AppendNumber(Bytes* bytes, uint32_t number, int size) {
   }
 }
 
-// The package for `file` after a package with the data area `before`.
-Bytes SlowPackage(uint32_t index, const Bytes& file, Bytes before, vexo::Filler filler) {
+// Reference package for `file`, following a package with the data area `before`.
+Bytes ReferencePackage(uint32_t index, const Bytes& file, Bytes before, vexo::Filler filler) {
   const size_t cleared = filler == vexo::Filler::kZeros ? before.size() : std::min<size_t>(2, before.size());
   std::fill_n(before.begin(), cleared, uint8_t{0});
   std::copy(file.begin(), file.end(), before.begin());
@@ -62,7 +62,7 @@ Bytes SlowPackage(uint32_t index, const Bytes& file, Bytes before, vexo::Filler 
   AppendNumber(&package, index, 4);
   AppendNumber(&package, static_cast<uint32_t>(file.size()), 2);
   vexo::Append(&package, before);
-  AppendNumber(&package, SlowSum(package, package.size()), 2);
+  AppendNumber(&package, ReferenceSum(package, package.size()), 2);
   return package;
 }
 
@@ -77,13 +77,13 @@ void CheckPackages(Input input) {
     const Bytes part(file.begin() + static_cast<ptrdiff_t>(at),
                      file.begin() + static_cast<ptrdiff_t>(std::min(file.size(), at + data_size)));
     vexo::FillPackage(&package, index, part.data(), part.size(), filler);
-    Require(package == SlowPackage(index, part, area, filler));
+    Require(package == ReferencePackage(index, part, area, filler));
     area.assign(package.begin() + vexo::kPackageDataOffset, package.end() - 2);
 
-    // The answer itself, and with one byte of it changed by the file.
+    // The correct answer, then with one byte changed.
     Bytes answer(package.begin(), package.begin() + 8);
     AppendNumber(&answer, 0, 2);
-    AppendNumber(&answer, SlowSum(answer, 8), 2);
+    AppendNumber(&answer, ReferenceSum(answer, 8), 2);
     const bool confirmable = answer[10] != 0 || answer[11] != 0;
     const bool confirmed = vexo::CheckAnswer(package, answer.data()) == vexo::PackageAnswer::kConfirmed;
     Require(confirmed == confirmable);
@@ -92,8 +92,8 @@ void CheckPackages(Input input) {
   }
 }
 
-// Bit by bit over the data and 16 zero bits more.
-uint32_t SlowChecksum(const Bytes& data) {
+// Bit by bit, over the data and 16 further zero bits.
+uint32_t ReferenceChecksum(const Bytes& data) {
   uint32_t crc = 0;
   for (size_t bit = 0; bit < (data.size() + 2) * 8; ++bit) {
     const uint32_t next = bit / 8 < data.size() ? data[bit / 8] >> (7 - bit % 8) & 1U : 0U;
@@ -103,10 +103,10 @@ uint32_t SlowChecksum(const Bytes& data) {
   return crc;
 }
 
-Bytes SlowBlock(uint8_t mark, uint32_t sequence, const Bytes& data) {
+Bytes ReferenceBlock(uint8_t mark, uint32_t sequence, const Bytes& data) {
   Bytes block = {mark, static_cast<uint8_t>(sequence % 256), static_cast<uint8_t>(255 - sequence % 256)};
   vexo::Append(&block, data);
-  AppendNumber(&block, SlowChecksum(data), 2);
+  AppendNumber(&block, ReferenceChecksum(data), 2);
   return block;
 }
 
@@ -120,7 +120,7 @@ void CheckBlocks(Input input) {
   const std::string digits = std::to_string(size);
   std::string text = name.substr(0, 126 - digits.size()) + '\0' + digits;
   text.resize(128);
-  Require(Bytes(header.begin(), header.end()) == SlowBlock(1, 0, {text.begin(), text.end()}));
+  Require(Bytes(header.begin(), header.end()) == ReferenceBlock(1, 0, {text.begin(), text.end()}));
 
   vexo::YModemDataBlock block = {};
   Bytes area(1024);
@@ -130,7 +130,7 @@ void CheckBlocks(Input input) {
     vexo::FillYModemDataBlock(&block, block_index, content.data() + at, count);
     std::fill(area.begin(), count == 0 ? area.end() : area.begin(), uint8_t{0});
     std::copy_n(content.begin() + static_cast<ptrdiff_t>(at), count, area.begin());
-    Require(Bytes(block.begin(), block.end()) == SlowBlock(2, block_index + 1, area));
+    Require(Bytes(block.begin(), block.end()) == ReferenceBlock(2, block_index + 1, area));
   }
 }
 

@@ -1,4 +1,4 @@
-// The instance part is what splitting the whole path at every "#" gives as its third piece, in capitals.
+// The instance must equal the third part of the path split at "#", in upper case.
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -27,7 +27,7 @@ std::vector<std::string> Split(const std::string& path) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string path(reinterpret_cast<const char*>(data), size);
-  // Exactly as large as it must be, so that no byte beyond its end is touched unnoticed.
+  // Exact size, so that the sanitizer detects any access beyond the end.
   const auto copy = std::make_unique<char[]>(size);
   path.copy(copy.get(), size);
   const std::vector<std::string> parts = Split(path);

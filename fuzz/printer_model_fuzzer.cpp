@@ -1,5 +1,5 @@
-// Whatever a host sends, the virtual printer accounts for each byte once, holds back little, understands the same
-// however the bytes are cut into pieces, reports each job's start and end in order, and still answers afterwards.
+// For any data from a host, the virtual printer must process each byte once, buffer only a limited amount, react the
+// same however the bytes are fragmented, report job starts and ends in order, and still answer afterwards.
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
@@ -29,11 +29,11 @@ constexpr int kHost = 1;
 constexpr int kWatcher = 2;
 constexpr milliseconds kLongEnough{24 * 3600 * 1000};
 
-// What crossed the wires in one run. Print data is reported piece by piece; joined, it no longer depends on the pieces.
+// The bytes exchanged in one run. Print data events are joined, so that they do not depend on the fragmentation.
 struct Record {
   std::vector<std::pair<Bytes, std::string>> received;
   std::vector<std::pair<Bytes, std::string>> sent;  // To the host.
-  std::vector<std::string> watched;                 // By another one.
+  std::vector<std::string> watched;                 // To a second host.
 
   void Append(const PrinterModel::Events& events) {
     for (const WireEvent& event : events) {
@@ -72,8 +72,8 @@ std::size_t PieceSize(Pieces pieces, std::uint8_t next, std::size_t left) {
   return std::min<std::size_t>(left, 1 + next % 32);
 }
 
-// Lets everything fall due that still can.
-void PassTheDay(PrinterModel& model, Time& now, Record& record) {
+// Advances the time until nothing is pending.
+void RunUntilIdle(PrinterModel& model, Time& now, Record& record) {
   now += kLongEnough;
   record.Append(model.Advance(now));
   Require(!model.NextDeadline());
@@ -87,7 +87,7 @@ struct Run {
     model.Connect(kHost);
   }
 
-  // A pause stands before each piece.
+  // Waits for `pause` before each piece.
   void Feed(const std::uint8_t* data, std::size_t size, Pieces pieces, milliseconds pause) {
     for (std::size_t offset = 0; offset < size;) {
       const std::size_t piece = PieceSize(pieces, data[offset], size - offset);
@@ -101,7 +101,7 @@ struct Run {
 
   void Finish() {
     record.Append(model.Disconnect(kHost, now));
-    PassTheDay(model, now, record);
+    RunUntilIdle(model, now, record);
   }
 
   PrinterModel model;
@@ -117,7 +117,7 @@ void RequireAllBytes(const Record& record, const std::uint8_t* data, std::size_t
   Require(received == Bytes(data, data + size));
 }
 
-// A job ends before the next one starts.
+// Each job must end before the next one starts.
 void RequireJobsInOrder(const Record& record) {
   std::string printing;
   for (const std::string& text : record.watched) {
@@ -130,7 +130,7 @@ void RequireJobsInOrder(const Record& record) {
   Require(printing.empty());
 }
 
-// After as much noise as can complete any command, the printer listens again.
+// After enough noise to complete any command, the printer must answer again.
 void RequireAnswersAfter(const std::uint8_t* data, std::size_t size) {
   constexpr std::string_view kGetWidth("\x1B\x1C& V1 getkey\r\n\x01\xCC\x00\x02", 19);
   Bytes stream(data, data + size);
@@ -143,7 +143,7 @@ void RequireAnswersAfter(const std::uint8_t* data, std::size_t size) {
           Bytes{static_cast<std::uint8_t>(width & 0xFF), static_cast<std::uint8_t>(width >> 8)});
 }
 
-// The rules for commands and print data do not hold for bytes that are part of a download.
+// The rules for commands and print data do not apply to downloads.
 bool MayDownload(std::string_view input) {
   constexpr std::string_view kSwitches[] = {virtual_printer::kFileModeSwitch, virtual_printer::kLoaderModeSwitch,
                                             "font_download_quick", "dfu", "reset_printer"};
@@ -151,7 +151,7 @@ bool MayDownload(std::string_view input) {
                      [&](std::string_view bytes) { return input.find(bytes) != std::string_view::npos; });
 }
 
-// A host that downloads: it comes back whenever the printer drops it.
+// A host that downloads and reconnects whenever the printer drops the connection.
 struct DownloadRun {
   explicit DownloadRun(PrinterMode mode) : model(SetupFor(mode)) { model.Connect(kHost); }
 
@@ -161,7 +161,7 @@ struct DownloadRun {
     return setup;
   }
 
-  // What a printer has dropped with a connection depends on the pieces; until then, nothing does.
+  // The bytes lost with a dropped connection depend on the fragmentation; nothing before does.
   void Feed(const std::uint8_t* data, std::size_t size, Pieces pieces, bool until_dropped) {
     for (std::size_t offset = 0; offset < size && !(until_dropped && dropped);) {
       const std::size_t piece = PieceSize(pieces, data[offset], size - offset);
@@ -171,7 +171,7 @@ struct DownloadRun {
       offset += piece;
     }
     record.Append(model.Disconnect(kHost, now));
-    PassTheDay(model, now, record);
+    RunUntilIdle(model, now, record);
     CarryOutSideEffects();
     std::size_t completed = 0;
     for (const Bytes& download : downloads) {
@@ -203,7 +203,7 @@ void CheckDownloads(const std::uint8_t* data, std::size_t size, PrinterMode mode
   DownloadRun persistent(mode);
   persistent.Feed(data, size, Pieces::kByTheData, /*until_dropped=*/false);
 
-  // The size of a font's packages is learned from where pieces end, if need be.
+  // The printer may infer a font's package size from the end of a piece.
   const std::string_view input(reinterpret_cast<const char*>(data), size);
   if (input.find("font_download_quick") == std::string_view::npos) {
     DownloadRun whole(mode);
@@ -243,7 +243,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Require(other.model.State().print_data_bytes == whole.model.State().print_data_bytes);
   }
 
-  // Pauses cut jobs elsewhere, but lose nothing.
+  // Pauses split jobs differently, but must lose no data.
   for (const int pause : {90, 700}) {
     Run paused;
     paused.Feed(data, size, Pieces::kByTheData, milliseconds(pause));

@@ -1,5 +1,5 @@
-// Whatever arrives as a reply: the analysis accounts for each byte or refuses it, texts are decoded or refused, and
-// nothing but the two exceptions that callers know comes out.
+// For any reply, the analysis must account for each byte or refuse the reply, decode or refuse texts, and throw only
+// the two exceptions that callers expect.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -16,13 +16,13 @@ namespace {
 
 constexpr size_t kPayloadOffset = 18;
 
-// Final, because the class it is has virtual operations but no virtual destructor.
+// Final, because its base class has virtual functions but no virtual destructor.
 class Reply final : public vexo::CAnalysisCmdBase {
  public:
   using CAnalysisCmdBase::CAnalysisCmdBase;
 };
 
-// Without a value: thrown.
+// No value if the analysis throws.
 std::optional<Reply> Analyse(const std::string& raw) {
   try {
     return Reply(raw);
@@ -61,7 +61,7 @@ void RequireAccounted(const std::string& raw) {
   }
 }
 
-// Escapes are cut off exactly when one begins in the last two characters.
+// An escape is incomplete exactly if it begins in the last two characters.
 void RequireDecoded(const std::string& text) {
   std::string expected;
   bool cut_off = false;
@@ -77,7 +77,7 @@ void RequireDecoded(const std::string& text) {
   Require(cut_off || *decoded == expected);
 }
 
-// Each text is one that the analysis finds behind some frame start.
+// The texts must be those that the analysis finds after each frame start.
 void RequireCollected(const std::string& heard) {
   const std::string texts = vexo::CollectReplyValues(vexo::Bytes(heard.begin(), heard.end()));
   std::string expected;

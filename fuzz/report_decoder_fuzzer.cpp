@@ -1,5 +1,5 @@
-// Whatever a printer sends, each decoder makes of it what a slow and obvious one makes, moves on, stays within the
-// bytes it was given, and finds the same however they are cut into pieces, as far as frames are whole.
+// For any stream, each decoder must give the same result as a simple reference decoder, make progress, stay within its
+// input, and find the same complete frames however the stream is fragmented.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -20,23 +20,23 @@ constexpr char kHeader[] = "\x1b\x1c& V1 report";
 constexpr size_t kHeaderSize = 13;
 constexpr size_t kPayloadOffset = 17;
 
-// Is event, type, length, task, value, payload, tracking reset.
+// Event or not, type, length, task, value, payload, tracking reset.
 using Report = std::tuple<bool, uint32_t, uint32_t, int32_t, uint32_t, std::string, bool>;
 
 struct Outcome {
   std::vector<Report> reports;
   std::string rest;
-  bool early = false;  // A frame was taken whose last bytes are missing.
+  bool early = false;  // A frame was decoded before its last bytes arrived.
 };
 
 bool operator==(const Outcome& left, const Outcome& right) {
   return left.reports == right.reports && left.rest == right.rest;
 }
 
-// One byte at a time off the front of a string.
-class ObviousDecoder {
+// Reference decoder that removes one byte at a time from the front of a string.
+class ReferenceDecoder {
  public:
-  ObviousDecoder(std::string bytes, ProtocolFamily family) : bytes_(std::move(bytes)), family_(family) {}
+  ReferenceDecoder(std::string bytes, ProtocolFamily family) : bytes_(std::move(bytes)), family_(family) {}
 
   Outcome Run() {
     while (family_ == ProtocolFamily::kV1 ? bytes_.size() > kHeaderSize : bytes_.size() >= 3) {
@@ -49,7 +49,7 @@ class ObviousDecoder {
           break;
         }
       } else if (family_ == ProtocolFamily::kGsParenH && std::string(kHeader).rfind(bytes_, 0) == 0) {
-        break;  // May become a header.
+        break;  // A header may follow.
       } else {
         bytes_.erase(0, 1);
       }
@@ -111,7 +111,7 @@ class ObviousDecoder {
   Outcome outcome_;
 };
 
-// The product's decoder, fed as a monitor feeds it.
+// The library's decoder, called as by a monitor.
 Outcome Decode(const std::string& bytes, ProtocolFamily family, const std::vector<size_t>& pieces) {
   Outcome outcome;
   size_t done = 0;
@@ -119,7 +119,7 @@ Outcome Decode(const std::string& bytes, ProtocolFamily family, const std::vecto
     outcome.rest += bytes.substr(done, piece);
     done += piece;
     for (;;) {
-      // Exactly as large as it must be, so that no byte beyond its end is touched unnoticed.
+      // Exact size, so that the sanitizer detects any access beyond the end.
       const size_t size = outcome.rest.size();
       const auto copy = std::make_unique<uint8_t[]>(size);
       std::copy(outcome.rest.begin(), outcome.rest.end(), copy.get());
@@ -150,7 +150,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   }
   for (const ProtocolFamily family : {ProtocolFamily::kV1, ProtocolFamily::kGsParenH}) {
     const Outcome whole = Decode(bytes, family, {size});
-    Require(whole == ObviousDecoder(bytes, family).Run());
+    Require(whole == ReferenceDecoder(bytes, family).Run());
     for (const auto& cut : {pieces, std::vector<size_t>(size, 1)}) {
       const Outcome cut_up = Decode(bytes, family, cut);
       Require(whole.early || cut_up.early || whole == cut_up);

@@ -1,4 +1,4 @@
-// What must hold for every input.
+// Assertion for fuzz targets.
 #ifndef VEXO_FUZZ_REQUIRE_H_
 #define VEXO_FUZZ_REQUIRE_H_
 

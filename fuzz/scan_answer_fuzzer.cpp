@@ -1,6 +1,6 @@
-// Whatever printers answer: the list says what a plain reading of the answers says, and stays within its bounds.
+// For any answers of printers, the list must equal that of a simple reference parser and stay within its bounds.
 //
-// Input: how many bytes at its end are a reply, then answers, separated by zeros.
+// Input: the length of the TCP reply at its end, then answers separated by zeros.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -54,7 +54,7 @@ std::string ExpectedRecord(Fields fields, const vexo::Bytes& reply) {
 }
 
 void RequireCopyStaysInside(const std::string& text, int32_t size) {
-  // Exactly as large as hosts must make it.
+  // The exact size that hosts must provide.
   const std::unique_ptr<char[]> buffer(new char[static_cast<size_t>(size) + 1]);
   const int32_t result = vexo::CopyScanText(text, buffer.get(), size);
   const bool fits = text.size() <= static_cast<size_t>(size);

@@ -1,5 +1,5 @@
-// Whatever a configuration file holds, the tables stay within their bounds, hold what a slow and obvious reader finds
-// in the same text, and a stored text reads back as it was.
+// For any configuration file, the tables must stay within their bounds and equal those of a simple reference parser,
+// and an encoded text must decode to itself.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -31,7 +31,7 @@ Strings Split(const std::string& text, const std::string& separators) {
   return parts;
 }
 
-// The lines of each section, without the section lines; those before the first one are dropped.
+// The lines of each section without its heading. Lines before the first heading are dropped.
 std::vector<Strings> Sections(const std::string& text) {
   std::vector<Strings> sections;
   size_t kept = 0;
@@ -60,8 +60,8 @@ std::string FirstWord(const std::string& text) {
 
 std::string View(const vexo::ConfigText& text) { return std::string(vexo::ViewText(text)); }
 
-// 0 where the digits do not fit; the product's own blanks are also those of the C library.
-int32_t ObviousNumber(const std::string& field) {
+// 0 if the number is out of range. The library skips the same blanks as the C library.
+int32_t ReferenceNumber(const std::string& field) {
   const int64_t number = std::strtoll(field.c_str(), nullptr, 10);
   return number >= INT32_MIN && number <= INT32_MAX ? static_cast<int32_t>(number) : 0;
 }
@@ -85,10 +85,10 @@ void RequireModels(const Strings& lines, const std::vector<vexo::ModelRecord>& m
   for (size_t i = 0; i < models.size(); ++i) {
     Strings fields = Split(lines[i], ",");
     fields.resize(std::max<size_t>(fields.size(), 10));
-    Require(models[i].number == ObviousNumber(fields[0]));
+    Require(models[i].number == ReferenceNumber(fields[0]));
     for (size_t field = 0; field < 4; ++field) {
       Require(View(models[i].texts[field]) == Fitting(fields[1 + field]));
-      Require(models[i].values[field] == ObviousNumber(fields[5 + field]));
+      Require(models[i].values[field] == ReferenceNumber(fields[5 + field]));
     }
   }
 }
@@ -106,7 +106,7 @@ void RequireFirstMatches(const vexo::SdkConfig& config) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
-  // Exactly as large as it must be, so that no byte beyond its end is touched unnoticed.
+  // Exact size, so that the sanitizer detects any access beyond the end.
   const auto copy = std::make_unique<char[]>(size);
   std::copy(text.begin(), text.end(), copy.get());
   vexo::SdkConfig config;

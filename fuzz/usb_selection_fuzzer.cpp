@@ -1,8 +1,8 @@
-// Whatever the system says of a device: the maker's devices are those that a search for each identifier of the list
-// finds, a device is taken when a plain reading of the rules takes it, lists stay within their buffers, and URIs do not
-// grow from one opening to the next.
+// For any device properties: a device is the maker's if a search for each listed identifier finds it, devices are
+// selected as by a simple reference implementation, lists stay within their buffers, and URIs do not grow when a port
+// is reopened.
 //
-// Input: a size for the list, then lines: six texts of a device, five of a URI.
+// Input: the size of the list, then lines: six properties of a device and five fields of a URI.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -105,7 +105,7 @@ void RequireSelection(const Lines& lines, const vexo::UsbDevice& device) {
 }
 
 void RequireListStaysInside(const vexo::UsbDevice& device, size_t size) {
-  const auto buffer = std::make_unique<char[]>(size);  // Exactly as large as the list may be.
+  const auto buffer = std::make_unique<char[]>(size);  // The exact size of the list.
   vexo::UsbDescriptionList list(buffer.get(), size);
   for (int i = 0; i < 3; ++i) {
     list.Add(device);

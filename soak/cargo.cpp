@@ -6,19 +6,15 @@
 #include <random>
 #include <system_error>
 
+#include "support/report_frames.h"
+
 namespace vexo::test {
 namespace {
 
 namespace fs = std::filesystem;
 
 constexpr size_t kHeaderSize = 76;
-constexpr size_t kNumberOffset = 8;  // In the first header, which leaves the place unused.
-
-void Put(std::string* bytes, size_t offset, uint32_t value) {
-  for (int i = 0; i < 4; ++i) {
-    (*bytes)[offset + i] = static_cast<char>(value >> (8 * i));
-  }
-}
+constexpr size_t kNumberOffset = 8;  // An unused field of the first header.
 
 uint32_t Get(const std::string& bytes, size_t offset) {
   uint32_t value = 0;
@@ -30,7 +26,7 @@ uint32_t Get(const std::string& bytes, size_t offset) {
 
 std::string MakeSegment(std::minstd_rand* random, uint32_t length) {
   std::string segment = "HEAD" + std::string(kHeaderSize - 4 + length, '\0');
-  Put(&segment, 4, length);
+  segment.replace(4, 4, LittleEndian(length, 4));
   for (size_t i = kHeaderSize; i < segment.size(); ++i) {
     segment[i] = static_cast<char>((*random)() >> 8);
   }
@@ -39,21 +35,20 @@ std::string MakeSegment(std::minstd_rand* random, uint32_t length) {
 
 }  // namespace
 
-std::string MakeCargo(uint32_t number) {
+std::string MakeImage(uint32_t number) {
   std::minstd_rand random(number + 1);
   std::string image = MakeSegment(&random, 1 + random() % 6000);
   image += MakeSegment(&random, 1 + random() % 1000);
-  Put(&image, kNumberOffset, number);
-  return image;
+  return image.replace(kNumberOffset, 4, LittleEndian(number, 4));
 }
 
 void WriteFile(const fs::path& path, const std::string& bytes) { std::ofstream(path, std::ios::binary) << bytes; }
 
-std::vector<uint32_t> UnloadCargo(const fs::path& folder) {
+std::vector<uint32_t> TakeStoredImages(const fs::path& folder) {
   std::vector<uint32_t> numbers;
   std::vector<fs::path> files;
   for (const fs::directory_entry& entry : fs::directory_iterator(folder)) {
-    if (entry.path().extension() == ".bin") {  // A printer writes into a file of another name first.
+    if (entry.path().extension() == ".bin") {  // The printer renames a file to .bin when it is complete.
       files.push_back(entry.path());
     }
   }
@@ -62,7 +57,7 @@ std::vector<uint32_t> UnloadCargo(const fs::path& folder) {
     const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
     stream.close();
     const uint32_t number = bytes.size() < kHeaderSize ? UINT32_MAX : Get(bytes, kNumberOffset);
-    numbers.push_back(number != UINT32_MAX && bytes == MakeCargo(number) ? number : UINT32_MAX);
+    numbers.push_back(number != UINT32_MAX && bytes == MakeImage(number) ? number : UINT32_MAX);
     std::error_code ignored;
     fs::remove(file, ignored);
   }

@@ -1,5 +1,5 @@
-// What a soak downloads: images of firmware, which serve as files and fonts, too. Each can be told from all others and
-// from one that was altered on its way.
+// Content for the downloads of the soak test: firmware images, also used as files and fonts. Each one is unique, so
+// that mix-ups and altered bytes are detected.
 #ifndef VEXO_SOAK_CARGO_H_
 #define VEXO_SOAK_CARGO_H_
 
@@ -10,13 +10,13 @@
 
 namespace vexo::test {
 
-// A valid image of two segments that depends on the number alone.
-std::string MakeCargo(uint32_t number);
+// A valid image of two segments, determined by the number.
+std::string MakeImage(uint32_t number);
 
 void WriteFile(const std::filesystem::path& path, const std::string& bytes);
 
-// The numbers of the images that a printer has stored in the folder, which is empty then; UINT32_MAX for what is none.
-std::vector<uint32_t> UnloadCargo(const std::filesystem::path& folder);
+// Reads and deletes the images that a printer stored in the folder. Returns their numbers, UINT32_MAX for altered ones.
+std::vector<uint32_t> TakeStoredImages(const std::filesystem::path& folder);
 
 }  // namespace vexo::test
 

@@ -1,4 +1,4 @@
-// What the work of a soak came to: how often each operation was done, and how often it failed with which code.
+// Results of the soak test: the number of calls of each operation, by result code.
 #ifndef VEXO_SOAK_RESULTS_H_
 #define VEXO_SOAK_RESULTS_H_
 
@@ -13,13 +13,13 @@ namespace vexo::test {
 
 using Codes = std::set<int32_t>;
 
-// To be used by any thread.
+// Thread-safe.
 class Results {
  public:
-  // Counts an operation. A code that is neither 0 nor one of the documented ones is a fault. True: it was 0.
+  // Counts a call. A code other than 0 and the documented ones is a fault. @return whether the code is 0.
   bool Count(const std::string& operation, int32_t code, const Codes& documented);
 
-  // Something that must not happen. The first ones are kept in words.
+  // Records a fault if the condition is false. Only a limited number of different faults is kept.
   void Require(bool condition, const std::string& fault);
 
   void Print(std::ostream* out);

@@ -1,14 +1,14 @@
-// soak FOLDER QUIET BUSY LOADING FAULTY SCAN_ADDRESS: uses the library in several threads at once, on printers that
-// scripts/soak.sh has started, until it reads "end". The four are port descriptors: a printer that nobody else changes,
-// one that several hosts print on, one for downloads, and one that misbehaves. The last two keep what they are sent in
-// FOLDER/loading and FOLDER/faulty. One that answers scans is at SCAN_ADDRESS; one on USB has the serial number SOAK.
+// soak FOLDER QUIET BUSY LOADING FAULTY SCAN_ADDRESS: uses the library from several threads, with printers that
+// scripts/soak.sh has started, until it reads "end". QUIET to FAULTY are port descriptors: a printer that no other host
+// changes, one that several hosts print on, one for downloads, and one that misbehaves. The last two store downloads in
+// FOLDER/loading and FOLDER/faulty. SCAN_ADDRESS is a printer that answers scans. A USB printer has the serial number
+// SOAK.
 //
-// For each other line of its input it lets the work rest and says what the process holds of the system. What the work
-// came to is its last output. All of this goes to the error output: the library tells the other one about downloads.
+// At any other input line, the program pauses the work and prints its resource usage. At the end it prints the results.
+// All this goes to the standard error output, since the library writes its download trace to the standard output.
 #include <windows.h>
 
 // After windows.h.
-#include <dbt.h>
 #include <psapi.h>
 
 #include <algorithm>
@@ -30,6 +30,7 @@
 #include <utility>
 #include <vector>
 
+#include "simulators/device_broadcast.h"
 #include "soak/cargo.h"
 #include "soak/results.h"
 #include "support/threads.h"
@@ -42,13 +43,13 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr milliseconds kPause(5);
-constexpr milliseconds kPatience(60'000);       // For printers that do what they should.
-constexpr milliseconds kAnswerPatience(5'000);  // For an answer that an event may have forestalled.
-constexpr milliseconds kImpatience(100);        // For one that need not.
+constexpr milliseconds kPatience(60'000);       // Time limit for working printers.
+constexpr milliseconds kAnswerPatience(5'000);  // For an answer, which job events may replace.
+constexpr milliseconds kImpatience(100);        // For the printer that misbehaves.
 constexpr uint32_t kFirstWidth = 576;
-constexpr int32_t kFirstForeignTask = 5000;  // Other processes number their jobs from here on.
+constexpr int32_t kFirstForeignTask = 5000;  // First task number of other processes.
 
-// What each operation may end with on a printer that misbehaves. The positive ones are the system's, about connections.
+// Results allowed for each operation on the printer that misbehaves. Positive codes are Winsock errors.
 const Codes kNone = {};
 const Codes kOpen = {VEXO_ERROR_IO_OPEN_FAILED};
 const Codes kSend = {
@@ -69,20 +70,20 @@ const Codes kCancelled = {VEXO_ERROR_DOWNLOAD_CANCELLED, VEXO_ERROR_DOWNLOAD_BAD
 
 Results g_results;
 std::atomic<bool> g_ending{false};
-std::shared_mutex g_rest;  // Shared by work that is being done.
+std::shared_mutex g_pause;  // Held shared during work; exclusively to pause it.
 
-// Does a round of the work again and again.
+// Runs the work in rounds until the end.
 void Repeat(const std::function<void(uint32_t round)>& work) {
   for (uint32_t round = 0; !g_ending; ++round) {
     {
-      const std::shared_lock<std::shared_mutex> guard(g_rest);
+      const std::shared_lock<std::shared_mutex> guard(g_pause);
       work(round);
     }
     std::this_thread::sleep_for(kPause);
   }
 }
 
-// do_it(&error) is done and counted. True: it succeeded.
+// Calls do_it(&error) and counts the result. @return whether it succeeded.
 template <typename Operation>
 bool Do(const std::string& name, const Codes& documented, Operation do_it) {
   std::error_code error;
@@ -95,7 +96,7 @@ bool Open(const std::string& name, Printer* printer, milliseconds limit, const C
   return Do(name + ": open", documented, [&](auto error) { printer->Open(error); });
 }
 
-// The width is what was set last, as long as no answer has got lost.
+// Sets print widths and checks that they are read back.
 void ChangeWidth(const std::string& name, const std::string& descriptor, milliseconds limit, bool may_fail,
                  uint32_t round) {
   Printer printer(descriptor);
@@ -107,16 +108,16 @@ void ChangeWidth(const std::string& name, const std::string& descriptor, millise
             [&](auto error) { printer.SetPrintWidth(width, error); }) &&
          Do(name + ": get width", may_fail ? kGetWidth : kNone,
             [&](auto error) { answer = printer.GetPrintWidth(error); });
-    // One that misbehaves may send reports that its last host had asked for, which are read as answers.
+    // A printer that misbehaves may still send reports to its last host's queries, which are read as answers.
     g_results.Require(!ok || may_fail || answer == width,
                       name + ": width " + std::to_string(answer) + " instead of " + std::to_string(width));
   }
 }
 
-// Events of jobs by their numbers, and whether each end follows its own start.
+// Counts job events of this process and of others, and checks that each end follows its start.
 class JobCount {
  public:
-  void Note(const JobEvent& event) {
+  void Add(const JobEvent& event) {
     const std::lock_guard<std::mutex> guard(mutex_);
     ++(event.ended ? ended_ : started_)[event.task >= kFirstForeignTask ? 1 : 0];
     g_results.Require(event.ended ? event.task == running_ : running_ == 0, "busy: job events in the wrong order");
@@ -140,7 +141,7 @@ class JobCount {
 
 std::atomic<uint64_t> g_jobs{0};
 
-// Prints jobs and awaits the start and the end of each, by a listener or by asking.
+// Prints jobs and waits for the start and the end of each, with a listener or by polling.
 void PrintJobs(const std::string& descriptor, int32_t first_task, uint32_t round) {
   Printer printer(descriptor);
   if (!Open("busy", &printer, kPatience, kNone)) {
@@ -151,13 +152,13 @@ void PrintJobs(const std::string& descriptor, int32_t first_task, uint32_t round
   SetReadTimeOut(monitor.get(), kAnswerPatience.count());
   const int32_t task = first_task + static_cast<int32_t>(round % 1000);
   std::atomic<int> events{0};
-  const auto note = [&](const JobEvent& event) {
+  const auto count_event = [&](const JobEvent& event) {
     const int place = event.ended ? 1 : 0;
     g_results.Require(event.task != task || events++ == place, "busy: wrong event of the own job");
   };
   const bool listens = round % 2 == 0;
   if (listens) {
-    monitor.SetListener(note);
+    monitor.SetListener(count_event);
   }
   if (!Do("busy: start monitoring", kNone, [&](auto error) { monitor.Start(error); })) {
     return;
@@ -166,16 +167,17 @@ void PrintJobs(const std::string& descriptor, int32_t first_task, uint32_t round
   if (Do("busy: print", kNone, [&](auto error) { printer.Write("Total 9.99\n", error); })) {
     ++g_jobs;
   }
-  // Events of jobs that arrive instead of the answer use up the attempts.
+  // There is no answer if job events arrive during all attempts.
   bool on = false;
-  const bool told = Do("busy: ask whether monitoring is on", kNoAnswer, [&](auto error) { on = monitor.IsOn(error); });
-  g_results.Require(on || !told, "busy: monitoring is off");
+  const bool answered =
+      Do("busy: ask whether monitoring is on", kNoAnswer, [&](auto error) { on = monitor.IsOn(error); });
+  g_results.Require(on || !answered, "busy: monitoring is off");
   uint32_t status = 0;
-  const bool got = Do("busy: get status", kNoAnswer, [&](auto error) { status = monitor.GetStatus(error); });
-  g_results.Require(status == 5 || !got, "busy: wrong status");
+  const bool has_status = Do("busy: get status", kNoAnswer, [&](auto error) { status = monitor.GetStatus(error); });
+  g_results.Require(status == 5 || !has_status, "busy: wrong status");
   const bool complete = Eventually([&] {
     for (auto event = listens ? std::nullopt : monitor.NextEvent(); event; event = monitor.NextEvent()) {
-      note(*event);
+      count_event(*event);
     }
     std::this_thread::sleep_for(kPause);
     return events >= 2;
@@ -184,7 +186,7 @@ void PrintJobs(const std::string& descriptor, int32_t first_task, uint32_t round
   Do("busy: stop monitoring", kNone, [&](auto error) { monitor.Stop(error); });
 }
 
-// All that a monitor can be asked, of a printer that may do anything.
+// Calls all monitor functions with the printer that misbehaves.
 void TryMonitor(const std::string& descriptor, uint32_t round) {
   Printer printer(descriptor);
   if (!Open("faulty", &printer, kImpatience, kOpen)) {
@@ -214,7 +216,7 @@ void AwaitOpen(Printer* printer) {
   } while (error && !g_ending);
 }
 
-// A loader that was left waits for the next download of its kind.
+// A loader keeps waiting after an interrupted download. Restarts the printer.
 void LeaveLoader(const std::string& descriptor) {
   Printer printer(descriptor);
   AwaitOpen(&printer);
@@ -222,12 +224,12 @@ void LeaveLoader(const std::string& descriptor) {
   printer.Write("\x1b\x1c& V1 do \"reset_printer\"\r\n", &unimportant);
 }
 
-// Sends a printer something of its own by each kind of download in turn, and looks at what the printer has stored. One
-// that misbehaves gets no firmware: a silent one would be waited for for most of an hour.
+// Downloads a different image in each round, with each kind of download in turn, and checks what the printer stored.
+// The printer that misbehaves gets no firmware: with a silent printer, that download takes most of an hour.
 void Download(const std::string& name, const std::string& descriptor, const std::filesystem::path& folder,
               bool may_fail, uint32_t round) {
   const std::string cargo = (folder / "cargo").string();
-  WriteFile(cargo, MakeCargo(round));
+  WriteFile(cargo, MakeImage(round));
   Printer printer(descriptor);
   printer.SetTimeLimit(may_fail ? kImpatience : kPatience);
   if (!may_fail) {
@@ -237,7 +239,8 @@ void Download(const std::string& name, const std::string& descriptor, const std:
   }
   const int kinds = may_fail ? 3 : 4;
   const bool firmware = round % kinds == 3;
-  const bool cancels = round % 7 == 6 && !firmware;  // A loader that is left would store the segments that it has.
+  const bool cancels =
+      round % 7 == 6 && !firmware;  // After a cancelled firmware download, the loader stores incomplete images.
   const auto progress = [cancels](int32_t percentage) {
     if (cancels && percentage > 0) {
       setCancel();
@@ -257,25 +260,25 @@ void Download(const std::string& name, const std::string& descriptor, const std:
       ok = Do(name + ": download YModem", may_fail ? kYModem + cancelled : cancelled,
               [&](auto e) { printer.DownloadYModem(cargo, descriptor.c_str(), progress, e); });
       break;
-    default:  // Its 0 does not tell that the printer took the image.
+    default:  // A result of 0 does not mean that the printer accepted the image.
       ok = Do(name + ": download firmware", documented,
               [&](auto e) { printer.DownloadFirmware(cargo, descriptor, progress, e); });
       break;
   }
-  std::vector<uint32_t> stored = UnloadCargo(folder);
+  std::vector<uint32_t> stored = TakeStoredImages(folder);
   if (ok && !may_fail) {
     Eventually([&] {
       std::this_thread::sleep_for(kPause);
-      const std::vector<uint32_t> more = UnloadCargo(folder);
+      const std::vector<uint32_t> more = TakeStoredImages(folder);
       stored.insert(stored.end(), more.begin(), more.end());
       return !stored.empty();
     });
-    g_results.Require(stored == std::vector<uint32_t>{round}, name + ": a download is not stored once");
+    g_results.Require(stored == std::vector<uint32_t>{round}, name + ": a download is not stored exactly once");
   } else if (!may_fail) {
     LeaveLoader(descriptor);
   }
   for (const uint32_t number : stored) {
-    g_results.Require(number <= round, name + ": a download is stored altered");
+    g_results.Require(number <= round, name + ": a stored download differs");
   }
 }
 
@@ -287,32 +290,14 @@ void Scan(const std::string& address) {
   }
 }
 
-// As the system does, to this process alone.
+// Simulates the system's message to this process only.
 void BroadcastArrival() {
-  constexpr char kPath[] = R"(\\?\USB#VID_1A2B&PID_0001#SOAK#{28d78fad-5a12-11d1-ae5b-0000f803a8c2})";
-  constexpr GUID kPrinter = {0x28D78FAD, 0x5A12, 0x11D1, {0xAE, 0x5B, 0x00, 0x00, 0xF8, 0x03, 0xA8, 0xC2}};
-  struct {
-    DEV_BROADCAST_DEVICEINTERFACE_A head;
-    char rest[sizeof kPath];
-  } message = {};
-  message.head.dbcc_size = sizeof message;
-  message.head.dbcc_devicetype = DBT_DEVTYP_DEVICEINTERFACE;
-  message.head.dbcc_classguid = kPrinter;
-  std::memcpy(reinterpret_cast<char*>(&message) + offsetof(DEV_BROADCAST_DEVICEINTERFACE_A, dbcc_name), kPath,
-              sizeof kPath);
-  bool told = false;
-  Eventually([&] {
-    for (HWND window = nullptr;
-         (window = FindWindowExA(nullptr, window, "USBMonitorClass", "USBMonitor")) != nullptr;) {
-      DWORD process = 0;
-      GetWindowThreadProcessId(window, &process);
-      if (process == GetCurrentProcessId()) {
-        SendMessageA(window, WM_DEVICECHANGE, DBT_DEVICEARRIVAL, reinterpret_cast<LPARAM>(&message));
-        told = true;
-      }
-    }
-    return told;
-  });
+  std::vector<HWND> windows;
+  Eventually([&] { return !(windows = simulators::MonitorWindows()).empty(); });
+  for (const HWND window : windows) {
+    simulators::Broadcast(window, DBT_DEVICEARRIVAL,
+                          R"(\\?\USB#VID_1A2B&PID_0001#SOAK#{28d78fad-5a12-11d1-ae5b-0000f803a8c2})");
+  }
 }
 
 void UseUsb() {
@@ -334,7 +319,7 @@ void UseUsb() {
   g_results.Require(arrivals == 1, "USB: an arrival is lost");
 }
 
-// Makes and opens ports of all kinds, most of which are not there.
+// Creates and opens ports of all kinds, most of which do not exist.
 void OpenPorts() {
   constexpr struct {
     const char* descriptor;
@@ -362,11 +347,11 @@ void OpenPorts() {
   }
 }
 
-// What the process holds of the system, and how much more of it than at another time may be chance.
-struct Holdings {
+// Resource usage of the process, and the increase that is tolerated.
+struct ResourceUsage {
   std::array<size_t, 4> counts;
 
-  static Holdings Now() {
+  static ResourceUsage Now() {
     PROCESS_MEMORY_COUNTERS memory = {};
     GetProcessMemoryInfo(GetCurrentProcess(), &memory, sizeof memory);
     return {{CountHandles(), CountThreads(), CountHeapBytes(), memory.PagefileUsage}};
@@ -377,10 +362,10 @@ struct Holdings {
               << " bytes on heaps, " << counts[3] << " bytes in all" << std::endl;
   }
 
-  bool Exceeds(const Holdings& earlier) const {
-    constexpr std::array<size_t, 4> kChance = {8, 4, 64 << 10, 4 << 20};
-    for (size_t i = 0; i < kChance.size(); ++i) {
-      if (counts[i] > earlier.counts[i] + kChance[i]) {
+  bool Exceeds(const ResourceUsage& earlier) const {
+    constexpr std::array<size_t, 4> kTolerance = {8, 4, 64 << 10, 4 << 20};
+    for (size_t i = 0; i < kTolerance.size(); ++i) {
+      if (counts[i] > earlier.counts[i] + kTolerance[i]) {
         return true;
       }
     }
@@ -395,7 +380,7 @@ void Run(const std::filesystem::path& folder, const std::string& quiet, const st
   watched.SetTimeLimit(kPatience);
   watched.Open();
   JobMonitor monitor(watched);
-  monitor.SetListener([&](const JobEvent& event) { jobs.Note(event); });
+  monitor.SetListener([&](const JobEvent& event) { jobs.Add(event); });
   monitor.Start();
 
   const std::function<void(uint32_t)> works[] = {
@@ -404,7 +389,7 @@ void Run(const std::filesystem::path& folder, const std::string& quiet, const st
       [&](uint32_t round) { PrintJobs(busy, 2001, round); },
       [&](uint32_t round) { ChangeWidth("faulty", faulty, kImpatience, /*may_fail=*/true, round); },
       [&](uint32_t round) { TryMonitor(faulty, round); },
-      [&](uint32_t round) {  // One download at a time: they share what a process has once.
+      [&](uint32_t round) {  // One download at a time per process.
         Download("loading", loading, folder / "loading", /*may_fail=*/false, round);
         Download("faulty", faulty, folder / "faulty", /*may_fail=*/true, round);
       },
@@ -417,18 +402,18 @@ void Run(const std::filesystem::path& folder, const std::string& quiet, const st
     threads.emplace_back(Repeat, work);
   }
   std::cerr << "at work" << std::endl;
-  std::vector<Holdings> samples;
+  std::vector<ResourceUsage> samples;
   for (std::string name; std::getline(std::cin, name) && name != "end";) {
-    const std::unique_lock<std::shared_mutex> guard(g_rest);
-    samples.push_back(Holdings::Now());
+    const std::unique_lock<std::shared_mutex> guard(g_pause);
+    samples.push_back(ResourceUsage::Now());
     samples.back().Print(name);
   }
   g_ending = true;
   for (std::thread& thread : threads) {
     thread.join();
   }
-  g_results.Require(!samples.empty() && !samples.back().Exceeds(samples.front()), "it holds more than at first");
-  g_results.Require(Eventually([&] { return jobs.Matches(g_jobs); }), "busy: events are lost, or came twice");
+  g_results.Require(!samples.empty() && !samples.back().Exceeds(samples.front()), "resource usage has grown");
+  g_results.Require(Eventually([&] { return jobs.Matches(g_jobs); }), "busy: events are lost or duplicated");
   std::cerr << "jobs of other processes: " << jobs.foreign() << '\n';
 }
 

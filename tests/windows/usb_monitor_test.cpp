@@ -23,28 +23,16 @@ using simulators::Broadcast;
 using simulators::kDiskClass;
 using simulators::kMonitorClass;
 using simulators::kPrinterClass;
+using simulators::MonitorWindows;
 
 constexpr UINT kStopMessage = 0x402;
 constexpr char kPath[] = R"(\\?\USB#VID_1A2B&PID_0001#abc123#{28d78fad-5a12-11d1-ae5b-0000f803a8c2})";
 
 using Texts = std::vector<std::string>;
 
-// The monitor windows of this process.
-std::vector<HWND> Windows() {
-  std::vector<HWND> windows;
-  for (HWND window = nullptr; (window = FindWindowExA(nullptr, window, kMonitorClass, "USBMonitor")) != nullptr;) {
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    if (process == GetCurrentProcessId()) {
-      windows.push_back(window);
-    }
-  }
-  return windows;
-}
-
 HWND AwaitWindow() {
-  EXPECT_TRUE(Eventually([] { return !Windows().empty(); }));
-  return Windows().front();
+  EXPECT_TRUE(Eventually([] { return !MonitorWindows().empty(); }));
+  return MonitorWindows().front();
 }
 
 // A callback's context: the events received and an additional action. Broadcast returns after the callbacks, so no lock
@@ -70,7 +58,7 @@ class UsbMonitor : public ::testing::Test {
  protected:
   ~UsbMonitor() override {
     EXPECT_EQ(StopUSBMonitorThread(), 0);
-    EXPECT_TRUE(Windows().empty());
+    EXPECT_TRUE(MonitorWindows().empty());
     WNDCLASSEXA description = {};
     EXPECT_EQ(GetClassInfoExA(GetModuleHandleA(nullptr), kMonitorClass, &description), 0)
         << "a window class may outlive its code";
@@ -92,7 +80,7 @@ TEST_F(UsbMonitor, CallbacksReceiveArrivalsAndRemovals) {
       << "the second context replaces the first";
   EXPECT_EQ(AddUSBMonitor(nullptr, &listener_), 0);
   EXPECT_EQ(Start(), window) << "already running";
-  EXPECT_EQ(Windows().size(), 1U);
+  EXPECT_EQ(MonitorWindows().size(), 1U);
   Broadcast(window, DBT_DEVICEARRIVAL, kPath);
   Broadcast(window, DBT_DEVICEREMOVECOMPLETE, R"(\\?\USB#VID_1A2B&PID_0001#7&1a2b&0&1#{28d78fad})");
   EXPECT_EQ(listener_.Take(), (Texts{"ABC123 0", "7&1A2B&0&1 1"}));
@@ -182,16 +170,16 @@ TEST_F(UsbMonitor, StopInACallbackThrowsAndEndsTheThread) {
   AddUSBMonitor(Listen, &listener_);
   Broadcast(Start(), DBT_DEVICEARRIVAL, kPath);
   EXPECT_EQ(error, EDEADLK);
-  EXPECT_TRUE(Eventually([] { return Windows().empty(); }));
+  EXPECT_TRUE(Eventually([] { return MonitorWindows().empty(); }));
   EXPECT_EQ(StartUSBMonitorThread(), 0);
-  EXPECT_TRUE(Windows().empty()) << "must be stopped first";
+  EXPECT_TRUE(MonitorWindows().empty()) << "must be stopped first";
 }
 
 // The stop must not hang after another program has closed the window or ended the message loop.
 TEST_F(UsbMonitor, StopsAfterItsWindowHasBeenClosed) {
   for (const UINT ending : {UINT{WM_CLOSE}, UINT{WM_QUIT}, kStopMessage}) {
     PostMessageA(Start(), ending, 0, 0);
-    EXPECT_TRUE(Eventually([] { return Windows().empty(); }));
+    EXPECT_TRUE(Eventually([] { return MonitorWindows().empty(); }));
     EXPECT_EQ(StopUSBMonitorThread(), 0);
   }
 }
@@ -210,7 +198,7 @@ TEST_F(UsbMonitor, RepeatedStartAndStopLeakNothing) {
       ASSERT_NE(AwaitWindow(), nullptr);
     }
     ASSERT_EQ(StopUSBMonitorThread(), 0);
-    ASSERT_TRUE(Windows().empty());
+    ASSERT_TRUE(MonitorWindows().empty());
   }
   // The number of the system's own notification threads varies. A leak would be at least one in each round.
   EXPECT_LT(CountHandles(), handles + kRounds / 2);
@@ -222,7 +210,7 @@ TEST_F(UsbMonitor, ExportsOnSeveralThreads) {
     for (int round = 0; round < 200; ++round) {
       StartUSBMonitorThread();
       AddUSBMonitor(Listen, &listener_);
-      for (const HWND window : Windows()) {
+      for (const HWND window : MonitorWindows()) {
         Broadcast(window, DBT_DEVICEARRIVAL, kPath);
       }
       thread < 2 ? StopUSBMonitorThread() : RemoveUSBMonitor(Listen);

@@ -1,4 +1,4 @@
-// What the system sends to the windows of hot-plug monitors when a device comes or goes.
+// The message that the system sends to the windows of USB hot-plug monitors when a device arrives or is removed.
 #ifndef VEXO_TOOLS_SIMULATORS_DEVICE_BROADCAST_H_
 #define VEXO_TOOLS_SIMULATORS_DEVICE_BROADCAST_H_
 
@@ -18,7 +18,20 @@ namespace vexo::simulators {
 
 inline constexpr char kMonitorClass[] = "USBMonitorClass";
 
-// The window has dealt with it when this returns.
+// Hot-plug monitor windows of this process.
+inline std::vector<HWND> MonitorWindows() {
+  std::vector<HWND> windows;
+  for (HWND window = nullptr; (window = FindWindowExA(nullptr, window, kMonitorClass, "USBMonitor")) != nullptr;) {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    if (process == GetCurrentProcessId()) {
+      windows.push_back(window);
+    }
+  }
+  return windows;
+}
+
+// Returns when the window has processed the message.
 inline void Broadcast(HWND window, WPARAM change, const std::string& path, const GUID& interface_class = kPrinterClass,
                       DWORD type = DBT_DEVTYP_DEVICEINTERFACE) {
   constexpr size_t kNameOffset = offsetof(DEV_BROADCAST_DEVICEINTERFACE_A, dbcc_name);
