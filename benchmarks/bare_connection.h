@@ -1,5 +1,4 @@
-// The least that a host needs to talk to a network printer under a time limit: the calls to the system, and nothing
-// around them. What the library adds is measured against it.
+// The minimal system calls for talking to a network printer with time limits. Baseline for the cost of the library.
 #ifndef VEXO_BENCHMARKS_BARE_CONNECTION_H_
 #define VEXO_BENCHMARKS_BARE_CONNECTION_H_
 
@@ -20,13 +19,13 @@ class BareConnection {
   BareConnection& operator=(const BareConnection&) = delete;
   ~BareConnection() { closesocket(socket_); }
 
-  // select and send, in the pieces that the library uses. False: failed.
+  // select and send, in chunks of the library's size. @return false if it fails.
   bool Write(const std::vector<uint8_t>& bytes) const;
 
-  // select and recv, each for all that is missing, as the library does.
+  // select and recv for all missing bytes, as the library does.
   bool Read(std::vector<uint8_t>* bytes) const;
 
-  // The look with which the library finds out, before it sends, that a printer dropped the connection.
+  // The check by which the library detects a lost connection before it sends.
   bool IsAlive() const;
 
  private:

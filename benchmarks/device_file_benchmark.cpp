@@ -1,9 +1,7 @@
-// What transfers through USB and serial ports cost, compared with bare overlapped calls of the same sizes: the same
-// commands and answers, on a pipe in the place of a USB printer and on a terminal in the place of a serial line. COM5
-// and COM6 must be connected, see run_serial_tests.sh.
+// Cost of transfers over USB and serial ports, compared with plain overlapped calls of the same sizes. A pipe replaces
+// the USB printer and a terminal the serial line. COM5 and COM6 must be connected, see run_serial_tests.sh.
 #include <windows.h>
 
-#include <cstdlib>
 #include <string>
 #include <thread>
 #include <utility>
@@ -21,14 +19,7 @@ constexpr char kHostLine[] = "\\\\.\\COM5";
 constexpr char kPrinterLine[] = "\\\\.\\COM6";
 constexpr VexoPortTimeouts kPatient = {60'000, 0, 60'000, 0, 60'000, 0};
 
-void Require(bool succeeded, const char* what) {
-  if (!succeeded) {
-    std::fprintf(stderr, "benchmark: %s failed, error %lu\n", what, GetLastError());
-    std::_Exit(1);
-  }
-}
-
-// The host's end as a program would use it without the library.
+// The host's end, used without the library.
 class BareFile {
  public:
   explicit BareFile(const std::string& path)
@@ -37,7 +28,7 @@ class BareFile {
         event_(CreateEventA(nullptr, TRUE, FALSE, nullptr)) {
     Require(file_ != INVALID_HANDLE_VALUE, "opening a device");
     COMMTIMEOUTS patient = {60'000, 0, 60'000, 0, 60'000};
-    SetCommTimeouts(file_, &patient);  // Means nothing to a pipe.
+    SetCommTimeouts(file_, &patient);  // No effect on a pipe.
   }
   BareFile(const BareFile&) = delete;
   BareFile& operator=(const BareFile&) = delete;
@@ -86,7 +77,7 @@ class BareFile {
 class LibraryPort {
  public:
   explicit LibraryPort(const std::string& descriptor) {
-    ScannerGunPortOpen(&handle_, descriptor.c_str());  // Opens a serial line; of USB, guns are not wanted here.
+    ScannerGunPortOpen(&handle_, descriptor.c_str());  // Also opens a serial line, but not a USB printer.
     Require(handle_.port != nullptr, "making a port");
     handle_.port->SetTimeouts(handle_.port, kPatient);
     handle_.port->Close(handle_.port);
@@ -112,8 +103,8 @@ class LibraryPort {
   VexoPrinterHandle handle_ = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
 };
 
-// The printer's end: takes a job, answers, and so on.
-void Play(HANDLE device, size_t job_size, int rounds) {
+// The printer's end: reads jobs and answers each.
+void SimulatePrinter(HANDLE device, size_t job_size, int rounds) {
   std::vector<uint8_t> job(job_size);
   for (int round = 0; round < rounds; ++round) {
     DWORD count = 0;
@@ -140,7 +131,7 @@ void ReportRate(const char* measure, const std::vector<double>& library, const s
   Report(measure, Median(bare) / Median(library), ">=", 0.95);
 }
 
-// Each side has a pipe of its own, so that they can take turns.
+// Each side has its own pipe, so that the two can alternate.
 void MeasureUsb(const char* measure, size_t job_size, int jobs, int rounds) {
   const simulators::RegisteredDevice printer({"USB\\VID_1A2B&PID_0001\\BENCH", "USB\\VID_1A2B&PID_0001&REV_0100",
                                               "Port_#0001.Hub_#0002", L"USBPRINT\\MODEL\\7&1A2B3C&0&USB001"});
@@ -150,8 +141,8 @@ void MeasureUsb(const char* measure, size_t job_size, int jobs, int rounds) {
   const HANDLE bare_pipe =
       CreateNamedPipeA(bare_path.c_str(), PIPE_ACCESS_DUPLEX, PIPE_TYPE_BYTE, 1, kPiece, kPiece, 0, nullptr);
   BareFile bare(bare_path);
-  std::thread library_printer(Play, library_file.pipe(), job_size, jobs * rounds);
-  std::thread bare_printer(Play, bare_pipe, job_size, jobs * rounds);
+  std::thread library_printer(SimulatePrinter, library_file.pipe(), job_size, jobs * rounds);
+  std::thread bare_printer(SimulatePrinter, bare_pipe, job_size, jobs * rounds);
   std::vector<double> library_times;
   std::vector<double> bare_times;
   for (int round = 0; round < rounds; ++round) {
@@ -164,13 +155,13 @@ void MeasureUsb(const char* measure, size_t job_size, int jobs, int rounds) {
   ReportRate(measure, library_times, bare_times);
 }
 
-// A line belongs to one program at a time, so each round opens it anew.
+// Only one program at a time can open a serial line, so each round reopens it.
 void MeasureSerial(const char* measure, size_t job_size, int jobs, int rounds) {
   const HANDLE line = CreateFileA(kPrinterLine, GENERIC_READ | GENERIC_WRITE, 0, nullptr, OPEN_EXISTING, 0, nullptr);
   Require(line != INVALID_HANDLE_VALUE, "opening the printer's end of the line");
   COMMTIMEOUTS patient = {0, 0, 60'000, 0, 60'000};
   SetCommTimeouts(line, &patient);
-  std::thread printer(Play, line, job_size, 2 * jobs * rounds);
+  std::thread printer(SimulatePrinter, line, job_size, 2 * jobs * rounds);
   std::vector<double> library_times;
   std::vector<double> bare_times;
   for (int round = 0; round < rounds; ++round) {

@@ -1,5 +1,5 @@
-// What downloads cost beyond the waits that the printer's protocols demand, and how much memory they take. The printer
-// is a virtual one: download_benchmark PORT, without delay when it restarts.
+// Time of downloads beyond the waits that the protocols demand, and their memory. download_benchmark PORT needs a
+// virtual printer that restarts without delay.
 #include "bare_connection.h"
 
 #include <fcntl.h>
@@ -29,10 +29,10 @@ constexpr int32_t kPacketSize = 2048;
 constexpr int32_t kLargestPacketSize = 65535;
 constexpr int kImageRounds = 9;
 
-// More than the virtual printer needs to come back as another one.
+// More than the virtual printer needs to restart.
 constexpr DWORD kRestartMs = 200;
 
-// The waits of the protocols, in milliseconds.
+// The protocols' waits, in milliseconds.
 constexpr double kPerPackage = 20;
 constexpr double kPerBlock = 50;
 constexpr double kAroundBlocks = 1000 + 500 + 200 + 200;
@@ -40,15 +40,8 @@ constexpr double kAroundBlocks = 1000 + 500 + 200 + 200;
 constexpr char kEnterUpdateMode[] = "\x1b\x1c& V1 do \"dfu\"\r\n";
 constexpr char kReset[] = "\x1b\x1c& V1 do \"reset_printer\"\r\n";
 
-void Require(bool succeeded, const char* what) {
-  if (!succeeded) {
-    std::fprintf(stderr, "benchmark: %s failed\n", what);
-    std::_Exit(1);
-  }
-}
-
-// The account that downloads give on the standard output goes nowhere while one lives. It has a buffer, as a pipe to a
-// host has: to a device without, Wine writes each character in a call of its own.
+// Discards the standard output, and thus the downloads' traces, while it exists. The output is buffered, as it is for a
+// pipe: without a buffer, Wine writes each character with a separate call.
 class QuietOutput {
  public:
   QuietOutput() {
@@ -96,7 +89,7 @@ std::vector<uint8_t> Content(size_t size) {
   return content;
 }
 
-// An image of one segment.
+// A firmware image of one segment.
 std::vector<uint8_t> Image() {
   std::vector<uint8_t> image = Content(kImageSize);
   const uint32_t body = kImageSize - kHeaderSize;
@@ -108,15 +101,15 @@ std::vector<uint8_t> Image() {
 
 using Download = std::function<int32_t(VexoPrinterHandle*)>;
 
-// One download on a connection of its own.
+// Runs downloads, each on a new connection.
 class Printer {
  public:
   explicit Printer(std::string port) : port_(std::move(port)), descriptor_("NET,127.0.0.1," + port_) {}
 
   const std::string& port() const { return port_; }
-  const char* descriptor() const { return descriptor_.c_str(); }  // Also of its loader.
+  const char* descriptor() const { return descriptor_.c_str(); }  // Also that of its loader.
 
-  // Milliseconds that the download takes; the printer is back from its restart when the next one begins.
+  // The download's time in milliseconds. Waits until the printer has restarted.
   double Time(const Download& download) const {
     VexoPrinterHandle handle = {VEXO_PRINTER_MAGIC, nullptr, nullptr, 0};
     int32_t opened = VEXO_ERROR_IO;
@@ -142,10 +135,10 @@ PROCESS_MEMORY_COUNTERS Memory() {
   return counters;
 }
 
-// Goes first: what this program needs later must not hide in the peak.
+// Must run first: later measurements would raise the peak.
 void MeasureMemory(const Printer& printer) {
   {
-    const TemporaryFile small({1});  // Whatever the first download brings with it.
+    const TemporaryFile small({1});  // Excludes one-time allocations.
     printer.Time(
         [](VexoPrinterHandle* handle) { return downloadFile(handle, TemporaryFile::name(), nullptr, nullptr); });
   }
@@ -165,7 +158,7 @@ void MeasureOverhead(const char* measure, const Printer& printer, double mandate
 
 std::vector<uint8_t> BytesOf(const char* text) { return {text, text + std::char_traits<char>::length(text)}; }
 
-// The stretch that is compared: from the first chunk of the body on, through the answer, to the restart command.
+// The time compared starts with the first chunk of the body and ends with the restart command.
 std::chrono::steady_clock::time_point g_body_started;
 
 void OnProgress(int32_t /*percentage*/) {
@@ -188,7 +181,7 @@ double TimeLibraryFirmware(const Printer& printer) {
   return seconds;
 }
 
-// As plain as it can be.
+// The same with plain calls.
 double TimeBareFirmware(const Printer& printer, const std::vector<uint8_t>& image) {
   const BareConnection normal(printer.port());
   Require(normal.Write(BytesOf(kEnterUpdateMode)), "entering the update mode");

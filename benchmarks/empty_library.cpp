@@ -1,2 +1,2 @@
-// A DLL with nothing in it but the runtime.
+// A DLL that contains only the runtime.
 extern "C" __declspec(dllexport) int DoNothing() { return 0; }

@@ -1,4 +1,4 @@
-// How long loading the DLL takes, beyond what loading any DLL of this build takes.
+// Time for loading the DLL, compared with an empty DLL.
 #include <windows.h>
 
 #include "measure.h"
@@ -9,7 +9,7 @@ namespace {
 constexpr int kRounds = 51;
 constexpr double kMillisecondsPerSecond = 1000;
 
-// Loads and unloads a DLL; the time of the loading alone.
+// Loads and unloads a DLL. Returns the time for loading.
 double LoadingSeconds(const char* name) {
   HMODULE library = nullptr;
   const double seconds = Seconds([&] { library = LoadLibraryA(name); });

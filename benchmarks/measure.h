@@ -1,10 +1,13 @@
-// What the benchmarks share: a stopwatch, medians, and the form of their results.
+// Shared by the benchmarks: time measurement, medians and the output of results.
 #ifndef VEXO_BENCHMARKS_MEASURE_H_
 #define VEXO_BENCHMARKS_MEASURE_H_
+
+#include <windows.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <vector>
 
 namespace vexo::benchmark {
@@ -21,7 +24,15 @@ inline double Median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-// One line for scripts/bench.sh: what was measured, the figure, how it relates to its limit when it is well.
+// Ends the program if a step has failed.
+inline void Require(bool succeeded, const char* step) {
+  if (!succeeded) {
+    std::fprintf(stderr, "benchmark: %s failed, error %lu\n", step, GetLastError());
+    std::_Exit(1);
+  }
+}
+
+// Prints a result for scripts/bench.sh: the measure, its value, and the relation to its limit.
 inline void Report(const char* measure, double value, const char* relation, double limit) {
   std::printf("%s;%.3f;%s;%g\n", measure, value, relation, limit);
 }

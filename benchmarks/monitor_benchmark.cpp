@@ -1,11 +1,9 @@
-// What a job monitor costs and how soon it tells: on port objects of this program's own, so that nothing but the
-// monitor is measured.
+// Cost and latency of job monitors, measured with the program's own port objects to exclude drivers.
 #include <windows.h>
 
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
-#include <cstdlib>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -28,18 +26,11 @@ constexpr int kEvents = 100;
 constexpr int kMonitors = 64;
 constexpr int kObservedMs = 5000;
 constexpr int kDestroyed = 20;
-constexpr int kCompared = 50;  // Monitors, and threads that sleep.
+constexpr int kCompared = 50;  // Number of monitors, and of sleeping threads.
 constexpr int kComparedMs = 3000;
 constexpr std::string_view kFrame("\x1b\x1c& V1 report\x00\x01\x05\x00?0042", 22);
 
-void Require(bool succeeded, const char* what) {
-  if (!succeeded) {
-    std::fprintf(stderr, "benchmark: %s failed\n", what);
-    std::_Exit(1);
-  }
-}
-
-// A printer that takes all commands, and reports a job whenever it is told to.
+// A printer that accepts all commands and reports a job on request.
 class Printer : public VexoPort {
  public:
   Printer() : VexoPort() {
@@ -97,7 +88,7 @@ std::condition_variable g_called;
 Clock::time_point g_called_at;
 int g_calls = 0;
 
-void NoteTime(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
+void RecordTime(int32_t /*event*/, int32_t /*task*/, uint32_t /*value*/) {
   const Clock::time_point now = Clock::now();
   const std::lock_guard<std::mutex> guard(g_mutex);
   g_called_at = now;
@@ -111,11 +102,11 @@ Clock::time_point AwaitCall(int number) {
   return g_called_at;
 }
 
-// From a report that can be read to the callback. Reports come at moments spread evenly over the reader's pause: the
-// previous callback tells when it began.
+// Measures the time from the arrival of a report to the callback. Reports are spread evenly over the reader's pause,
+// which begins after the previous callback.
 void MeasureLatency() {
   MonitoredPrinter printer;
-  printer.Add(NoteTime);
+  printer.Add(RecordTime);
   printer.ReportJob();
   Clock::time_point pause_began = AwaitCall(1);
   std::vector<double> latencies;
@@ -141,7 +132,7 @@ double ProcessorMilliseconds() {
   return (ticks(kernel) + ticks(user)) / 10'000;
 }
 
-// The share of one core that this process takes.
+// CPU time of this process as a share of one core.
 double ProcessorShare(int observed_ms) {
   const double before = ProcessorMilliseconds();
   const double seconds = Seconds([=] { std::this_thread::sleep_for(std::chrono::milliseconds(observed_ms)); });
@@ -161,7 +152,7 @@ void MeasureIdleCost() {
   Report("64 monitors polling, % of one core", ProcessorShare(kObservedMs) * 100, "<=", 3);
 }
 
-// Threads that do nothing but sleep for so long, again and again.
+// The share for threads that only sleep repeatedly.
 double ShareOfSleepers(int count, int sleep_ms) {
   std::atomic<bool> done{false};
   std::vector<std::thread> sleepers;
@@ -180,7 +171,7 @@ double ShareOfSleepers(int count, int sleep_ms) {
   return share;
 }
 
-// A reader thread that has nothing to do should cost little more than its sleep, however short that is.
+// An idle reader thread should cost little more than its sleep, however short.
 void MeasureShortPauses() {
   for (const int polling_ms : {1, 5, 20, 50, 100}) {
     const double asleep = ShareOfSleepers(kCompared, polling_ms);

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
-"""The other end of the measured connections: a printer that does nothing but keep up.
+"""The printer's end of the measured connections.
 
-A native program, so that what is measured is the host's side alone. Prints its three ports: of the first it takes
-TRANSFER_SIZE bytes and answers with one, on the second it gives TRANSFER_SIZE bytes for each that comes, on the third
-it answers each command with one byte. Runs until it is ended.
+A native program, so that only the host's side runs under Wine. Prints three port numbers: the first answers each
+TRANSFER_SIZE bytes with one byte, the second answers each byte with TRANSFER_SIZE bytes, and the third answers each
+command with one byte. Runs until it is killed.
 """
 import socket
 import threading

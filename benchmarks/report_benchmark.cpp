@@ -1,7 +1,5 @@
-// How fast reports are found in a printer's stream, compared with a plain search of memory for one byte, and with the
-// pattern that states what a report looks like.
+// Speed of the report decoder, compared with a memory search for one byte and with the regular expression for reports.
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <random>
 #include <regex>
@@ -18,14 +16,14 @@ namespace {
 constexpr size_t kStreamSize = 64 * 1024 * 1024;
 constexpr size_t kPatternSample = 128 * 1024;
 constexpr int kRounds = 5;
-constexpr uint8_t kAbsentByte = 0xFF;  // Of no stream here, so that memchr searches all of it.
+constexpr uint8_t kAbsentByte = 0xFF;  // In none of the streams, so memchr searches to the end.
 
 struct Stream {
   Bytes bytes;
   size_t frames = 0;
 };
 
-// Any byte but the absent one, so that some of the noise begins as a report does.
+// Random bytes except the absent one. Some noise looks like the start of a report.
 void AppendNoise(size_t length, std::mt19937* random, Bytes* bytes) {
   for (; length > 0; --length) {
     bytes->push_back(static_cast<uint8_t>((*random)() % kAbsentByte));
@@ -37,7 +35,7 @@ void AppendFrame(Stream* stream) {
   ++stream->frames;
 }
 
-// Frames with `noise` bytes before each.
+// Frames, each preceded by `noise` bytes.
 Stream MakeStream(size_t size, bool frames, size_t noise) {
   Stream stream;
   stream.bytes.reserve(size + noise + 26);
@@ -63,7 +61,7 @@ size_t Decode(const Bytes& bytes, size_t size, ProtocolFamily family) {
   }
 }
 
-// The same by the pattern, from each position on.
+// The same with the regular expression, at each position.
 size_t Match(const Bytes& bytes, size_t size) {
   constexpr ptrdiff_t kFrameSize = 26;
   const auto* const end = reinterpret_cast<const char*>(bytes.data()) + size;
@@ -76,13 +74,6 @@ size_t Match(const Bytes& bytes, size_t size) {
   return frames;
 }
 
-void Require(bool succeeded, const char* what) {
-  if (!succeeded) {
-    std::fprintf(stderr, "benchmark: %s failed\n", what);
-    std::_Exit(1);
-  }
-}
-
 template <typename Work>
 double MedianSeconds(Work work) {
   std::vector<double> times;
@@ -93,8 +84,8 @@ double MedianSeconds(Work work) {
 }
 
 struct Figures {
-  double against_memchr;   // Times as long.
-  double against_pattern;  // Times as fast.
+  double against_memchr;   // Time relative to memchr.
+  double against_pattern;  // Speed relative to the regular expression.
 };
 
 Figures Measure(const Stream& stream, const char* name) {

@@ -1,12 +1,11 @@
-// What a network scan costs beyond its time limit, compared with asking a printer over a bare socket, and what reading
-// the printers' answers costs, compared with copying them. The printers are those of scanned_printers.py.
+// Time of a network scan beyond its time limit, compared with one query over a plain socket, and the time for parsing
+// answers, compared with copying them. scanned_printers.py simulates the printers.
 
 // winsock2.h must come before windows.h.
 #include <winsock2.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -25,19 +24,12 @@ constexpr char kQuestion[] =
     "CER";
 constexpr int kQuestionLength = 4;
 constexpr int kReplyLength = 16;
-constexpr uint32_t kPauseMs = 20;  // Of whoever finds that the reply is not there yet.
+constexpr uint32_t kPauseMs = 20;  // Sleep between checks for the reply.
 constexpr int64_t kTimeLimitMs = 300;
 constexpr int kRounds = 9;
 
 constexpr int kAnswers = 10'000;
 constexpr int kParsingRounds = 101;
-
-void Require(bool succeeded, const char* what) {
-  if (!succeeded) {
-    std::fprintf(stderr, "benchmark: %s failed\n", what);
-    std::_Exit(1);
-  }
-}
 
 std::string Answer(int printer) {
   std::string answer = "127.11.1.1\r\nready\r\nKM451\r\n1.0." + std::to_string(printer);
@@ -68,7 +60,7 @@ bool BareFollowUp() {
   return succeeded;
 }
 
-// What a scan that finds so many printers takes beyond its time limit.
+// Time beyond the limit of a scan that finds `count` printers.
 double SecondsBeyondTheLimit(int count) {
   const std::string network = "127.11." + std::to_string(count) + ".1";
   std::vector<char> list(static_cast<size_t>(count) * 256 + 1);
@@ -78,7 +70,7 @@ double SecondsBeyondTheLimit(int count) {
       Require(ScanPos(kTimeLimitMs, list.data(), static_cast<int32_t>(list.size()) - 1, network.c_str()) == VEXO_OK,
               "scan");
     });
-    Require(std::count(list.begin(), list.end(), '|') == count, "hearing all printers");
+    Require(std::count(list.begin(), list.end(), '|') == count, "finding all printers");
     beyond.push_back(scan - kTimeLimitMs / 1000.0);
   }
   return Median(beyond);

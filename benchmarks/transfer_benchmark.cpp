@@ -1,8 +1,7 @@
-// What a transfer through a port object costs, compared with the bare calls to the system that it is made of. Both
-// take turns against the same peer, so that whatever else the machine does meets both, and medians are compared.
+// Cost of transfers through a port object, compared with plain system calls. Both alternate with the same peer, so that
+// other load affects both alike. Medians are compared.
 #include "bare_connection.h"
 
-#include <cstdlib>
 #include <string>
 
 #include "measure.h"
@@ -11,20 +10,13 @@
 namespace vexo::benchmark {
 namespace {
 
-// Short rounds, so that both sides meet the same load: 64 MiB each way in all.
+// Short rounds, so that both meet the same load; 64 MiB each way in total.
 constexpr size_t kTransferSize = 1024 * 1024;  // As in peer.py.
 constexpr int kTransferRounds = 64;
 constexpr size_t kCommandSize = 21;
 constexpr int kExchangeRounds = 300;
 constexpr int kExchangesPerRound = 20;
 constexpr VexoPortTimeouts kTimeLimits = {60'000, 0, 60'000, 0, 60'000, 60'000};
-
-void Require(bool succeeded, const char* what) {
-  if (!succeeded) {
-    std::fprintf(stderr, "benchmark: %s failed\n", what);
-    std::_Exit(1);
-  }
-}
 
 // A port object of the DLL.
 class LibraryConnection {
@@ -57,11 +49,11 @@ class LibraryConnection {
 };
 
 struct Times {
-  double ported;  // Through the library's port.
+  double library;  // Through the port object.
   double bare;
 };
 
-// Medians of both after `rounds` rounds, in which they take turns at being first.
+// Medians of `rounds` rounds. The two alternate in going first.
 template <typename LibraryWork, typename BareWork>
 Times Compare(int rounds, LibraryWork library_work, BareWork bare_work) {
   library_work();
@@ -88,7 +80,7 @@ void MeasureWriting(const std::string& tcp_port) {
   const Times times = Compare(
       kTransferRounds, [&] { Require(library.Write(job) && library.Read(&taken), "writing"); },
       [&] { Require(bare.Write(job) && bare.Read(&taken), "writing"); });
-  Report("write 64 MiB, rate against select+send", times.bare / times.ported, ">=", 0.97);
+  Report("write 64 MiB, rate against select+send", times.bare / times.library, ">=", 0.97);
 }
 
 void MeasureReading(const std::string& tcp_port) {
@@ -99,11 +91,11 @@ void MeasureReading(const std::string& tcp_port) {
   const Times times = Compare(
       kTransferRounds, [&] { Require(library.Write(request) && library.Read(&content), "reading"); },
       [&] { Require(bare.Write(request) && bare.Read(&content), "reading"); });
-  Report("read 64 MiB, rate against select+recv", times.bare / times.ported, ">=", 0.97);
+  Report("read 64 MiB, rate against select+recv", times.bare / times.library, ">=", 0.97);
 }
 
-// The bare form of an exchange: two selects that show whether the printer is still there, select and send for the
-// command, select and recv for the answer.
+// The plain form of an exchange: two selects that check the connection, select and send for the command, select and
+// recv for the answer.
 void MeasureExchange(const std::string& tcp_port) {
   LibraryConnection library(tcp_port);
   BareConnection bare(tcp_port);
@@ -118,8 +110,8 @@ void MeasureExchange(const std::string& tcp_port) {
   };
   const Times times = Compare(kExchangeRounds, repeat([&] { return library.Write(command) && library.Read(&answer); }),
                               repeat([&] { return bare.IsAlive() && bare.Write(command) && bare.Read(&answer); }));
-  Report("exchange, time against bare calls", times.ported / times.bare, "<=", 1.1);
-  std::fprintf(stderr, "an exchange takes %.1f us, with bare calls %.1f us\n", times.ported / kExchangesPerRound * 1e6,
+  Report("exchange, time against bare calls", times.library / times.bare, "<=", 1.1);
+  std::fprintf(stderr, "an exchange takes %.1f us, with bare calls %.1f us\n", times.library / kExchangesPerRound * 1e6,
                times.bare / kExchangesPerRound * 1e6);
 }
 

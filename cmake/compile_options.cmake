@@ -1,4 +1,4 @@
-# Warnings are errors in our own code, whatever the compiler. Libraries from elsewhere do not link this target.
+# Warnings are errors in the project's own code. Third-party libraries do not link this target.
 add_library(vexo_options INTERFACE)
 
 target_compile_options(vexo_options INTERFACE -Wall -Wextra -Wshadow -Werror -ffunction-sections -fdata-sections)
@@ -8,15 +8,14 @@ if(WIN32)
     _WINSOCK_DEPRECATED_NO_WARNINGS)
 endif()
 
-# For everything of a build, the test framework included: a sanitizer must see all of a program.
+# For the whole build including GoogleTest, since a sanitizer must see the whole program.
 if(VEXO_SANITIZE)
   add_compile_options(-fsanitize=${VEXO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VEXO_SANITIZE})
 endif()
 
 if(MINGW)
-  # The products need no DLL beside the system's own. Two builds of the same sources give the same bytes, wherever and
-  # whenever they are built: no time stamp, no name of a folder.
+  # The programs need only the system's DLLs. Builds are reproducible: they contain no time stamps and no folder names.
   add_link_options(-static -Wl,--gc-sections -Wl,--no-insert-timestamp)
   add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}=. -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
 endif()

@@ -1,4 +1,4 @@
-# GoogleTest is built from its sources with the compiler and the sanitizers of this build.
+# Builds GoogleTest from source, with the compiler and sanitizers of this build.
 set(VEXO_GOOGLETEST_SOURCES /usr/src/googletest CACHE PATH "GoogleTest sources (Debian's package googletest)")
 set(INSTALL_GTEST OFF CACHE BOOL "" FORCE)
 set(BUILD_GMOCK OFF CACHE BOOL "" FORCE)

@@ -1,5 +1,5 @@
-# Header-only libraries of the tools. A cross compiler must not see the build machine's own include folder, so the
-# libraries alone are linked into a folder of the build tree.
+# Header-only libraries of the tools. A cross compiler must not search /usr/include, so only these libraries are linked into
+# a folder of the build tree.
 set(VEXO_HEADER_LIBRARIES_FROM /usr/include CACHE PATH "Where asio, CLI11 and nlohmann-json are installed")
 set(header_folder ${CMAKE_BINARY_DIR}/header_only)
 file(MAKE_DIRECTORY ${header_folder})

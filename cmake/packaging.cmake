@@ -14,7 +14,7 @@ install(EXPORT vexo-extend NAMESPACE vexo:: DESTINATION ${package_folder} FILE v
 install(FILES cmake/package/vexo-extend-config.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/package/vexo-extend-config-version.cmake DESTINATION ${package_folder})
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/package/vexo-extend.pc DESTINATION lib/pkgconfig)
-# The linkers of other compilers make their own import library of it.
+# Other compilers create their import library from it.
 install(FILES src/api/vexoextend.def DESTINATION lib)
 install(DIRECTORY include/vexo DESTINATION include)
 if(VEXO_BUILD_TOOLS)

@@ -48,7 +48,7 @@ int main(int argc, char** argv) {
     fprintf(stderr, "usage: download PORT FILE\n");
     return 2;
   }
-  result = ScannerGunPortOpen(&printer, argv[1]); /* makes the port, and opens a serial line */
+  result = ScannerGunPortOpen(&printer, argv[1]); /* creates the port; also opens a serial line */
   if (printer.port != NULL && printer.port->kind != VEXO_PORT_SERIAL) {
     result = printer.port->Open(printer.port);
     printer.portOpen = result == VEXO_OK;

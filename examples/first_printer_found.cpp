@@ -1,6 +1,6 @@
 // Scans for receipt printers on the network and reads the print width of the first one: first_printer_found [TARGET]
 //
-//   first_printer_found                   all of the local network
+//   first_printer_found                   searches the local network
 //   first_printer_found 192.168.1.255
 #include <chrono>
 #include <cstdio>
@@ -25,7 +25,7 @@ int main(int argc, char** argv) {
     printer.Open();
     std::printf("the first one prints %u dots wide\n", static_cast<unsigned>(printer.GetPrintWidth()));
 
-    // The same with a code in place of an exception.
+    // With an error code instead of an exception.
     std::error_code error;
     printer.SetPrintWidth(576, &error);
     std::printf("setting 576 dots: %s\n", error.message().c_str());

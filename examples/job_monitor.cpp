@@ -1,4 +1,4 @@
-// Prints a file as a job with a task number, and waits until the printer reports its end: job_monitor PORT FILE
+// Prints a file as a job with a task number and waits until the printer reports its end: job_monitor PORT FILE
 //
 //   job_monitor NET,192.168.1.100 receipt.bin
 #include <chrono>

@@ -9,11 +9,11 @@
 
 #include "vexo/extend.h"
 
-/* Makes the port that a descriptor names, and connects. */
+/* Creates the port for a descriptor and connects it. */
 static int32_t open_printer(VexoPrinterHandle* printer, const char* descriptor) {
   int32_t result = ScannerGunPortOpen(printer, descriptor);
   VexoPort* const port = printer->port;
-  /* A serial line is open now; a port of any other kind has only been made. */
+  /* A serial line is open now; other ports are only created. */
   if (port != NULL && port->kind != VEXO_PORT_SERIAL) {
     result = port->Open(port);
     printer->portOpen = result == VEXO_OK;

@@ -1,8 +1,7 @@
 #!/usr/bin/env bash
-# Builds the benchmarks and shows what they measure, beside the limits that the library is meant to keep to:
-# scripts/bench.sh
+# Builds and runs the benchmarks and prints each result with its limit: scripts/bench.sh
 #
-# Figures that are over their limit are marked; a busy machine can be the reason.
+# Results beyond their limit are marked OVER; the machine may have been busy.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/processes.sh

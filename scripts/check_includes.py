@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Checks which way the includes go: scripts/check_includes.py
+"""Checks the direction of includes: scripts/check_includes.py
 
-Prints each include that goes against the direction in docs/architecture.md, each system header outside of a folder named
-for its system, and each circle of files that include one another. Fails if there is one.
+Prints includes that violate the direction in docs/architecture.md, system headers outside a folder named for their system,
+and include cycles. Fails if there are any.
 """
 import pathlib
 import re
@@ -10,7 +10,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 
-# The rooms of src/: each may include itself, those after it in its own row, and the public headers.
+# The folders of src/: each may include itself, the folders listed with it, and the public headers.
 ROOMS = {
     "api": {"monitor", "download", "discovery", "session", "protocol", "config", "messages", "port", "platform"},
     "monitor": {"session", "protocol", "config", "messages", "port", "platform"},
@@ -24,8 +24,8 @@ ROOMS = {
     "platform": set(),
 }
 
-# Programs and headers that know the library as a host does. vexoctl shares the words for the codes and the reader of
-# configuration files with it.
+# Programs and headers that use the library as hosts do, with the folders they may include. vexoctl shares the error texts
+# and the configuration parser with the library.
 HOSTS = {
     "include": set(),
     "examples": set(),
@@ -34,7 +34,7 @@ HOSTS = {
     "tools/vexoctl": {"vexoctl/", "config/", "messages/", "platform/language.h"},
 }
 
-# What each room of the virtual printer may include beside itself. The pure ones know no sockets.
+# What each folder of the virtual printer may include besides itself. The pure ones may not use sockets.
 PRINTER = "tools/virtual_printer/"
 PRINTER_ROOMS = {
     "app": {"discovery", "transport", "model", "downloads", "wire"},
@@ -65,23 +65,23 @@ def includes(path):
 
 
 def foreign_system(name, header):
-    """The system that the header belongs to, when the file does not lie in a folder of that name."""
+    """The system that the header belongs to, unless the file is in a folder named for it."""
     for system, headers in SYSTEMS.items():
         if headers.match(header) and system not in name.split("/")[:-1]:
             return system
     return None
 
 
-def is_door(name, header, system):
-    """platform/NAME.h may bring in platform/SYSTEM/NAME.h."""
+def is_platform_header(name, header, system):
+    """Whether this is platform/NAME.h including platform/SYSTEM/NAME.h, which is allowed."""
     return name == "src/" + header.replace(f"/{system}/", "/") and header.startswith("platform/")
 
 
 def printer_fault(name, own, header):
-    """As fault(), between the rooms of the virtual printer."""
+    """Like fault(), for files of the virtual printer."""
     room = name[len(PRINTER):].split("/")[0]
     if not own:
-        return "not for pure rooms" if header.startswith("asio") and room in PURE_PRINTER_ROOMS else None
+        return "not allowed in pure folders" if header.startswith("asio") and room in PURE_PRINTER_ROOMS else None
     parts = header.split("/")
     if parts[0] != "virtual_printer" or len(parts) < 3:
         return None
@@ -89,7 +89,7 @@ def printer_fault(name, own, header):
 
 
 def fault(name, own, header):
-    """Why the file may not include the header; None if it may."""
+    """The reason why the file may not include the header, or None."""
     if name.startswith(PRINTER) and printer_fault(name, own, header):
         return printer_fault(name, own, header)
     if not own:
@@ -99,16 +99,16 @@ def fault(name, own, header):
         return None
     for folder, allowed in HOSTS.items():
         if name.startswith(folder + "/"):
-            return None if any(header.startswith(prefix) for prefix in allowed) else "not for hosts"
+            return None if any(header.startswith(prefix) for prefix in allowed) else "not allowed for hosts"
     for system in SYSTEMS:
-        if f"/{system}/" in header and system not in name.split("/")[:-1] and not is_door(name, header, system):
-            return "of one system"
+        if f"/{system}/" in header and system not in name.split("/")[:-1] and not is_platform_header(name, header, system):
+            return "header of one system"
     room, target = name.split("/")[1], header.split("/")[0]
     return None if target == room or target in ROOMS[room] else "against the direction"
 
 
-def circles(files):
-    """Each circle of files that include one another, as a list of names."""
+def cycles(files):
+    """Include cycles, each as a list of file names."""
     done, path = set(), []
 
     def visit(name):
@@ -125,8 +125,8 @@ def circles(files):
         yield from visit(name)
 
 
-def circles_of_pairs(files):
-    """As circles(), where a header and its source file are one."""
+def cycles_of_pairs(files):
+    """Like cycles(), with a header and its source file as one node."""
     def pair(name):
         return name[: -len(".cpp")] + ".h" if name.endswith(".cpp") else name
 
@@ -135,7 +135,7 @@ def circles_of_pairs(files):
         pairs.setdefault(pair(name), set()).update(pair(target) for target in targets)
     for name, targets in pairs.items():
         targets.discard(name)
-    return circles({name: sorted(targets) for name, targets in pairs.items()})
+    return cycles({name: sorted(targets) for name, targets in pairs.items()})
 
 
 def main():
@@ -153,7 +153,7 @@ def main():
                 if own:
                     homes = [f"{home}/{header}" for home in ("src", "tools", "include", str(path.parent.relative_to(ROOT)))]
                     graph[name] += [home for home in homes if (ROOT / home).exists()]
-    faults += ["a circle: " + " -> ".join(circle) for circle in circles_of_pairs(graph)]
+    faults += ["include cycle: " + " -> ".join(cycle) for cycle in cycles_of_pairs(graph)]
     print("\n".join(faults), end="\n" if faults else "")
     return 1 if faults else 0
 

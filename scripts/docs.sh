@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the API reference of the public headers, in build/api/html: scripts/docs.sh
-# Fails when anything public is not documented or, of the C functions, a parameter or a result.
+# Generates the API reference of the public headers in build/api/html: scripts/docs.sh
+# Fails if anything public lacks documentation, or a C function lacks that of a parameter or result.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 mkdir -p build/api

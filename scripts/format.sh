@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Formats the C and C++ sources: scripts/format.sh [--check]
-# With --check it only says which lines are not formatted, and fails if there are any.
+# With --check, only reports unformatted lines and fails if there are any.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 

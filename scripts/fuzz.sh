@@ -1,10 +1,9 @@
 #!/usr/bin/env bash
-# Runs the fuzz targets from the committed seeds, each for some time and as many at once as there are processors:
+# Runs the fuzz targets, starting from the committed seeds, in parallel on all processors:
 # scripts/fuzz.sh [SECONDS [TARGET...]]
 #
-# SECONDS is 60 unless given. What leads further is kept in build/host-fuzz/corpus and used by the next run; an input that
-# fails is left in build/host-fuzz. `fuzz.sh --keep` puts the smallest set of inputs that reach code which no seed has
-# reached into fuzz/seeds.
+# Each target runs for SECONDS (default 60). Inputs that reach new code are stored in build/host-fuzz/corpus for the next
+# run, failing inputs in build/host-fuzz. `fuzz.sh --keep` adds a minimal set of inputs that reach new code to fuzz/seeds.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=build/host-fuzz
@@ -31,7 +30,7 @@ fi
 
 logs=$(mktemp -d)
 trap 'rm -rf "$logs"' EXIT
-# shellcheck disable=SC2016 # For the shell that runs one target.
+# shellcheck disable=SC2016 # Expanded by the inner shell.
 printf '%s\n' "$@" | xargs -P "$(nproc)" -I{} bash -c '
   build=$1 seconds=$2 name=$3 log=$4/$3
   mkdir -p "$build/corpus/$name"

@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Makes one small fault at a time in src/ and looks whether a test notices: scripts/mutate.py [OPTIONS]
+"""Mutation testing: makes one small fault at a time in src/ and checks whether a test fails: scripts/mutate.py [OPTIONS]
 
-A fault is a changed operator, constant or result code, a dropped statement or a dropped lock. For each, the program
-builds what it changes, runs the tests that reach it and prints it when they all pass. At the end it says how many of
-the faults that compile were caught. Works on copies of the sources in build/mutation, so the tree may be edited
-meanwhile. A fault that no test can catch stands in scripts/mutants_not_caught.txt, with the reason.
+A fault is a changed operator, constant or result code, a removed statement or a removed lock. For each fault, the
+program builds the affected tests, runs them, and prints the fault if all pass. At the end it prints how many of the
+faults that compile were caught. It works on copies of the sources in build/mutation, so the tree may be edited
+meanwhile. Faults that no test can catch are listed with their reasons in scripts/mutants_not_caught.txt.
 """
 import argparse
 import concurrent.futures
@@ -24,14 +24,14 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 WORK = ROOT / "build" / "mutation"
 KNOWN = ROOT / "scripts" / "mutants_not_caught.txt"
 
-# Rooms that only the Windows build has, beside the folders of that name.
+# Folders and files that only the Windows build compiles.
 WINDOWS_ROOMS = re.compile(r"src/(.*/windows/|port/socket/|discovery/(network_scan|usb_hotplug)|port/usb_enumeration|"
                            r"api/(network_scan|usb_list|usb_monitor)|platform/(sockets|guarded_handle|global_text))")
 
 HOST_TESTS = ["core_tests"]
-# A lock that is missing rarely shows in what comes out: ThreadSanitizer looks for it, in the tests with threads.
+# A missing lock rarely changes a result. ThreadSanitizer detects it in the tests that use threads.
 THREAD_TESTS = "--gtest_filter=*Thread*:SdkConfig*:ScanFollowUps*"
-# Of the Windows rooms: which programs reach a file. The first that matches counts; they run in this order.
+# Test programs for each file of the Windows build, in the order they run. The first match counts.
 WINDOWS_TESTS = [
     (r"src/port/socket/", ["socket_port_tests", "hostile_peers_tests", "network_scan_tests"]),
     (r"src/port/windows/serial", ["serial_port_tests"]),
@@ -86,7 +86,7 @@ class Mutant:
 
 
 def code_part(line):
-    """The line with texts and comments blanked out, at the same length."""
+    """The line with strings and comments blanked out, at the same length."""
     out, i, quote = [], 0, None
     while i < len(line):
         c = line[i]
@@ -163,8 +163,8 @@ def mutants_of(path):
                 yield Mutant(name, number, line, after)
 
 
-class Site:
-    """One copy of the sources with its builds, for one mutant at a time."""
+class WorkingCopy:
+    """A copy of the sources with its builds. Tests one mutant at a time."""
 
     def __init__(self, number):
         self.folder = WORK / str(number)
@@ -172,7 +172,7 @@ class Site:
         self.builds = set()
 
     def refresh(self):
-        """Copies what has changed, so that only that is built again."""
+        """Copies only changed files, so that only these are rebuilt."""
         listed = tracked()
         for name in listed:
             target = self.sources / name
@@ -201,7 +201,7 @@ class Site:
 
 
 def run(command, seconds, check=False, env=None, cwd=None):
-    """True when the command ends with 0 in time. Whatever it has started is ended."""
+    """Runs a command and kills its process group. Returns whether it exited with 0 in time."""
     process = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, stdin=subprocess.DEVNULL,
                                start_new_session=True, env=env, cwd=cwd)
     try:
@@ -215,7 +215,7 @@ def run(command, seconds, check=False, env=None, cwd=None):
             pass
         process.wait()
     if check and not ok:
-        raise SystemExit(f"mutate.py: {' '.join(command)} fails without any fault")
+        raise SystemExit(f"mutate.py: {' '.join(command)} fails without a fault")
     return ok
 
 
@@ -225,25 +225,25 @@ def tests_of(mutant, windows):
     return next(tests for pattern, tests in WINDOWS_TESTS if re.match(pattern, mutant.file))
 
 
-def passes(site, build, test):
+def passes(working_copy, build, test):
     if build.name == "host":
         return run([str(build / "bin" / test), "--gtest_fail_fast", "--gtest_brief=1"], 60, cwd=build)
     if build.name == "threads":
         return run([str(build / "bin" / test), "--gtest_fail_fast", "--gtest_brief=1", THREAD_TESTS], 120, cwd=build)
-    env = dict(os.environ, VEXO_WINEPREFIX=str(site.folder / "wineprefix"), WINE_TIME_LIMIT="110")
-    wine = str(site.sources / "scripts" / "wine.sh")
+    env = dict(os.environ, VEXO_WINEPREFIX=str(working_copy.folder / "wineprefix"), WINE_TIME_LIMIT="110")
+    wine = str(working_copy.sources / "scripts" / "wine.sh")
     runner = {"serial_port_tests": ["run_serial_tests.sh"], "parallel_port_tests": ["run_parallel_tests.sh"]}.get(test)
     program = str(build / "bin" / f"{test}.exe")
-    command = [wine, program] if not runner else [str(site.sources / "tests" / "windows" / runner[0]), wine, program]
+    command = [wine, program] if not runner else [str(working_copy.sources / "tests" / "windows" / runner[0]), wine, program]
     return run([*command, "--gtest_fail_fast", "--gtest_brief=1"], 120, env=env, cwd=build)
 
 
-def judge(site, mutant, windows):
+def judge(working_copy, mutant, windows):
     """ "caught", "survived", or None for a fault that does not compile."""
     tests = tests_of(mutant, windows)
     lock = LOCK.match(mutant.before) and not mutant.after
-    build = site.prepare("windows" if windows else "threads" if lock else "host", tests)
-    path = site.sources / mutant.file
+    build = working_copy.prepare("windows" if windows else "threads" if lock else "host", tests)
+    path = working_copy.sources / mutant.file
     original = path.read_text(encoding="utf-8")
     lines = original.split("\n")
     assert lines[mutant.line - 1] == mutant.before, mutant
@@ -252,20 +252,20 @@ def judge(site, mutant, windows):
         path.write_text("\n".join(lines), encoding="utf-8")
         if not run(["cmake", "--build", str(build), "--target", *tests], 600):
             return None
-        return "survived" if all(passes(site, build, test) for test in tests) else "caught"
+        return "survived" if all(passes(working_copy, build, test) for test in tests) else "caught"
     finally:
         path.write_text(original, encoding="utf-8")
 
 
 def tracked(*folders):
-    """The files of the tree, committed or not."""
+    """Files of the working tree, committed or not."""
     listed = subprocess.run(["git", "ls-files", "--cached", "--others", "--exclude-standard", *folders], cwd=ROOT,
                             check=True, capture_output=True, text=True).stdout.split("\n")
     return [name for name in listed if name and (ROOT / name).is_file()]
 
 
 def source_files():
-    """The files of src/: those that the host build compiles, and those of the Windows rooms."""
+    """The files of src/: portable ones, and those that only the Windows build compiles."""
     files = [name for name in tracked("src") if name.endswith((".cpp", ".h")) and "/linux/" not in name]
     windows = [name for name in files if WINDOWS_ROOMS.match(name)]
     return sorted(set(files) - set(windows)), sorted(windows)
@@ -283,11 +283,11 @@ def known_reasons():
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
-    parser.add_argument("--windows", action="store_true", help="the Windows rooms, under Wine, instead of the portable code")
-    parser.add_argument("--count", type=int, default=50, help="how many faults, of a random sample (default: 50; 0: all)")
-    parser.add_argument("--seed", type=int, default=None, help="of the sample; printed when it is not given")
-    parser.add_argument("--file", action="append", default=[], help="a file of src/, or a part of its path; may be repeated")
-    parser.add_argument("--jobs", type=int, default=2, help="copies of the sources that work at once (default: 2)")
+    parser.add_argument("--windows", action="store_true", help="test the Windows code, under Wine, instead of the portable code")
+    parser.add_argument("--count", type=int, default=50, help="size of the random sample of faults (default: 50; 0: all)")
+    parser.add_argument("--seed", type=int, default=None, help="seed of the sample; printed if not given")
+    parser.add_argument("--file", action="append", default=[], help="a file of src/ or a part of its path; may be repeated")
+    parser.add_argument("--jobs", type=int, default=2, help="number of faults tested in parallel (default: 2)")
     parser.add_argument("--list", action="store_true", help="only print the sample")
     options = parser.parse_args()
 
@@ -296,7 +296,7 @@ def main():
     if options.file:
         names = [name for name in names if any(part in name for part in options.file)]
     if not names:
-        raise SystemExit("mutate.py: no such file among " + ("the Windows rooms" if options.windows else "the portable code"))
+        raise SystemExit("mutate.py: no such file among " + ("the Windows code" if options.windows else "the portable code"))
     mutants = [mutant for name in names for mutant in mutants_of(ROOT / name)]
     seed = options.seed if options.seed is not None else random.randrange(1_000_000)
     random.Random(seed).shuffle(mutants)
@@ -306,21 +306,21 @@ def main():
         print("\n".join(str(mutant) for mutant in mutants[:wanted]))
         return 0
 
-    sites = queue.Queue()
+    working_copies = queue.Queue()
     for number in range(options.jobs):
-        site = Site(number)
-        site.refresh()
-        sites.put(site)
+        working_copy = WorkingCopy(number)
+        working_copy.refresh()
+        working_copies.put(working_copy)
     reasons = known_reasons()
     caught = survived = known = 0
     ahead = iter(mutants)
 
     def work(mutant):
-        site = sites.get()
+        working_copy = working_copies.get()
         try:
-            return mutant, judge(site, mutant, options.windows)
+            return mutant, judge(working_copy, mutant, options.windows)
         finally:
-            sites.put(site)
+            working_copies.put(working_copy)
 
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
         running = set()

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what a fresh Debian machine lacks for building and testing: scripts/prepare.sh
-# Does nothing, quickly, when all of it is there.
+# Installs the packages needed for building and testing on Debian: scripts/prepare.sh
+# Returns at once if nothing is missing.
 set -euo pipefail
 
 packages=(

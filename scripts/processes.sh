@@ -1,5 +1,5 @@
-# What scripts need in the background while they run vexoctl: virtual printers, and Wine's server. To be sourced; the
-# script calls stop_printers and release_wine on the way out.
+# Background processes for scripts that run vexoctl: virtual printers and the Wine server. To be sourced; the script must
+# call stop_printers and release_wine at its end.
 # shellcheck shell=bash disable=SC2034
 scripts_folder=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 printer_pids=()
@@ -7,9 +7,9 @@ trace_pids=()
 printer_port=
 printer_console=
 
-# start_printer PROGRAM TRACE_FILE [OPTION...]: starts a virtual printer, on a free port unless the options name one or a
-# line, and waits until it takes connections. Sets printer_port, which means nothing when the printer is on a line alone.
-# What the printer says from then on goes to TRACE_FILE.
+# start_printer PROGRAM TRACE_FILE [OPTION...]: starts a virtual printer and waits until it accepts connections. Uses a free
+# TCP port unless the options name a port, line or pipe. Sets printer_port (meaningless for lines and pipes). The printer's
+# further output goes to TRACE_FILE.
 start_printer() {
   local program=$1 trace=$2 output ready=
   shift 2
@@ -31,7 +31,7 @@ start_printer() {
   exec {output}<&-
 }
 
-# The input of the printer that is started next. Being open for reading, too, it never ends.
+# Creates the standard input of the next printer. It is also open for reading, so the printer never sees its end.
 open_printer_console() {
   local folder
   [ -z "$printer_console" ] || exec {printer_console}>&-
@@ -41,11 +41,11 @@ open_printer_console() {
   rm -r "$folder"
 }
 
-# tell_printer WORD...: types a line at the console of the printer started last, which has the option --console.
+# tell_printer WORD...: sends a console command to the printer started last, which needs the option --console.
 tell_printer() { echo "$*" >&"$printer_console"; }
 
-# plug_usb PROGRAM OUTPUT_FILE SERIAL [PIPE]: connects a USB printer of the maker's, whose device file is the named pipe,
-# by the program usb_device, until unplug_usb.
+# plug_usb PROGRAM OUTPUT_FILE SERIAL [PIPE]: simulates a connected USB printer with the program usb_device until
+# unplug_usb. Its device file is the named pipe.
 plug_usb() {
   local program=$1 output=$2
   shift 2
@@ -59,19 +59,19 @@ plug_usb() {
 }
 unplug_usb() {
   exec {usb_input}>&-
-  while kill -0 "$usb_pid" 2>/dev/null; do # Not for wait: bash may have forgotten it.
+  while kill -0 "$usb_pid" 2>/dev/null; do # `wait` may not know this process.
     sleep 0.05
   done
 }
 
-# Ends the printer that was started last.
+# Stops the printer that was started last.
 stop_last_printer() {
   kill "${printer_pids[-1]}" 2>/dev/null || true
   wait "${printer_pids[-1]}" "${trace_pids[-1]}" 2>/dev/null || true
   unset 'printer_pids[-1]' 'trace_pids[-1]'
 }
 
-# Ends all printers; their traces are complete then.
+# Stops all printers. Their traces are complete afterwards.
 stop_printers() {
   local pid
   for pid in "${printer_pids[@]}"; do

@@ -1,10 +1,10 @@
-# Steps of a test run and the counting of their results; read by scripts/test.sh.
+# Runs the steps of scripts/test.sh and counts their results. To be sourced.
 
 passed=0
 failed=0
 failures=()
 
-# show_time STARTED: how long a step took, by the value of SECONDS when it began.
+# show_time STARTED: prints the duration of a step that started when SECONDS had this value.
 show_time() {
   printf '   %d s\n' $((SECONDS - $1))
 }
@@ -14,7 +14,7 @@ note_failure() {
   failures+=("$1")
 }
 
-# run_step NAME COMMAND...: one check that either passes or fails; its output is shown when it fails.
+# run_step NAME COMMAND...: runs a command that counts as one test. Prints its output if it fails.
 run_step() {
   local name=$1 log started=$SECONDS
   shift
@@ -36,7 +36,7 @@ build_preset() {
   cmake --preset "$1" && cmake --build --preset "$1"
 }
 
-# run_tests PRESET: runs the tests of a build and counts the single tests that each program reports.
+# run_tests PRESET: runs the tests of a build and counts the individual tests of each program.
 run_tests() {
   local results="build/$1/test_results" counts started=$SECONDS
   printf '== test %s\n' "$1"
@@ -53,7 +53,7 @@ run_tests() {
   show_time "$started"
 }
 
-# run_script NAME SCRIPT...: a script that ends with a line "N passed, N failed".
+# run_script NAME SCRIPT...: runs a script that ends with a line "N passed, N failed" and adds these numbers.
 run_script() {
   local name=$1 log counts started=$SECONDS
   shift

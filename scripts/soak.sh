@@ -1,11 +1,9 @@
 #!/usr/bin/env bash
-# Uses the library for a long time, everything at once, and looks for what is lost, altered or left behind:
-# scripts/soak.sh [MINUTES]
+# Runs a long stress test (default: 20 minutes) that looks for lost or altered data and leaks: scripts/soak.sh [MINUTES]
 #
-# For 20 minutes unless told otherwise. The program soak works in many threads on virtual printers; meanwhile
-# vexoctl prints as another host of one of them, and one printer is switched off and on all the time, each time with
-# another fault. Ends with the figures of docs/testing.md. Fails if a result was wrong or not among the documented
-# ones, or if the process held more at the end than when it was warm.
+# The program soak uses virtual printers from several threads. Meanwhile vexoctl prints on one of them as another host, and
+# one printer is restarted repeatedly with different faults. The script prints the figures of docs/testing.md. It fails if
+# a result was wrong or undocumented, or if the resource usage at the end exceeds that after the warm-up.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 source scripts/processes.sh
@@ -22,7 +20,7 @@ work=$(mktemp -d)
 soak_pid=
 cleanup() {
   [ -z "$soak_pid" ] || kill "$soak_pid" 2>/dev/null || true
-  stop_printers # First, for they have inherited the inputs of the others.
+  stop_printers # First, because they have inherited the inputs of the other programs.
   [ -z "${usb_input:-}" ] || unplug_usb
   release_wine
   rm -rf "$work"
@@ -31,15 +29,15 @@ trap cleanup EXIT
 hold_wine
 
 printer() { start_printer build/host-release/bin/virtual_printer /dev/null "$@"; }
-in_no_time=(--loader-delay 0 --restart-time 0)
+no_delay=(--loader-delay 0 --restart-time 0)
 mkdir "$work/loading" "$work/faulty"
 printer
 quiet=NET,127.0.0.1,$printer_port
 printer --job-time 20 --job-gap 10 --status 5
 busy=NET,127.0.0.1,$printer_port
-printer --store "$work/loading" "${in_no_time[@]}"
+printer --store "$work/loading" "${no_delay[@]}"
 loading=NET,127.0.0.1,$printer_port
-scan_address=127.$((RANDOM % 254 + 1)).$((RANDOM % 256)).2 # Port 9100 of other addresses is not ours.
+scan_address=127.$((RANDOM % 254 + 1)).$((RANDOM % 256)).2 # A random address, so that port 9100 is free.
 printer --address "$scan_address" --port 9100 --discoverable
 start_printer $bin/virtual_printer.exe /dev/null --pipe vexo_soak_$$
 plug_usb $bin/usb_device.exe "$work/plugged" SOAK vexo_soak_$$
@@ -62,7 +60,7 @@ change_faulty_printer() {
   stop_last_printer
   sleep 1
   # shellcheck disable=SC2086 # Several words.
-  printer --port "$faulty_port" --store "$work/faulty" "${in_no_time[@]}" ${faults[RANDOM % ${#faults[@]}]}
+  printer --port "$faulty_port" --store "$work/faulty" "${no_delay[@]}" ${faults[RANDOM % ${#faults[@]}]}
 }
 
 mkfifo "$work/input"
@@ -76,7 +74,7 @@ until grep -q "^at work" "$work/report"; do
   sleep 0.5
 done
 
-# sample NAME: lets the program rest and say what it holds.
+# sample NAME: makes the program pause and print its resource usage.
 sample() {
   echo "$1" >&"$soak_input"
   until grep "^held $1" "$work/report"; do
@@ -85,7 +83,7 @@ sample() {
   done
 }
 
-# work_until SECOND: what happens around the program.
+# work_until SECOND: prints with vexoctl and restarts the faulty printer.
 jobs=0
 wrong_jobs=0
 work_until() {

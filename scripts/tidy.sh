@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs clang-tidy on the portable sources and the tools: scripts/tidy.sh [FILE...]
-# Uses the compile commands of a build by clang that compiles each file by itself.
+# Runs clang-tidy on the portable sources and the tools, or on single files: scripts/tidy.sh [FILE...]
+# Uses the compile commands of a clang build without unity builds.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
