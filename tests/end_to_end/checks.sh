@@ -1,20 +1,20 @@
-# What the end-to-end checks are written in. To be sourced by vexoctl_test.sh, which sets root, vexoctl,
-# virtual_printer and work, a folder for files.
+# Functions for the end-to-end checks. To be sourced by vexoctl_test.sh, which sets root, vexoctl, virtual_printer and
+# work (a temporary folder).
 # shellcheck shell=bash disable=SC2034,SC2154
 passed=0
 failed=0
 
-user_locale=C # The library speaks the user's language.
+user_locale=C # Determines the language of error texts.
 
 run_vexoctl() { env LC_ALL="$user_locale" "$root/scripts/wine.sh" "$vexoctl" "$@"; }
 
-# as_expected LINES FILE: the file must equal the lines to the last byte or, for "like PATTERN", match the pattern.
+# as_expected LINES FILE: whether the file equals the lines exactly or, for "like PATTERN", matches the pattern.
 as_expected() {
   local expected=$1 file=$2 actual
   case $expected in
     "like "*)
       actual=$(cat "$file")
-      # shellcheck disable=SC2053 # A pattern is wanted.
+      # shellcheck disable=SC2053 # Pattern match.
       [[ $actual == ${expected#like } ]]
       ;;
     "") [ ! -s "$file" ] ;;
@@ -22,7 +22,7 @@ as_expected() {
   esac
 }
 
-# record NAME OK [FILE...]: counts a check that has been made; OK is "yes" or not. The files tell why it failed.
+# record NAME OK [FILE...]: counts a check, passed if OK is "yes". If it failed, prints the files.
 record() {
   local name=$1 ok=$2 file
   shift 2
@@ -39,7 +39,7 @@ record() {
   done | sed 's/^/#   /'
 }
 
-# judge NAME STATUS OUTPUT ERRORS: compares what a vexoctl that has ended left in $status, $output and $errors.
+# judge NAME STATUS OUTPUT ERRORS: compares the results of vexoctl in $status, $output and $errors.
 output=$work/output
 errors=$work/errors
 judge() {
@@ -50,7 +50,7 @@ judge() {
   record "$1" "$ok" "$work/expected" "$work/status" "$work/output" "$errors"
 }
 
-# check NAME STATUS OUTPUT ERRORS ARGUMENT...: runs vexoctl, with $input as its input, and judges it.
+# check NAME STATUS OUTPUT ERRORS ARGUMENT...: runs vexoctl with standard input from $input and compares its results.
 input=/dev/null
 check() {
   status=0
@@ -63,7 +63,7 @@ succeeds() { check "$1" 0 "$2" "" "${@:3}"; }
 fails() { check "$1" 1 "" "vexoctl: $2" "${@:3}"; }
 usage_error() { check "$1" 2 "" "vexoctl: $2"$'\n'"Run with --help for more information." "${@:3}"; }
 
-# in_background ARGUMENT...: starts vexoctl and goes on; finished waits for its end, and judge tells what came of it.
+# in_background ARGUMENT...: starts vexoctl in the background. `finished` waits for its end, then `judge` checks it.
 in_background() {
   : >"$work/output"
   : >"$errors"
@@ -76,12 +76,12 @@ finished() {
   background=
 }
 
-# When a check goes wrong, vexoctl may wait for what never comes.
+# vexoctl may wait forever if a check failed.
 end_background() {
   [ -z "${background:-}" ] || kill "$background" 2>/dev/null || true
 }
 
-# until_line FILE PATTERN [COUNT]: waits until so many lines (1) of a file that is being written match the pattern.
+# until_line FILE PATTERN [COUNT]: waits until COUNT lines (default 1) of a growing file match the pattern.
 until_line() {
   local deadline=$((SECONDS + 60))
   until [ "$(grep -cE -e "$2" "$1")" -ge "${3:-1}" ]; do
@@ -93,13 +93,13 @@ until_line() {
   done
 }
 
-# finish_trace: ends the printer once it has seen the end of every connection, and so all that was sent to it.
+# finish_trace: stops the printer after the end of every connection, so that its trace is complete.
 finish_trace() {
   until_line "$trace" '#[0-9]+ (closed by the host|lost: |dropped)' "$(grep -c 'connected from' "$trace")"
   stop_printers
 }
 
-# printer_received NAME WORDS...: ends the printer, and checks what it has received according to its trace.
+# printer_received NAME WORDS...: stops the printer and checks the data in its trace.
 printer_received() {
   local name=$1 ok=no
   shift
@@ -110,7 +110,7 @@ printer_received() {
   record "$name" "$ok" "$work/expected" "$trace"
 }
 
-# printer [OPTION...]: starts a printer; $port, $net and $trace name it from then on.
+# printer [OPTION...]: starts a printer and sets $port, $net and $trace.
 printer() {
   trace=$work/trace
   start_printer "$virtual_printer" "$trace" "$@"
@@ -118,10 +118,10 @@ printer() {
   net=NET,127.0.0.1,$port
 }
 
-# A pattern: a time of day in the output.
+# Pattern for a time of day.
 time='[0-2][0-9]:[0-5][0-9]:[0-5][0-9].[0-9][0-9][0-9]'
 
-# Codes and their texts.
+# Result codes and their texts.
 unsupported="-4 Does not support this printer. Please use the supported printer."
 bad_setting="-301 IO invalid setting. Please confirm IO port configuration."
 open_failed="-311 IO port open failed. Please confirm the configuration is correct."

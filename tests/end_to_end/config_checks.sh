@@ -1,4 +1,4 @@
-# Making, reading and checking configuration files. To be sourced by vexoctl_test.sh.
+# Creating, reading and checking configuration files. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 echo "# configuration files"
 bad_config="-12 The configuration file format is incorrect or does not exist. Contact the supplier."
@@ -15,18 +15,18 @@ longest=$(printf 'x%.0s' {1..64})
 printf '[settings]\r\nlanguage = en\r\nfont=a=b\r\n\r\n[models]\r\n460,receipt,KM460,80 mm,,1,-2,3,4,0.1\r\n461,,%s,,,0,0,0,0,12\r\n' \
   "$longest" >"$work/models.txt"
 size=$(stat -c %s "$work/models.txt")
-config "file made from a text" 0 "sdkconfig: 2 settings, 2 models, $size bytes" "" config encode models.txt
+config "file encoded from text" 0 "sdkconfig: 2 settings, 2 models, $size bytes" "" config encode models.txt
 config "file under another name, as JSON" 0 "{\"file\":\"till.cfg\",\"settings\":2,\"models\":2,\"bytes\":$size}" "" \
   --json config encode models.txt --output till.cfg
 ok=no
 ! grep -q KM460 "$work/sdkconfig" && cmp -s "$work/sdkconfig" "$work/till.cfg" && ok=yes
-record "stored in an alphabet of its own" "$ok"
+record "the stored file is encoded" "$ok"
 shown="setting: language=en
 setting: font=a=b
 model: 460,receipt,KM460,80 mm,,1,-2,3,4,0.1
 model: 461,,$longest,,,0,0,0,0,12"
 config "file shown" 0 "$shown" "" config show sdkconfig
-input=$work/sdkconfig config "file shown from the input" 0 "$shown" "" config show -
+input=$work/sdkconfig config "file shown from standard input" 0 "$shown" "" config show -
 config "file shown as JSON" 0 '{"settings":[{"key":"language","value":"en"},{"key":"font","value":"a=b"}],'\
 '"models":[{"number":460,"texts":["receipt","KM460","80 mm",""],"values":[1,-2,3,4],"factor":0.1},'\
 "{\"number\":461,\"texts\":[\"\",\"$longest\",\"\",\"\"],\"values\":[0,0,0,0],\"factor\":12.0}]}" "" \
@@ -34,7 +34,7 @@ config "file shown as JSON" 0 '{"settings":[{"key":"language","value":"en"},{"ke
 config "file decoded" 0 "like *" "" config decode sdkconfig
 ok=no
 cmp -s "$work/models.txt" "$output" && ok=yes
-record "decoded to the last byte" "$ok" "$output"
+record "decoded exactly" "$ok" "$output"
 
 {
   printf 'lost=1\n[a]\nno sign\n=v\ntwo words=v\nk=two words\n%sx=v\nk=%sx\nlist=[1]\n' "$longest" "$longest"
@@ -84,7 +84,7 @@ config "output in a folder that does not exist" 1 "" "like vexoctl: cannot write
   config encode models.txt --output 'no\file'
 config "output that is the text itself" 1 "" "like vexoctl: cannot write models.txt: 32 ?*" \
   config encode models.txt --output models.txt
-usage_error "nothing to do with the configuration" "A subcommand is required" config
+usage_error "config without a subcommand" "A subcommand is required" config
 usage_error "no configuration file" "FILE is required" config show
 for command in config "config encode" "config decode" "config show"; do
   # shellcheck disable=SC2086 # One or two words.

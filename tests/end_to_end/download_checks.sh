@@ -1,4 +1,4 @@
-# Files, fonts and firmware downloaded into the printer. To be sourced by vexoctl_test.sh.
+# Downloads of files, fonts and firmware. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 kept=$work/kept
 mkdir "$kept"
@@ -6,7 +6,7 @@ mkdir "$kept"
 blob=$work/blob
 head -c 5000 /dev/urandom >"$blob"
 
-# segment LENGTH BYTES: a segment of a firmware image whose header announces LENGTH bytes and is followed by BYTES.
+# segment LENGTH BYTES: prints a firmware segment whose header announces LENGTH bytes, followed by BYTES random bytes.
 segment() {
   printf 'HEAD%b' "\\x$(printf '%02x' $(($1 % 256)))\\x$(printf '%02x' $(($1 / 256)))\\0\\0"
   head -c 68 /dev/zero
@@ -15,11 +15,11 @@ segment() {
 image=$work/image
 { segment 3000 3000 && segment 0 0; } >"$image"
 
-# loading_printer [OPTION...]: starts a printer that changes its programs in no time.
+# loading_printer [OPTION...]: starts a printer that stores downloads and restarts without delay.
 loading_printer() { printer --store "$kept" --loader-delay 0 --restart-time 0 "$@"; }
 
-# downloads NAME STORED_NAME FILE PROGRESS OUTPUT ARGUMENT...: downloads the file, compares what the printer has stored
-# with it, and waits until the printer is back.
+# downloads NAME STORED_NAME FILE PROGRESS OUTPUT ARGUMENT...: downloads the file, waits until the printer has restarted,
+# and compares the stored file.
 restarts=0
 downloads() {
   local ok=no
@@ -27,7 +27,7 @@ downloads() {
   restarts=$((restarts + 1))
   until_line "$trace" "back on" $restarts
   ! cmp -s "$kept/$2" "$3" || ok=yes
-  record "$1: the printer has it byte by byte" $ok "$trace"
+  record "$1: the stored file is identical" $ok "$trace"
 }
 
 echo "# download"
@@ -44,7 +44,7 @@ downloads "firmware" firmware-1.bin "$image" \
 downloads "file, as JSON" file-2.bin "$blob" $'{"percent":0}\n{"percent":33}\n{"percent":66}\n{"percent":100}' \
   '{"downloaded":"file","bytes":5000}' file "$blob" --json
 
-# A printer may be slower to read the order to start its loader than the host is to connect to that.
+# The host may connect again before the printer has read the command to start its loader.
 loading_printer
 kill -STOP "${printer_pids[-1]}"
 exec {connection}<>"/dev/tcp/127.0.0.1/$printer_port"
@@ -55,11 +55,11 @@ segment 5 0 >&"$connection"
 kill -CONT "${printer_pids[-1]}"
 ok=no
 [ "$(timeout 60 head -c1 <&"$connection" | od -An -tx1)" != " 00" ] || ok=yes
-record "host that is faster than the loader" $ok "$trace"
+record "host that reconnects before the loader runs" $ok "$trace"
 exec {connection}>&-
 
 loading_printer --fault bad-checksum@1
-check "each step of a download with a second attempt" 0 "file downloaded, $done" \
+check "verbose download with a repeated package" 0 "file downloaded, $done" \
   "like *filename =$blob*package 1*failed:Slave Response Failed...*package 2*Completed..." \
   -p "$net" download file "$blob" --verbose
 
@@ -68,7 +68,7 @@ mode_refused="-6006 the printer did not enter its download mode"
 no_data_answer="-6008 the printer does not answer"
 data_refused="-6009 the printer refused the data or did not confirm it"
 
-# stops NAME LAST_LINE ARGUMENT...: a download that fails with a line behind the progress.
+# stops NAME LAST_LINE ARGUMENT...: checks a download that fails after some progress.
 stops() {
   check "$1" 1 "" "like $2" -p "$net" --timeout 50 download "${@:3}"
 }
@@ -98,32 +98,32 @@ judge "Ctrl-C during a download" 1 "" \
   "like *vexoctl: cannot download $blob to $net, interrupted after 1 of 3 packages, 0%: -6004 cancelled"
 stop_printers
 
-echo "# download: what is refused before the printer is asked"
+echo "# download: errors found before the printer is contacted"
 nobody=NET,127.0.0.1,1
 { segment 5 5 && segment 10 9; } >"$work/cut_body"
 { segment 5 5 && printf abc; } >"$work/cut_header"
 : >"$work/empty"
 cp "$blob" "$work/字体.bin"
-# file_refused NAME WORDS ARGUMENT...
+# file_refused NAME TEXT ARGUMENT...: checks a download that fails before the connection is made.
 file_refused() { check "$1" 1 "" "like vexoctl: $2" -p "$nobody" download "${@:3}"; }
-file_refused "image with a body that is cut" \
+file_refused "image with an incomplete body" \
   "$work/cut_body is not a firmware image: the segment at offset 81 announces a body of 10 bytes, of which the file \
 holds 9: 13 ?*" \
   firmware "$work/cut_body"
-file_refused "image with a header that is cut" \
+file_refused "image with an incomplete header" \
   "$work/cut_header is not a firmware image: the segment at offset 81 has 3 bytes of its 76-byte header only: 13 ?*" \
   firmware "$work/cut_header"
-file_refused "file that is not there" "cannot open $work/nothing: 2 ?*" file "$work/nothing"
+file_refused "file that does not exist" "cannot open $work/nothing: 2 ?*" file "$work/nothing"
 file_refused "empty file" "nothing to download in $work/empty: -6007 the file is empty" font "$work/empty"
 user_locale=zh_CN.UTF-8 check "empty file, in Chinese" 1 "" "like *: -6007 文件为空。" \
   -p "$nobody" download file "$work/empty"
 file_refused "folder" "$work is a folder: 5 ?*" ymodem "$work"
-user_locale=C.UTF-8 file_refused "name that the library cannot be told" \
+user_locale=C.UTF-8 file_refused "name outside the code page" \
   "cannot use the name $work/字体.bin, which has characters outside code page 1252; rename the file: 1113 ?*" \
   file "$work/字体.bin"
-file_refused "loader that is no printer" "cannot open FOO: $bad_setting" firmware "$image" --loader FOO
+file_refused "invalid loader descriptor" "cannot open FOO: $bad_setting" firmware "$image" --loader FOO
 usage_error "USB printer without a loader" "--loader is required" -p USB download firmware "$image"
-usage_error "nothing to download" "A subcommand is required" -p BUF download
+usage_error "download without a subcommand" "A subcommand is required" -p BUF download
 usage_error "no file" "FILE is required" -p BUF download font
 usage_error "no printer to download to" "download requires --port" download file "$blob"
 usage_error "two loaders" "--loader excludes --in-loader" -p BUF download ymodem "$blob" --in-loader --loader USB

@@ -1,4 +1,4 @@
-# Versions, descriptors, and ports without a printer. To be sourced by vexoctl_test.sh.
+# Versions, descriptors and ports without a printer. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 echo "# versions"
 version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' "$root/CMakeLists.txt")
@@ -7,14 +7,14 @@ succeeds "version as JSON" "{\"vexoextend\":\"$version\",\"vexoctl\":\"$version\
 output=/dev/full check "result that cannot be written" 1 "" "like vexoctl: cannot write the result: 112 ?*" version
 
 echo "# descriptors"
-succeeds "network printer, its port filled in" \
+succeeds "network printer with the default port" \
   $'uri: vexo:/dev/bus/NET/DEVICE?ip=10.0.0.5+port=9100\nkind: 3 net\ntype: NET\ndevice: DEVICE
 parameter: ip=10.0.0.5\nparameter: port=9100' \
   uri NET,10.0.0.5
 succeeds "parallel port, without parameters" \
   $'uri: vexo:/dev/bus/LPT/lpt1\nkind: 1 parallel\ntype: LPT\ndevice: lpt1' \
   uri lpt1
-succeeds "USB printer that is not there" \
+succeeds "USB printer that is not connected" \
   $'uri: vexo:/dev/bus/USB/DEVICE?vid=1A2B+pid=0001\nkind: 2 usb\ntype: USB\ndevice: DEVICE
 parameter: vid=1A2B\nparameter: pid=0001' \
   uri USB,VID_0X1A2B,PID_0X0001

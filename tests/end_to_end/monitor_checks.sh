@@ -1,4 +1,4 @@
-# Job events as they happen. To be sourced by vexoctl_test.sh.
+# Monitoring of job events. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 asked='getval "job_monitor"'
 switched_on='setval "job_monitor" "on", by V1 reports'
@@ -21,7 +21,7 @@ until_line "$work/output" "end task 7"
 kill -INT "$background"
 finished
 judge "events, then Ctrl-C" 0 "like $time start task 7"$'\n'"$time end task 7 value 0x0000000A (10)" "$listening $net"
-printer_received "Ctrl-C switches the monitoring off" "$asked" "$switched_on" "$switched_off"
+printer_received "Ctrl-C switches monitoring off" "$asked" "$switched_on" "$switched_off"
 
 printer --trace --console
 monitor --json --count 2
@@ -29,12 +29,12 @@ tell_printer start 9999
 tell_printer end 9999 0xFFFFFFFF
 tell_printer start 1
 finished
-judge "so many events as JSON" 0 \
+judge "limited number of events, as JSON" 0 \
   "like {\"time\":\"$time\",\"event\":\"start\",\"task\":9999,\"value\":0}"$'\n'\
 "{\"time\":\"$time\",\"event\":\"end\",\"task\":9999,\"value\":4294967295}" \
   "{\"note\":\"listening to $net\"}"
-check "so many milliseconds, without an event" 0 "" "$listening $net" -p "$net" monitor --for 100
-printer_received "each end switches the monitoring off" \
+check "limited time without an event" 0 "" "$listening $net" -p "$net" monitor --for 100
+printer_received "every exit switches monitoring off" \
   "$asked" "$switched_on" "$switched_off" "$asked" "$switched_on" "$switched_off"
 
 printer --job-time 50 --job-gap 10
@@ -52,7 +52,7 @@ monitor --family gs --count 2
 tell_printer start 12
 tell_printer end 12
 finished
-judge "events in the other family" 0 \
+judge "events with GS commands" 0 \
   "like $time start task 12"$'\n'"$time end task 12 value 0x20261C1B (539368475)" "$listening $net"
 
 printer --console
@@ -73,7 +73,7 @@ tell_printer start 7
 until_line "$work/output" "start task 7"
 kill -INT "$background"
 finished
-judge "printer that reports jobs already" 0 "like $time start task 7" "$listening $net"
+judge "printer that already reports jobs" 0 "like $time start task 7" "$listening $net"
 printer_received "its monitoring stays on" "$asked" "$switched_on"
 
 printer --silent
@@ -84,7 +84,7 @@ output=/dev/full monitor
 tell_printer start 7
 finished
 judge "event that cannot be written" 1 "" "like $listening $net"$'\n'"vexoctl: cannot write the result: 112 ?*"
-printer_received "the monitoring is switched off all the same" "$asked" "$switched_on" "$switched_off"
+printer_received "monitoring is switched off nevertheless" "$asked" "$switched_on" "$switched_off"
 
 echo "# monitor: lost connections"
 lost="vexoctl: lost the connection to"
@@ -95,10 +95,10 @@ tell_printer start 7
 until_line "$work/output" "start task 7"
 tell_printer drop
 until_line "$errors" "$again"
-until_line "$trace" '#2 -> .*setval "job_monitor" "on"' # Until then the printer may not have taken the connection.
+until_line "$trace" '#2 -> .*setval "job_monitor" "on"' # Before that, the printer may not have accepted the connection.
 tell_printer end 7
 finished
-judge "connection lost and made again at once" 0 \
+judge "connection lost and restored at once" 0 \
   "like $time start task 7"$'\n'"$time end task 7 value 0x00000000 (0)" \
   "like $listening $net"$'\n'"$lost $net: 1226 ?*"$'\n'"vexoctl: connected to $net $again"
 printer_received "monitoring is switched on again" "$asked" "$switched_on" "$switched_on" "$switched_off"
@@ -113,7 +113,7 @@ printer --console --port "$port"
 until_line "$errors" "$again"
 tell_printer start 8
 finished
-judge "printer switched off and on" 0 "like $time start task 7"$'\n'"$time start task 8" \
+judge "printer restarted" 0 "like $time start task 7"$'\n'"$time start task 8" \
   "like $listening $net"$'\n'"$lost $net: ?*"$'\n'"vexoctl: connected to $net $again"
 
 printer
@@ -126,7 +126,7 @@ judge "Ctrl-C while the printer is off" 0 "" \
   "like $listening $net"$'\n'"$lost $net: ?*"
 
 echo "# monitor: hosts that share a printer"
-# works TASK...: a host that prints these jobs, each with a width of its own number.
+# works TASK...: prints these jobs as a host and sets the width to each task number.
 works() {
   local task
   for task in "$@"; do
@@ -134,7 +134,7 @@ works() {
     run_vexoctl -p "$net" width set "$task"
   done
 }
-# worked TASK...: what a host says of that.
+# worked TASK...: prints the expected output of works.
 worked() {
   local task
   for task in "$@"; do
@@ -158,12 +158,12 @@ record "two hosts print and change the width at once" $ok "$work/first_host" "$w
 ok=yes
 sed -E 's/^[^ ]+ (start|end) task ([0-9]+).*/\1 \2/' "$work/output" >"$work/events"
 [ "$(paste -d ' ' - - <"$work/events" | sort)" = "$(printf 'start %d end %d\n' 10{1,1,2,2,3,3} 20{1,1,2,2,3,3})" ] || ok=no
-record "a third one is told of all their jobs" $ok "$work/output" "$errors"
-check "the width that was set last" 0 "like [12]03" "" -p "$net" width get
+record "a third host receives the events of all jobs" $ok "$work/output" "$errors"
+check "the last width is kept" 0 "like [12]03" "" -p "$net" width get
 finish_trace
 ok=yes
 [ "$(grep -c 'print data, 11 bytes, task 0[12]0[123]$' "$trace")" = 6 ] || ok=no
-record "the printer has all jobs, each with its number" $ok "$trace"
+record "the printer received all jobs with their numbers" $ok "$trace"
 
 printer --console --once
 monitor --count 2
@@ -173,8 +173,8 @@ status=0
 run_vexoctl -p "$net" --timeout 300 width get >"$work/second_host" 2>&1 || status=$?
 ok=no
 [ $status = 1 ] && as_expected "vexoctl: cannot open $net: $open_failed" "$work/second_host" && ok=yes
-record "printer that takes one host: the second one is refused" $ok "$work/second_host"
+record "printer with a single connection: the second host is refused" $ok "$work/second_host"
 tell_printer end 7
 finished
-judge "the first one is told of the rest" 0 \
+judge "the first host still receives events" 0 \
   "like $time start task 7"$'\n'"$time end task 7 value 0x00000000 (0)" "$listening $net"

@@ -1,11 +1,11 @@
-# The printer's status, and feeding paper. To be sourced by vexoctl_test.sh.
+# Printer status and paper feed. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 echo "# status"
 printer --status 5
-succeeds "status, the complement of what the printer says" \
+succeeds "status, inverted by the library" \
   $'status: 0xFFFFFFFA (4294967290)\nmonitoring: off' -p "$net" status
 succeeds "status as JSON" '{"status":4294967290,"monitoring":false}' --json -p "$net" status
-succeeds "status of the other family, which cannot be asked about monitoring" \
+succeeds "status with GS commands, which cannot query monitoring" \
   $'status: 0xFFFFFFFA (4294967290)\nmonitoring: unknown (this family of printers cannot be asked)' \
   -p "$net" --family gs status
 succeeds "the same as JSON" '{"status":4294967290,"monitoring":null}' -p "$net" --family gs --json status
@@ -24,5 +24,5 @@ echo "# paper"
 printer --trace
 succeeds "paper fed" "paper fed" -p "$net" feed
 succeeds "paper fed, as JSON" '{"fed":true}' -p "$net" --json feed
-printer_received "the printer was told twice" 'do "print_feedform", paper fed' 'do "print_feedform", paper fed'
-fails "paper of a printer that has gone" "cannot open $net: $open_failed" -p "$net" --timeout 300 feed
+printer_received "the printer received both commands" 'do "print_feedform", paper fed' 'do "print_feedform", paper fed'
+fails "paper feed of a stopped printer" "cannot open $net: $open_failed" -p "$net" --timeout 300 feed

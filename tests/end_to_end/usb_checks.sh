@@ -1,8 +1,8 @@
-# USB printers that come and go. To be sourced by vexoctl_test.sh.
+# USB printers. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 watching="vexoctl: watching for USB printers"
 
-# plug arrived|removed INSTANCE: lets the system tell of a printer; vexoctl has been told when this returns.
+# plug arrived|removed INSTANCE: simulates the system's device message. Returns when vexoctl has processed it.
 plug() {
   local path='\\?\USB#VID_1A2B&PID_0001#'$2'#{28d78fad-5a12-11d1-ae5b-0000f803a8c2}'
   "$root/scripts/wine.sh" "${vexoctl%/*}/usb_broadcast.exe" "$1" "$path" || record "plug $*" no
@@ -22,11 +22,11 @@ in_background --json usb watch --count 2
 plug removed abc123
 plug arrived abc123
 finished
-judge "so many events as JSON" 0 \
+judge "limited number of events, as JSON" 0 \
   "like {\"time\":\"$time\",\"event\":\"removed\",\"device\":\"ABC123\"}"$'\n'\
 "{\"time\":\"$time\",\"event\":\"arrived\",\"device\":\"ABC123\"}" \
   '{"note":"watching for USB printers"}'
-check "so many milliseconds, without an event" 0 "" "$watching" usb watch --for 100
+check "limited time without an event" 0 "" "$watching" usb watch --for 100
 
 output=/dev/full in_background usb watch
 plug arrived abc123
@@ -69,14 +69,14 @@ status=0
 run_vexoctl -p USB --timeout 300 width get >"$work/second_host" 2>&1 || status=$?
 ok=no
 [ $status = 1 ] && as_expected "vexoctl: cannot read the print width of USB: $read_timeout" "$work/second_host" && ok=yes
-record "a second host, while the first one is served" $ok "$work/second_host"
+record "a second host gets no answer while the first is connected" $ok "$work/second_host"
 tell_printer start 7
 tell_printer end 7
 finished
-judge "the first one loses nothing" 0 "like $time start task 7"$'\n'"$time end task 7 *" "vexoctl: listening to USB"
-succeeds "the second one is served when the first one has gone" 640 -p USB width get
+judge "the first host receives all events" 0 "like $time start task 7"$'\n'"$time end task 7 *" "vexoctl: listening to USB"
+succeeds "the second host is served after the first has left" 640 -p USB width get
 check "another product" 1 "" "like vexoctl: cannot open USB,VID_0X1A2B,PID_0X0002: -372 ?*" \
   -p USB,VID_0X1A2B,PID_0X0002 width get
 unplug_usb
-check "printer that was pulled out" 1 "" "like vexoctl: cannot open USB: -372 ?*" -p USB width get
+check "printer that was unplugged" 1 "" "like vexoctl: cannot open USB: -372 ?*" -p USB width get
 stop_printers

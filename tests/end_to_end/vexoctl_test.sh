@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# vexoctl, the library and a printer, each in a process of its own: what a technician types and what comes of it.
+# End-to-end tests: vexoctl and virtual printers as separate processes.
 #
 # vexoctl_test.sh [VEXOCTL.EXE [VIRTUAL_PRINTER]]; the environment variables VEXOCTL and VIRTUAL_PRINTER serve as well.
-# CHECKS names the families to run; default: all.
+# CHECKS selects the groups of checks to run (default: all).
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
 vexoctl=$(realpath "${1:-${VEXOCTL:-$root/build/windows-x64/bin/vexoctl.exe}}")
@@ -11,13 +11,13 @@ work=$(mktemp -d)
 source "$root/scripts/processes.sh"
 source "$root/tests/end_to_end/checks.sh"
 
-cleanup=: # What a family of checks has to undo, however it ends.
+cleanup=: # Command that a group of checks needs at exit.
 trap 'end_background; stop_printers; $cleanup; release_wine; rm -rf "$work"' EXIT
 hold_wine
 
-for family in ${CHECKS:-general width command_line status task print monitor download usb config serial scan}; do
+for group in ${CHECKS:-general width command_line status task print monitor download usb config serial scan}; do
   # shellcheck source=/dev/null
-  source "$root/tests/end_to_end/${family}_checks.sh"
+  source "$root/tests/end_to_end/${group}_checks.sh"
 done
 
 echo

@@ -1,8 +1,8 @@
-# Reading and changing the print width. To be sourced by vexoctl_test.sh.
+# Reading and setting the print width. To be sourced by vexoctl_test.sh.
 # shellcheck shell=bash disable=SC2154
 echo "# print width"
 printer --width 576
-succeeds "width at first" 576 -p "$net" width get
+succeeds "initial width" 576 -p "$net" width get
 succeeds "width set" 640 -p "$net" width set 640
 succeeds "width kept by the printer" 640 -p "$net" width get
 succeeds "largest width set" 65535 -p "$net" width set 65535
@@ -10,17 +10,17 @@ succeeds "largest width kept" 65535 -p "$net" width get
 succeeds "smallest width set" 0 -p "$net" width set 0
 succeeds "smallest width kept" 0 -p "$net" width get
 succeeds "leading zeros do not make an octal number" 640 -p "$net" width set 0640
-succeeds "width as JSON, the options behind the command" '{"width":640}' width get --json -p "$net"
+succeeds "width as JSON, options after the command" '{"width":640}' width get --json -p "$net"
 succeeds "width set as JSON" '{"width":576}' --json -p "$net" width set 576
 succeeds "printer named by its device URI" 576 -p "vexo:/dev/bus/NET/DEVICE?ip=127.0.0.1+port=$port" width get
 stop_printers
-fails "printer that has gone" "cannot open $net: $open_failed" -p "$net" --timeout 300 width get
-check "printer that has gone, as JSON" 1 "" \
+fails "stopped printer" "cannot open $net: $open_failed" -p "$net" --timeout 300 width get
+check "stopped printer, as JSON" 1 "" \
   '{"error":{"code":-311,"message":"IO port open failed. Please confirm the configuration is correct.",'\
 "\"action\":\"cannot open $net\"}}" \
   --json -p "$net" --timeout 300 width set 640
-# A machine without this locale may say so before vexoctl says anything.
-user_locale=zh_CN.UTF-8 check "printer that has gone, in Chinese" 1 "" \
+# If the locale is not installed, a warning precedes vexoctl's output.
+user_locale=zh_CN.UTF-8 check "stopped printer, in Chinese" 1 "" \
   "like *vexoctl: cannot open $net: $open_failed_chinese" \
   -p "$net" --timeout 300 width get
 
@@ -34,9 +34,9 @@ check "silent printer as JSON" 1 "" \
 "\"action\":\"cannot read the print width of $net\"}}" \
   --json -p "$net" --timeout 300 width get
 printer --width 480 --split 20
-succeeds "answer in pieces, with time to spare" 480 -p "$net" --timeout 20000 width get
+succeeds "answer in pieces" 480 -p "$net" --timeout 20000 width get
 printer --split 3000
-fails "answer with a long gap in it" "cannot read the print width of $net: $read_timeout" -p "$net" width get
+fails "answer with a long gap" "cannot read the print width of $net: $read_timeout" -p "$net" width get
 printer --drop-after 19
 fails "connection lost before the answer" "cannot read the print width of $net: $read_failed" \
   -p "$net" width get

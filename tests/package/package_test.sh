@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What a host developer gets: the installed package and the ZIP, hosts built against them outside of this tree and run
-# against the virtual printer, and a library that comes out the same wherever it is built.
+# Tests the package: installation and ZIP, the examples built with it outside this tree and run with a virtual printer, and
+# reproducible builds.
 #
 # package_test.sh [BUILD [VIRTUAL_PRINTER]]: the folder of a Windows build, and a virtual printer for this machine.
 # shellcheck disable=SC2034,SC2154
@@ -18,7 +18,7 @@ toolchain=$root/cmake/windows-x64.cmake
 package=$work/package
 hosts=$work/hosts
 
-# step NAME COMMAND...: a check that passes when the command does.
+# step NAME COMMAND...: a check that passes if the command succeeds.
 step() {
   local name=$1 ok=no
   shift
@@ -26,8 +26,7 @@ step() {
   record "$name" "$ok" "$work/log"
 }
 
-# host NAME STATUS OUTPUT ARGUMENT...: runs one of the hosts and compares what it prints; what is not lines for a reader
-# goes to its error output.
+# host NAME STATUS OUTPUT ARGUMENT...: runs an example and compares its exit status and output.
 host() {
   local name=$1 wanted=$2 expected=$3 ok=no status=0
   shift 3
@@ -51,11 +50,11 @@ unpack() {
   python3 -m zipfile -e "$work"/packed/vexo-extend-*-windows-x64.zip "$work/unpacked" &&
     diff <(files_of "$package") <(files_of "$work"/unpacked/vexo-extend-*)
 }
-step "the ZIP has what is installed" unpack
+step "the ZIP contains the installed files" unpack
 no_names_of_folders() { ! grep -rlF -e "$root" "$package"; }
-step "no folder of this machine is in it" no_names_of_folders
+step "the package contains no folder names of this machine" no_names_of_folders
 
-# A project elsewhere, as a host developer has it, on the package that was unpacked somewhere.
+# A host's project outside this tree, with the unpacked package.
 cp -r "$package/share/doc/vexo-extend/examples" "$hosts"
 make_hosts() {
   cmake -S "$hosts" -B "$hosts/build" -G Ninja -D CMAKE_TOOLCHAIN_FILE="$toolchain" -D CMAKE_BUILD_TYPE=Release \
@@ -69,8 +68,7 @@ with_pkg_config() {
 }
 step "pkg-config builds an example" with_pkg_config
 
-# An import library of the Microsoft kind, and a linker that takes its arguments; there is no C library to go with them
-# here.
+# An import library and a linker compatible with Microsoft's. No C library is available for them, so the host uses none.
 with_module_definition() {
   cat >"$work/host.c" <<'HOST'
 #include "vexo/extend.h"
@@ -84,7 +82,7 @@ HOST
   lld-link /nologo /entry:start /subsystem:console /nodefaultlib "/out:$package/bin/host.exe" "$work/host.obj" \
     "$work/vexoextend.lib"
 }
-step "an import library is made of the module definition" with_module_definition
+step "import library from the module definition" with_module_definition
 host "a host with that import library" 42 "" "$package/bin/host.exe"
 
 echo "# examples"
@@ -98,7 +96,7 @@ host "job monitor" 0 "task 7 started"$'\n'"task 7 ended"$'\n'"printed, value 000
 host "job monitor, no such file" 1 "" "$hosts/build/job_monitor.exe" "$net" "$work/none"
 head -c 10000 /dev/urandom >"$work/font"
 host "download" 0 "like *Completed...*" "$hosts/build/download.exe" "$net" "$work/font"
-step "download: the printer has it byte by byte" cmp "$work/font" "$work/store/font-1.bin"
+step "download: the stored file is identical" cmp "$work/font" "$work/store/font-1.bin"
 host "download of an empty file" 1 "like *failed*" "$hosts/build/download.exe" "$net" /dev/null
 address=127.$((RANDOM % 254 + 1)).$((RANDOM % 256)).2
 printer --address "$address" --port 9100 --discoverable --width 512
@@ -108,7 +106,7 @@ stop_printers
 host "no printer found" 1 "" "$hosts/build/first_printer_found.exe" "$address"
 
 echo "# reproducible"
-# Same sources, another place and another time.
+# The same sources in another folder, at another time.
 build_again() {
   mkdir "$work/again" && git -C "$root" ls-files -z --cached --others --exclude-standard | (cd "$root" && xargs -0 cp --parents -t "$work/again") &&
     cmake -S "$work/again" -B "$work/again/build/again" -G Ninja -D CMAKE_TOOLCHAIN_FILE="$work/again/cmake/windows-x64.cmake" \
@@ -117,7 +115,7 @@ build_again() {
     cmp "$build/bin/vexoextend.dll" "$work/again/build/again/bin/vexoextend.dll" &&
     cmp "$build/lib/libvexoextend.dll.a" "$work/again/build/again/lib/libvexoextend.dll.a"
 }
-step "the same DLL and import library once more" build_again
+step "a second build gives the same DLL and import library" build_again
 
 echo
 echo "$passed passed, $failed failed"

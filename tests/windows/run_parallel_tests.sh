@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs the parallel port's tests on a file that takes the place of the device LPT5:
+# Runs the parallel port tests with a file as the device LPT5:
 # run_parallel_tests.sh WINE_RUNNER PROGRAM [ARGUMENT...]
 set -euo pipefail
 runner=$1
 shift
-"$runner" cmd /c ver >/dev/null # Wine drops links to the ports that it numbers itself, but only while it starts.
+"$runner" cmd /c ver >/dev/null # Wine deletes links for its own port numbers, but only at start-up.
 
 prefix=${VEXO_WINEPREFIX:-$(dirname "$runner")/../build/wineprefix}
 link=$prefix/dosdevices/lpt5

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs the serial port's tests on a pair of connected terminals that take the places of COM5 and COM6:
+# Runs the serial port tests with two connected terminals as COM5 and COM6:
 # run_serial_tests.sh WINE_RUNNER PROGRAM [ARGUMENT...]
 set -euo pipefail
 runner=$1
 shift
-"$runner" cmd /c ver >/dev/null # Wine drops links to the ports that it numbers itself, but only while it starts.
+"$runner" cmd /c ver >/dev/null # Wine deletes links for its own port numbers, but only at start-up.
 
 prefix=${VEXO_WINEPREFIX:-$(dirname "$runner")/../build/wineprefix}
 devices=$prefix/dosdevices
