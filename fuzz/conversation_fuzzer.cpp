@@ -10,6 +10,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -46,7 +47,7 @@ class Input {
   }
   std::string Text(size_t longest) {
     const size_t length = std::min<size_t>({Byte() % (longest + 1), size_, longest});
-    const std::string text(reinterpret_cast<const char*>(data_), length);
+    std::string text(reinterpret_cast<const char*>(data_), length);
     data_ += length;
     size_ -= length;
     return text;
@@ -334,7 +335,8 @@ void Host::StepOfJobs() {
 }
 
 void Host::Download() {
-  static const std::string kFile = "/tmp/conversation_fuzzer_" + std::to_string(getpid());
+  static const std::string kFile =
+      (std::filesystem::temp_directory_path() / "conversation_fuzzer_").string() + std::to_string(getpid());
   static constexpr DownloadProgressCallback kProgress = [](int32_t percentage) {
     Require(percentage >= 0 && percentage <= 100);
   };
@@ -392,8 +394,8 @@ void Host::Step() {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool quiet = std::freopen("/dev/null", "w", stdout) != nullptr;  // Hides the downloads' traces.
-  Require(quiet);
+  static const bool kQuiet = std::freopen("/dev/null", "w", stdout) != nullptr;  // Hides the downloads' traces.
+  Require(kQuiet);
   Input input(data, size);
   {
     Host host(&input);

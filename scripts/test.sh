@@ -5,6 +5,7 @@
 #   format        every source file as .clang-format has it
 #   includes      in the direction of docs/architecture.md, system headers in their rooms alone
 #   API reference everything public is documented
+#   clang-tidy    library, tools and fuzz targets; its warnings are errors
 #   host-asan     the portable core under AddressSanitizer and UndefinedBehaviorSanitizer
 #   host-tsan     the same under ThreadSanitizer
 #   host-fuzz     the portable core with clang's warnings; each fuzz target for FUZZ_SECONDS (default 10)
@@ -22,6 +23,7 @@ scripts/prepare.sh || exit 1
 run_step format scripts/format.sh --check
 run_step includes scripts/check_includes.py
 run_step "API reference" scripts/docs.sh
+run_step "clang-tidy" scripts/tidy.sh
 
 for preset in host-asan host-tsan; do
   if run_step "build $preset" build_preset "$preset"; then

@@ -5,7 +5,7 @@
 # that runs longer than WINE_TIME_LIMIT seconds (default 300) is ended: a crash would otherwise wait in Wine's debugger.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-export WINEPREFIX=${VEXO_WINEPREFIX:-$root/build/wineprefix} WINEARCH=win64 WINEDEBUG=-all
+export WINEPREFIX=${VEXO_WINEPREFIX:-$root/build/wineprefix} WINEARCH=win64 WINEDEBUG=${WINEDEBUG:--all}
 
 if [ ! -e "$WINEPREFIX/ready" ]; then
   mkdir -p "$WINEPREFIX"

@@ -1,5 +1,5 @@
 // Stops C++ exceptions at the C interface: hosts written in C or in another language cannot catch them. Every export
-// that may meet an exception runs inside one of these two functions.
+// that may meet one of the library's exceptions runs inside one of these two functions.
 //
 // Compatibility: SetPrintWidth and GetPrintWidth let std::bad_alloc through, DestroyReprintMonitorObj and
 // StopUSBMonitorThread let std::system_error through, because hosts in the field catch them. extend.h documents each.
@@ -16,7 +16,7 @@ namespace vexo {
 // Turns std::bad_alloc into VEXO_ERROR_OUT_OF_MEMORY. Anything else is an exception of a host's callback and passes
 // through.
 template <typename Function>
-auto ContainOutOfMemory(Function function) -> decltype(function()) {
+auto ContainOutOfMemory(const Function& function) -> decltype(function()) {
   try {
     return function();
   } catch (const std::bad_alloc&) {
@@ -26,7 +26,7 @@ auto ContainOutOfMemory(Function function) -> decltype(function()) {
 
 // As above, and turns every other exception into VEXO_ERROR_IO: only a port object supplied by the host throws one.
 template <typename Function>
-int32_t ContainAll(Function function) {
+int32_t ContainAll(const Function& function) {
   try {
     return ContainOutOfMemory(function);
   } catch (...) {

@@ -1,10 +1,9 @@
 #include <memory>
-#include <new>
 
 #include "api/contain.h"
 #include "monitor/last_error.h"
-#include "monitor/monitor_commands.h"
 #include "monitor/printer_read_helper.h"
+#include "monitor/report_decoder.h"
 #include "monitor/task_over_info.h"
 #include "vexo/extend.h"
 
@@ -40,15 +39,16 @@ int32_t SetTime(CVEXOPrinterReadHelper* monitor, void (CVEXOPrinterReadHelper::*
 }  // namespace
 
 CVEXOPrinterReadHelper* GetReprintMonitorObj(void) {
-  try {
-    auto monitor = std::make_unique<CVEXOPrinterReadHelper>();
-    if (monitor->StartReader()) {
-      return monitor.release();
-    }
-  } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch): handled like a failed thread start.
+  std::unique_ptr<CVEXOPrinterReadHelper> monitor;
+  const int32_t made = vexo::ContainOutOfMemory([&] {
+    monitor = std::make_unique<CVEXOPrinterReadHelper>();
+    return monitor->StartReader() ? VEXO_OK : VEXO_ERROR_OUT_OF_MEMORY;
+  });
+  if (made != VEXO_OK) {
+    StoreFailure(VEXO_ERROR_MONITOR_OUT_OF_MEMORY);
+    return nullptr;
   }
-  StoreFailure(VEXO_ERROR_MONITOR_OUT_OF_MEMORY);
-  return nullptr;
+  return monitor.release();
 }
 
 int32_t DestroyReprintMonitorObj(CVEXOPrinterReadHelper* monitor) {

@@ -119,8 +119,8 @@ struct CVEXOPrinterReadHelper {
   std::atomic<int32_t> requestedTaskId{1};
   int32_t currentTaskId = 0;  // Of the job that the printer last reported as started.
   std::atomic<vexo::ProtocolFamily> sdkType{vexo::ProtocolFamily::kV1};
-  vexo::platform::CallbackRegistry<MonitorCallback> callbacks{&callbackLock};
   vexo::platform::RecursiveMutex callbackLock;
+  vexo::platform::CallbackRegistry<MonitorCallback> callbacks{&callbackLock};
   // NOLINTEND(readability-identifier-naming)
 
   std::list<vexo::ReportRecord> postponed_;  // Job events waiting for the outermost delivery, in order.

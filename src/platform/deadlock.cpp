@@ -11,6 +11,7 @@ const std::system_error kDeadlock(std::make_error_code(std::errc::resource_deadl
 
 }  // namespace
 
+// NOLINTNEXTLINE(cert-err09-cpp,cert-err61-cpp,misc-throw-by-value-catch-by-reference): making one may need memory.
 void ThrowDeadlock() { throw kDeadlock; }
 
 }  // namespace vexo::platform

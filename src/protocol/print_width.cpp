@@ -10,6 +10,7 @@ namespace {
 
 constexpr uint8_t kPrintWidthKeyLow = 0xCC;
 constexpr uint8_t kPrintWidthKeyHigh = 0x00;
+constexpr uint8_t kPrintWidthSize = 2;
 constexpr uint8_t kSaved = 0;
 
 // Holds the acknowledgement of setkey first, then, in its first byte, the answer to save_param_zone.
@@ -57,7 +58,7 @@ int32_t ChangePrintWidth(VexoPrinterHandle* handle, uint32_t width) {
 
 int32_t QueryPrintWidth(VexoPrinterHandle* handle, uint32_t* width) {
   const CheckedPrinter printer(handle);
-  const int32_t asked = printer.Write(BuildGetKeyCommand());
+  const int32_t asked = printer.Write(BuildGetKeyCommand(kPrintWidthKeyLow, kPrintWidthKeyHigh, kPrintWidthSize));
   if (asked != VEXO_OK) {
     return asked;
   }

@@ -11,9 +11,8 @@ namespace vexo {
 //
 //   0   6  ESC FS "& V2"
 //   6  12  fixed part; its bytes 3 and 4 are the payload length, low byte first
-//   18     payload: the echoed command line up to its first CR LF, 4 status bytes, the value (after a getkey: the 4
-//   bytes
-//          of the echoed key record, then the value)
+//   18     payload: the echoed command line up to its first CR LF, 4 status bytes, the value
+//          (after a getkey: the 4 bytes of the echoed key record, then the value)
 //
 // All texts are byte strings, as received.
 class CAnalysisCmdBase {

@@ -1,7 +1,5 @@
 #include "protocol/v1_command.h"
 
-#include <iterator>
-
 #include "protocol/hex_text.h"
 
 namespace vexo {
@@ -17,7 +15,6 @@ constexpr char kBetweenTexts[] = "22 20 22";
 constexpr char kTextLineEnd[] = "22 0D 0A";
 
 constexpr uint8_t kOneEntry = 1;
-constexpr uint8_t kPrintWidthRequest[] = {kOneEntry, 0xCC, 0x00, 2};
 
 const Bytes kReportCommand = HexTextToBytes(kReport);
 
@@ -40,9 +37,11 @@ Bytes BuildSetKeyCommand(uint8_t key_low, uint8_t key_high, const Bytes& value) 
   return command;
 }
 
-Bytes BuildGetKeyCommand() {
+Bytes BuildGetKeyCommand(uint8_t key_low, uint8_t key_high, uint8_t value_length) {
   Bytes command = HexTextToBytes(kGetKeyLine);
-  command.insert(command.end(), std::begin(kPrintWidthRequest), std::end(kPrintWidthRequest));
+  for (const uint8_t byte : {kOneEntry, key_low, key_high, value_length}) {
+    command.push_back(byte);
+  }
   return command;
 }
 

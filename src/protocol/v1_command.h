@@ -1,7 +1,7 @@
 // The printer's text command protocol, version 1. Every command begins with ESC FS "& V1 ", followed by a verb:
 //
 //   setkey  CR LF, then a binary record: entries (1), key (16 bits, low byte first), value length (8 bits), value
-//   getkey  CR LF, then a binary record that asks for key 0x00CC, two bytes long
+//   getkey  CR LF, then a binary record: entries (1), key (16 bits, low byte first), value length (8 bits)
 //   setval  "KEY" "VALUE" CR LF
 //   getval  "KEY" CR LF
 //   do      "ACTION" CR LF
@@ -22,7 +22,7 @@ namespace vexo {
 // Compatibility: a value of more than 255 bytes is sent whole, but its length byte holds only the low 8 bits of its
 // length.
 Bytes BuildSetKeyCommand(uint8_t key_low, uint8_t key_high, const Bytes& value);
-Bytes BuildGetKeyCommand();
+Bytes BuildGetKeyCommand(uint8_t key_low, uint8_t key_high, uint8_t value_length);
 Bytes BuildSetValCommand(std::string_view key, std::string_view value);
 Bytes BuildGetValCommand(std::string_view key);
 Bytes BuildDoCommand(std::string_view action);

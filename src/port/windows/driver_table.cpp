@@ -1,6 +1,5 @@
 // The drivers of the Windows build.
 
-// bluetooth_port.h brings winsock2.h, which must come before windows.h.
 #include "port/socket/bluetooth_port.h"
 
 #include <new>

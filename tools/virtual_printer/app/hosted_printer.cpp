@@ -17,7 +17,7 @@ using asio::ip::address_v4;
 constexpr std::chrono::milliseconds kAnswerSpread{2};
 
 asio::ip::address AddressOf(const Options& options, int index) {
-  const auto first = asio::ip::make_address(options.address);
+  auto first = asio::ip::make_address(options.address);
   if (!first.is_v4()) {
     return first;
   }

@@ -109,7 +109,7 @@ ReceiveResult YmodemReceiver::Receive(const std::uint8_t* data, std::size_t size
                          DownloadStep::Name::kEnd, State::kClosing);
     case kEndOfTransfer:
       if (state_ == State::kClosed) {
-        return {ReceiveResult::Outcome::kConsumed, 1, {{{data[0]}, "end of the session"}}};
+        return {ReceiveResult::Outcome::kConsumed, 1, {{{data[0]}, "end of the transfer"}}};
       }
       break;
     default:
