@@ -99,7 +99,7 @@ void LoadAndUnload(const std::string& file, size_t round) {
   ASSERT_EQ(GetModuleHandleA(file.c_str()), nullptr) << "still loaded";
 }
 
-// This program holds its own DLL for good, so a copy is loaded.
+// The test program never unloads its own DLL, so this test loads a copy.
 TEST(ModuleTest, ThousandLoadsLeakNothing) {
   constexpr size_t kRounds = 1000;
   constexpr size_t kLeakLimit = 1024;  // Per round: the compiler's thread library leaks about 500 bytes.

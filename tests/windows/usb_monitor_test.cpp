@@ -218,7 +218,7 @@ TEST_F(UsbMonitor, ExportsOnSeveralThreads) {
   });
 }
 
-// This program holds its own DLL for good, so a copy is loaded.
+// The test program never unloads its own DLL, so this test loads a copy.
 TEST_F(UsbMonitor, LibraryStaysLoadedUntilTheStop) {
   const std::string copy = "vexoextend_usb_copy_" + std::to_string(GetCurrentProcessId()) + ".dll";
   char path[MAX_PATH] = {};
