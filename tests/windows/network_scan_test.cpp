@@ -118,6 +118,8 @@ TEST_P(NetworkScanTest, ReadyPrintersAreListed) {
   }
   EXPECT_EQ(ScanWithAnswers(answers), VEXO_OK);
   EXPECT_EQ(text_, expected);
+  EXPECT_EQ(ScanWithAnswers({Ready("one"), "", Ready("two")}), VEXO_OK);
+  EXPECT_EQ(text_, Record("one")) << "an empty datagram ends the scan";
   EXPECT_EQ(ScanWithAnswers({"\r\nReady\r\n"}), VEXO_ERROR_NO_PRINTER);
   EXPECT_EQ(ScanWithAnswers({Ready("one")}, static_cast<int32_t>(Record("one").size()) - 1),
             VEXO_ERROR_BUFFER_TOO_SMALL);

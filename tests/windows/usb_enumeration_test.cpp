@@ -28,6 +28,7 @@ using simulators::kComPortClass;
 using simulators::kDiskClass;
 using simulators::kImagingClass;
 using simulators::kInputClass;
+using simulators::kModemClass;
 using simulators::RegisteredDevice;
 
 const DeviceEntry kModel = {"USB\\VID_1A2B&PID_0001\\ABC123", "usb\\vid_1a2b&pid_0001&rev_0100", "Port_#0001.Hub_#0002",
@@ -281,7 +282,8 @@ TEST_F(UsbEnumerationTest, ExportsSearchTheirClasses) {
   const std::pair<decltype(&DiskPortOpen), const GUID&> rows[] = {{DiskPortOpen, kDiskClass},
                                                                   {ScannerPortOpen, kImagingClass},
                                                                   {ScannerGunPortOpen, kInputClass},
-                                                                  {ScannerGunPortOpen, kComPortClass}};
+                                                                  {ScannerGunPortOpen, kComPortClass},
+                                                                  {ScannerGunPortOpen, kModemClass}};
   for (const auto& [open, device_class] : rows) {
     DeviceEntry entry = kModel;
     entry.device_class = device_class;
