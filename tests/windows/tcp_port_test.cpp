@@ -84,6 +84,16 @@ int WSAAPI SendAndStall(SOCKET socket, const char* bytes, int length, int flags)
   return sent;
 }
 
+// Fails without an error code at first.
+int WSAAPI SendAfterRetry(SOCKET socket, const char* bytes, int length, int flags) {
+  static int calls = 0;
+  if (++calls == 1) {
+    WSASetLastError(0);
+    return SOCKET_ERROR;
+  }
+  return SystemFunction<decltype(send)>("ws2_32.dll", "send")(socket, bytes, length, flags);
+}
+
 class TcpPortTest : public DriverPortTest<ObservedTcpPort, VEXO_PORT_NET> {
  protected:
   // Sufficient on any machine. The read interval also applies within every successful Read.
@@ -174,6 +184,9 @@ TEST_F(TcpPortTest, ConnectIsAttemptedTwice) {
     EXPECT_GE(steady_clock::now() - started, milliseconds(2 * 150));
     EXPECT_EQ(driver_->sockets_made, 2);
   }
+  EXPECT_EQ(port_->Abort(port_), VEXO_OK);
+  Connection connection = Connect();
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3)) << "Abort after a failed Open has no effect";
 }
 
 TEST_F(TcpPortTest, ClosedPortTransfersNothing) {
@@ -256,7 +269,7 @@ TEST_F(TcpPortTest, BudgetGrowsWithTheLength) {
 // The result is a timeout if the printer accepts nothing for the whole budget, but OK if the budget is exceeded between
 // two chunks.
 TEST_F(TcpPortTest, WriteReturnsThePartialCount) {
-  Connection connection = Connect({10, 0, 2000, 0, 50, 20'000});
+  Connection connection = Connect({10, 0, 2000, 0, 1000, 20'000});  // More than this thread may be kept waiting.
   const auto [result, written] = Write(port_, Pattern(kLarge));
   EXPECT_EQ(result, VEXO_ERROR_IO_WRITE_TIMEOUT);
   EXPECT_LT(written, kLarge);
@@ -267,6 +280,14 @@ TEST_F(TcpPortTest, WriteReturnsThePartialCount) {
   const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
                               {{"send", reinterpret_cast<void*>(SendAndStall)}});
   EXPECT_EQ(Write(port_, Pattern(kLarge)), Written(VEXO_OK, 8192));
+}
+
+TEST_F(TcpPortTest, SendThatFailsWithoutACodeIsRepeated) {
+  Connection connection = Connect();
+  const ScopedImports imports(GetModuleHandleA(nullptr), "ws2_32.dll",
+                              {{"send", reinterpret_cast<void*>(SendAfterRetry)}});
+  EXPECT_EQ(Write(port_, "abc"), Written(VEXO_OK, 3));
+  EXPECT_EQ(connection.Receive(3), "abc");
 }
 
 TEST_F(TcpPortTest, ReadAvailableDoesNotWait) {

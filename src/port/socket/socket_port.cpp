@@ -185,9 +185,7 @@ void SocketPort::DropSocket(Generation generation) {
 int32_t SocketPort::MakeSocket(Generation generation) {
   const Socket socket = CreateSocket();
   if (socket == kNoSocket) {
-    const int error = LastSocketError();
-    DropSocket(generation);
-    return error;
+    return LastSocketError();
   }
   const int32_t result = SetOptions(socket);
   return ReplaceSocket(generation, socket) ? result : VEXO_ERROR_IO_NOT_OPEN;
